@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+//
+// The two outputs that need the whole tree: the indented text and the JSON document. Both stream:
+// they hold one node at a time. They stop early when the output fails.
+#pragma once
+
+#include <QJsonObject>
+#include <cstdint>
+#include <vector>
+
+#include "ct_storage.h"
+#include "ct_writer.h"
+
+namespace CT {
+
+// One line a node, two blanks deeper than its parent's; "? " before what is not complete.
+void write_text(Storage& storage, Writer& out);
+
+// The nodes, functions and classes as QJsonDocument::toJson would print them indented, and one more
+// newline.
+void write_json(Storage& storage, Writer& out);
+
+// The same document for programs that work with Qt's classes: the whole of it in memory.
+QJsonObject as_json(Storage& storage);
+
+// How deep a node stands, told node by node in order of creation.
+class Outline {
+ public:
+  // The number of the node's ancestors among those placed before. A node without parent (negative)
+  // is placed under the last one.
+  std::size_t place(std::int32_t id, std::int32_t parent_id);
+
+ private:
+  std::vector<std::int32_t> ancestors_;
+};
+
+}  // namespace CT

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+//
+// The two outputs that need only the file: the header listing and the hex view of its sections.
+#pragma once
+
+#include <cstdint>
+
+#include "ct_file.h"
+#include "ct_writer.h"
+
+namespace CT {
+
+// One header field a line. Requires: an open file.
+void write_headers(const File& file, Writer& out);
+
+// Both sections as hex, each under a line with its size. Requires: an open file.
+void write_binary(const File& file, Writer& out);
+
+// `size` bytes at `bytes` as "0x00, 0x01, ...", sixteen a line; nothing at all for none.
+void hexdump(const unsigned char* bytes, std::uint64_t size, Writer& out);
+
+}  // namespace CT

@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: MIT
+#include "ct_value_json.h"
+
+#include <algorithm>
+
+namespace CT::Checkpoint {
+
+namespace {
+
+void write_object(const ValueTape& tape, ValueTape::Index i, JsonWriter& out) {
+  out.begin_object();
+  if (const auto entry = tape.class_entry(i); entry != nullptr) {
+    out.key("class");
+    if (entry->id() >= 0) {
+      out.number(std::int64_t{entry->id()});
+    } else {
+      entry->write_json(out);
+    }
+  }
+  out.key("handle");
+  out.number(std::int64_t{tape.object_handle(i)});
+  out.end_object();
+}
+
+void write_resource(const ValueTape& tape, ValueTape::Index i, JsonWriter& out) {
+  out.begin_object();
+  out.key("handle");
+  out.number(tape.resource_handle(i));
+  out.key("resource");
+  tape.resource_name(i).write_json(out);
+  out.end_object();
+}
+
+}  // namespace
+
+void ValueJsonWriter::write(const ValueTape& tape, ValueTape::Index root, JsonWriter& out) {
+  open_.clear();
+  members_.clear();
+  keys_.clear();
+  if (!begin_value(tape, root, out)) return;
+  while (!open_.empty() && out.ok()) {
+    ValueTape::Index value = 0;
+    if (begin_next(tape, out, value)) {
+      begin_value(tape, value, out);
+    } else {
+      close_array(tape, out);
+    }
+  }
+}
+
+// True when the value is an array, which is then open; else it is written whole.
+bool ValueJsonWriter::begin_value(const ValueTape& tape, ValueTape::Index i, JsonWriter& out) {
+  switch (tape.type(i)) {
+    case ValueType::undef:
+    case ValueType::null: out.null(); break;
+    case ValueType::false_: out.boolean(false); break;
+    case ValueType::true_: out.boolean(true); break;
+    case ValueType::long_: out.number(tape.as_long(i)); break;
+    case ValueType::double_: out.number(tape.as_double(i)); break;
+    case ValueType::string: tape.string(i).write_json(out); break;
+    case ValueType::object: write_object(tape, i, out); break;
+    case ValueType::resource: write_resource(tape, i, out); break;
+    case ValueType::array:
+      out.begin_object();
+      out.key("array");
+      open_.push_back({i, i + 1, members_.size(), members_.size(), keys_.size()});
+      if (tape.is_list(i)) {
+        out.begin_array();
+      } else {
+        open_map(tape, i);
+        out.begin_object();
+      }
+      return true;
+  }
+  return false;
+}
+
+// Of members with equal keys the last one counts, and it is left out if its value is undef.
+void ValueJsonWriter::open_map(const ValueTape& tape, ValueTape::Index item) {
+  const std::size_t first = members_.size();
+  for (ValueTape::Index key = item + 1; key != tape.end(item);) {
+    const ValueTape::Index value = tape.end(key);
+    const std::size_t text = keys_.size();
+    key_writer_.write(tape, key, keys_);
+    members_.push_back({text, keys_.size() - text, value});
+    key = tape.end(value);
+  }
+  const auto begin = members_.begin() + static_cast<std::ptrdiff_t>(first);
+  std::sort(begin, members_.end(), [this](const Member& a, const Member& b) {
+    const std::string_view left = key_text(a);
+    const std::string_view right = key_text(b);
+    return left == right ? a.value < b.value : json_key_less(left, right);
+  });
+  auto kept = begin;
+  for (auto member = begin; member != members_.end(); ++member) {
+    const auto next = member + 1;
+    if (next != members_.end() && key_text(*next) == key_text(*member)) continue;
+    if (tape.type(member->value) != ValueType::undef) *kept++ = *member;
+  }
+  members_.erase(kept, members_.end());
+}
+
+// Starts the next element or member of the innermost array; false when there is none.
+bool ValueJsonWriter::begin_next(const ValueTape& tape, JsonWriter& out, ValueTape::Index& value) {
+  OpenArray& array = open_.back();
+  if (tape.is_list(array.item)) {
+    if (array.at == tape.end(array.item)) return false;
+    value = tape.end(array.at);
+    array.at = tape.end(value);
+    out.element();
+    return true;
+  }
+  if (array.next_member == members_.size()) return false;
+  const Member& member = members_[array.next_member++];
+  value = member.value;
+  out.text_key(key_text(member));
+  return true;
+}
+
+void ValueJsonWriter::close_array(const ValueTape& tape, JsonWriter& out) {
+  const OpenArray& array = open_.back();
+  tape.is_list(array.item) ? out.end_array() : out.end_object();
+  if (tape.is_cut(array.item)) {
+    out.key("cut");
+    out.boolean(true);
+  }
+  out.end_object();
+  members_.resize(array.first_member);
+  keys_.truncate(array.keys_size);
+  open_.pop_back();
+}
+
+std::string_view ValueJsonWriter::key_text(const Member& member) const {
+  return keys_.view().substr(member.text, member.text_size);
+}
+
+void ValueListPart::write_json(JsonWriter& out) const {
+  out.begin_array();
+  for (ValueTape::Index i = 0; i != tape_->size() && out.ok(); i = tape_->end(i)) {
+    out.element();
+    writer_->write(*tape_, i, out);
+  }
+  out.end_array();
+}
+
+}  // namespace CT::Checkpoint

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+//
+// Values in JSON, streamed. An array becomes an object with "array" (a JSON array for a list, else
+// an object whose keys are the texts of its keys) and "cut" when the tracer cut it.
+//
+// Only the keys of the maps that are open at one moment are held in memory, to sort them.
+#pragma once
+
+#include <QJsonValue>
+#include <vector>
+
+#include "ct_json.h"
+#include "ct_json_members.h"
+#include "ct_value_tape.h"
+#include "ct_value_text.h"
+
+namespace CT::Checkpoint {
+
+// Writes values of a tape; keeps its working memory from one to the next.
+class ValueJsonWriter {
+ public:
+  // Undef, for which JSON has nothing, is written as null; inside an object its key is left out.
+  void write(const ValueTape& tape, ValueTape::Index root, JsonWriter& out);
+
+ private:
+  // A member of an open map: its key's text in keys_, and the item of its value.
+  struct Member {
+    std::size_t text;
+    std::size_t text_size;
+    ValueTape::Index value;
+  };
+  struct OpenArray {
+    ValueTape::Index item;
+    ValueTape::Index at;       // of a list: the item of the next key
+    std::size_t first_member;  // of a map: its members are those from here on,
+    std::size_t next_member;   // and this one is next
+    std::size_t keys_size;     // of a map: what keys_ held before
+  };
+
+  bool begin_value(const ValueTape& tape, ValueTape::Index i, JsonWriter& out);
+  void open_map(const ValueTape& tape, ValueTape::Index item);
+  bool begin_next(const ValueTape& tape, JsonWriter& out, ValueTape::Index& value);
+  void close_array(const ValueTape& tape, JsonWriter& out);
+  [[nodiscard]] std::string_view key_text(const Member& member) const;
+
+  std::vector<OpenArray> open_;
+  std::vector<Member> members_;
+  MemoryWriter keys_;
+  ValueTextWriter key_writer_;
+};
+
+// Values of a tape as members of an object. They borrow tape and writer.
+class ValuePart final : public JsonPart {
+ public:
+  void set(const ValueTape& tape, ValueTape::Index value, ValueJsonWriter& writer) {
+    tape_ = &tape;
+    value_ = value;
+    writer_ = &writer;
+  }
+  void write_json(JsonWriter& out) const override { writer_->write(*tape_, value_, out); }
+  [[nodiscard]] QJsonValue to_qt_json() const override;
+
+ private:
+  const ValueTape* tape_ = nullptr;
+  ValueTape::Index value_ = 0;
+  ValueJsonWriter* writer_ = nullptr;
+};
+
+// The same for all the values of a tape, as one JSON array.
+class ValueListPart final : public JsonPart {
+ public:
+  void set(const ValueTape& tape, ValueJsonWriter& writer) {
+    tape_ = &tape;
+    writer_ = &writer;
+  }
+  void write_json(JsonWriter& out) const override;
+  [[nodiscard]] QJsonValue to_qt_json() const override;
+
+ private:
+  const ValueTape* tape_ = nullptr;
+  ValueJsonWriter* writer_ = nullptr;
+};
+
+// The deepest nesting of arrays that Qt's JSON classes are given: they recurse.
+constexpr std::size_t qt_json_levels = 1000;
+
+// The same value for programs that work with Qt's classes. Undefined for undef, and for values of
+// more than `qt_json_levels` levels.
+QJsonValue to_qt_json(const ValueTape& tape, ValueTape::Index root);
+
+}  // namespace CT::Checkpoint

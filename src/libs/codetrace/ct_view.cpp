@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+#include "ct_view.h"
+
+#include <cstring>
+
+namespace CT {
+
+std::uint32_t normalise_header(const unsigned char* word, bool big_endian) {
+  Cursor cursor(word, word + CheckpointView::header_size, big_endian);
+  const std::uint32_t value = cursor.u32();
+  if (!big_endian) return value;
+  const std::uint32_t lead = value >> 24;
+  const std::uint32_t timestamp = (lead & 4) << 3;
+  const std::uint32_t memory = (lead & 2) << 5;
+  const std::uint32_t location = (lead & 1) << 7;
+  return (value << 8) | location | memory | timestamp | (lead >> 3);
+}
+
+CheckpointView CheckpointView::revisit(const File& file, std::uint32_t offset) {
+  CheckpointView view(file);
+  view.first_sighting_ = false;
+  view.checkpoint_ = file.data().data() + offset;
+  view.read_header();
+  return view;
+}
+
+bool CheckpointView::step() {
+  if (!file_->is_open() || is_broken()) return false;
+  const Section& data = file_->data();
+  const unsigned char* next =
+      checkpoint_ == nullptr ? data.data() : checkpoint_ + header_size + size();
+  left_ = static_cast<std::uint64_t>(data.end() - next);
+  if (left_ == 0) return false;
+  checkpoint_ = next;
+  if (left_ < header_size) {
+    header_ = 0;
+    wanted_ = header_size;
+    return false;
+  }
+  read_header();
+  left_ -= header_size;
+  if (size() <= left_) return true;
+  wanted_ = size();
+  return false;
+}
+
+void CheckpointView::read_header() { header_ = normalise_header(checkpoint_, file_->big_endian()); }
+
+namespace Checkpoint {
+
+String get_cut_str(Cursor& cursor) {
+  const std::int32_t word = cursor.i32();
+  std::uint32_t length = static_cast<std::uint32_t>(word);
+  std::int32_t orig_sz = word;
+  if (word < 0) {
+    length = cursor.u32();
+    // -2^31 has no positive counterpart and stays as it is.
+    orig_sz = static_cast<std::int32_t>(0U - static_cast<std::uint32_t>(word));
+  }
+  const unsigned char* text = cursor.bytes(length);
+  if (text == nullptr) return {};
+  return {Section::as_chars(text), length, orig_sz};
+}
+
+String get_inline_str(Cursor& cursor) {
+  const std::uint64_t size = cursor.u64();
+  if (size == 0) return {};
+  const unsigned char* text = cursor.position();
+  const std::size_t room = cursor.left();
+  if (size > room) {
+    cursor.bytes(room + 1);
+    return {};
+  }
+  const void* nul = std::memchr(text, 0, room);
+  const auto length = nul != nullptr
+                          ? static_cast<std::size_t>(static_cast<const unsigned char*>(nul) - text)
+                          : room;
+  cursor.bytes(size + 1);
+  return {Section::as_chars(text), static_cast<std::uint32_t>(length), String::uncuttable};
+}
+
+}  // namespace Checkpoint
+}  // namespace CT

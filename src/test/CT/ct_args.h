@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+// The run's settings, as the command line gives them.
+//
+// Reads the process arguments once, in their order, prints what has to be printed about them
+// (usage, version, mistakes) and raises the logger's verbosity as each -v is met. Owns copies of
+// the names. A mistake is reported on standard error with the usage, and ends the run through
+// init's result.
+#pragma once
+
+#include <QHashFunctions>
+#include <QSet>
+#include <QString>
+
+namespace CT {
+
+enum class OutputFormat { TEXT = 1, SQLITE = 2, HEADERS = 3, BINARY = 4, DUMP = 5, JSON = 6 };
+
+// Qt brings one for enumerations only from 6.5 on.
+inline std::size_t qHash(OutputFormat format, std::size_t seed = 0) noexcept {
+  return ::qHash(static_cast<int>(format), seed);
+}
+
+struct Args {
+  static constexpr char product[] = "Tavrix";
+  static constexpr char version[] = "3.0.0";
+
+  bool error = false;          // the exit status when init returns false
+  QString output;              // empty: standard output
+  QSet<OutputFormat> formats;  // SQLITE is accepted, but nothing is written for it
+  QString filename;
+
+  // True: go on; there is a file name and at least one format. False: end with status `error`.
+  bool init(int argc, char* const* argv);
+
+  // To standard error after a mistake, else to standard output. `program` may be null.
+  static void print_usage(const char* program, bool error);
+
+ private:
+  enum class Step { go_on, stop, usage_error };
+  Step take(int code, const char* argument, const char* value, const char* program);
+};
+
+}  // namespace CT

@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: MIT
+//
+// The command-line tool: one run from options to exit status, top to bottom.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+
+#include "ct_args.h"
+#include "ct_document.h"
+#include "ct_file.h"
+#include "ct_file_dump.h"
+#include "ct_output.h"
+#include "ct_storage.h"
+#include "ct_walk.h"
+#include "ct_writer.h"
+#include "kcommon/k_logger.h"
+
+namespace {
+
+// Keeps descriptors 0 to 2 taken, so that no file opened later lands on them. A standard stream
+// that was closed stays unusable.
+void hold_standard_descriptors() {
+  for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+    if (fcntl(descriptor, F_GETFD) >= 0) continue;
+    const int useless_mode = descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+    static_cast<void>(open("/dev/null", useless_mode));
+  }
+}
+
+// Reports as "Failed to open NAME : REASON"; returns the exit status.
+int fail(const char* what, const QString& name, const QString& reason) {
+  std::fprintf(stderr, "%s %s : %s\n", what, name.toLocal8Bit().constData(),
+               reason.toLocal8Bit().constData());
+  return 1;
+}
+
+constexpr char open_failed[] = "Failed to open";
+constexpr char open_output_failed[] = "Failed to open output file";
+constexpr char write_failed[] = "Failed to write output file";
+
+// Usage and version went through stdio; tells whether they arrived.
+int end_early(const CT::Args& args) {
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return args.error ? 1 : 0;
+  return fail(write_failed, CT::Output({}).name(), qt_error_string(errno));
+}
+
+void write_outputs(const CT::Args& args, const CT::File& file, CT::Writer& out) {
+  using CT::OutputFormat;
+  const auto chosen = [&](OutputFormat format) { return args.formats.contains(format); };
+  if (chosen(OutputFormat::HEADERS)) {
+    klog(3, "Outputting Code Trace dump file headers");
+    CT::write_headers(file, out);
+  }
+  if (chosen(OutputFormat::BINARY)) {
+    klog(3, "Outputting Code Trace dump file binary data");
+    CT::write_binary(file, out);
+  }
+  CT::Storage storage(file);
+  const bool dumps = chosen(OutputFormat::DUMP);
+  bool first_dump = true;
+  CT::read_checkpoints(file, storage, [&](const CT::Checkpoint::Base& record) {
+    if (!dumps) return true;
+    if (!first_dump) out.put('\n');
+    first_dump = false;
+    record.dump(out);
+    return out.ok();
+  });
+  if (chosen(OutputFormat::JSON)) {
+    klog(3, "Outputting Code Trace dump file as a JSON document");
+    CT::write_json(storage, out);
+  }
+  if (chosen(OutputFormat::TEXT)) {
+    klog(3, "Outputting Code Trace dump files as TEXT");
+    CT::write_text(storage, out);
+  }
+}
+
+int run(int argc, char** argv) {
+  CT::Args args;
+  if (!args.init(argc, argv)) return end_early(args);
+  CT::File file(args.filename);
+  if (!file.open()) return fail(open_failed, args.filename, file.error_message());
+  CT::Output output(args.output);
+  if (!args.output.isEmpty()) {
+    klog(3, "Using {} as the output", args.output.toStdString());
+    if (file.is_same_file(args.output)) {
+      return fail(open_output_failed, args.output,
+                  QStringLiteral("it is the Code Trace file itself"));
+    }
+  }
+  if (!output.open()) {
+    return fail(open_output_failed, args.output, output.error_message());
+  }
+  CT::StreamWriter out(output);
+  write_outputs(args, file, out);
+  out.flush();
+  if (output.close()) return 0;
+  return output.is_pipe_closed() ? 1 : fail(write_failed, output.name(), output.error_message());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  hold_standard_descriptors();
+  KLogger::instance().addSink(std::make_unique<KLogger::StdOutSink>(stdout, stderr, stdout), 1);
+  const int status = run(argc, argv);
+  KLogger::destroyInstance();
+  return status;
+}

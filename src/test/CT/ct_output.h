@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+//
+// Where a run's output goes: standard output or a file. It owns the file's descriptor and closes it
+// on every path; what could not be written is remembered, so that no lost byte looks like success.
+#pragma once
+
+#include <QString>
+#include <string_view>
+
+#include "ct_writer.h"
+
+namespace CT {
+
+class Output final : public Sink {
+ public:
+  // An empty name is standard output.
+  explicit Output(QString name) : name_(std::move(name)) {}
+  ~Output() override { close(); }
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
+
+  // Creates or empties the file. False, with error_message(), if that cannot be done.
+  bool open();
+
+  // Hands bytes to the system at once. False, with error_message(), if not all of them were taken.
+  bool write(std::string_view bytes) override;
+
+  // Closes the file, which may be when a device says that it is full. False if anything was lost.
+  bool close();
+
+  // What went wrong first.
+  [[nodiscard]] const QString& error_message() const { return error_; }
+  // The reader of a pipe has left, as `head` does: nobody waits for a message.
+  [[nodiscard]] bool is_pipe_closed() const { return pipe_closed_; }
+  // As messages call it.
+  [[nodiscard]] QString name() const {
+    return name_.isEmpty() ? QStringLiteral("standard output") : name_;
+  }
+
+ private:
+  bool fail(int error);
+
+  QString name_;
+  int descriptor_ = -1;
+  QString error_;
+  bool pipe_closed_ = false;
+};
+
+}  // namespace CT

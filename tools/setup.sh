@@ -1,0 +1,81 @@
+# SPDX-License-Identifier: MIT
+# shellcheck shell=bash
+# Sourced by ./run, ./test and .ci/run: installs Debian packages and builds. What it has to say goes
+# to standard error, and only when there is something to do. A step that fails ends the caller.
+
+root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd -P)
+build_packages=(g++ cmake ninja-build qt6-base-dev libfmt-dev)
+test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev jq)
+
+say() { printf 'codetrace set-up: %s\n' "$*" >&2; }
+die() {
+  say "$@"
+  exit 1
+}
+
+# Prints those of the named packages that are missing. On a system without Debian's packages that is
+# none; the build then tells what it lacks.
+missing_packages() {
+  local package have
+  command -v dpkg-query >/dev/null || return 0
+  have=$(dpkg-query -W -f='${Package}=${db:Status-Status}\n' "$@" 2>/dev/null) || true
+  for package in "$@"; do
+    [[ $'\n'$have$'\n' == *$'\n'"$package=installed"$'\n'* ]] || echo "$package"
+  done
+}
+
+install_packages() {
+  local missing as_root=() apt_options=(-qq -o DPkg::Lock::Timeout=600 -o Acquire::Retries=3)
+  mapfile -t missing < <(missing_packages "$@")
+  ((${#missing[@]})) || return 0
+  say "installing ${missing[*]}"
+  if ((EUID != 0)); then
+    command -v sudo >/dev/null || die "only root can install them, and there is no sudo"
+    as_root=(sudo)
+  fi
+  as_root+=(env DEBIAN_FRONTEND=noninteractive)
+  "${as_root[@]}" apt-get "${apt_options[@]}" update ||
+    say "the package lists could not be brought up to date; trying with the old ones"
+  "${as_root[@]}" apt-get "${apt_options[@]}" install -y --no-install-recommends "${missing[@]}" ||
+    die "could not install ${missing[*]}"
+}
+
+# What a build folder depends on beside the sources: where it lies and the system it is for.
+build_identity() { printf '%s\n' "$root" "$HOSTTYPE" "$(cat /etc/os-release 2>/dev/null)"; }
+
+# is_ready PRESET PACKAGE...: whether set_up would change nothing about the tool.
+is_ready() {
+  local folder=$root/build/$1
+  [[ -x $folder/src/codetrace && -e $folder/.built && -e $folder/.made-for ]] &&
+    [[ $(<"$folder/.made-for") == "$(build_identity)" ]] &&
+    [[ -z $(find "$root/src" "$root/cmake" "$root/CMakeLists.txt" "$root/CMakePresets.json" \
+      -newer "$folder/.built" -print -quit) ]] &&
+    [[ -z $(missing_packages "${@:2}") ]]
+}
+
+configure_and_build() {
+  local folder=$root/build/$1
+  if [[ -e $folder/.made-for && $(<"$folder/.made-for") != "$(build_identity)" ]]; then
+    rm -rf -- "$folder"
+  fi
+  mkdir -p -- "$folder"
+  build_identity >"$folder/.made-for"
+  : >"$folder/.building" # older than any source that changes from now on
+  cd -- "$root"
+  cmake --preset "$1" || die "could not configure $folder"
+  cmake --build --preset "$1" || die "could not build $folder"
+  mv -- "$folder/.building" "$folder/.built"
+}
+
+# set_up PRESET PACKAGE...: installs what is missing and builds. Of several that are started at once,
+# one works and the others wait.
+set_up() {
+  mkdir -p -- "$root/build" || die "cannot write to $root"
+  (
+    flock 9 || die "cannot lock $root/build"
+    # Nothing that outlives this, such as a service that a package starts, may keep the lock.
+    install_packages "${@:2}" 9>&-
+    say "building $root/build/$1"
+    configure_and_build "$1" 9>&-
+  ) 9>"$root/build/.lock" </dev/null >&2
+}
