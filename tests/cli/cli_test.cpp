@@ -128,7 +128,9 @@ std::vector<std::filesystem::path> find_cases() {
 }
 
 void register_case(const std::filesystem::path& path) {
-  ::testing::RegisterTest("Golden", path.stem().c_str(), nullptr, nullptr, path.c_str(), 1,
+  std::string name = path.stem();
+  std::replace(name.begin(), name.end(), '-', '_');  // a dash has a meaning in test filters
+  ::testing::RegisterTest("Golden", name.c_str(), nullptr, nullptr, path.c_str(), 1,
                           [path]() -> ::testing::Test* { return new GoldenTest(path); });
 }
 

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+//
+// ValueTrace: a trace whose only checkpoint carries nothing but values, opened and stepped to, with
+// a cursor on the first of them.
+//
+//   TraceBuilder trace(ByteOrder::big);
+//   ValueTrace values(trace, value::integer(1));
+//   const Checkpoint::KVal number = values.next();
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "ct_file.h"
+#include "ct_value.h"
+#include "trace_builder.h"
+
+namespace CT::Test {
+
+class ValueTrace {
+ public:
+  // `trace` is the builder whose ADD DATA the values refer to, without checkpoints so far. Of the
+  // payload the first `keep` bytes are kept.
+  explicit ValueTrace(TraceBuilder trace, const Fields& values,
+                      std::size_t keep = std::string::npos)
+      : file_(QString()), view_(file_) {
+    constexpr std::uint8_t user_event = 17;
+    trace.add(CheckpointSpec::raw(user_event, values).keep(keep));
+    const std::string bytes = trace.build();
+    const auto* first = static_cast<const unsigned char*>(static_cast<const void*>(bytes.data()));
+    if (!file_.open(first, bytes.size()) || !view_.step()) throw std::runtime_error("no trace");
+    cursor_ = view_.cursor();
+  }
+
+  ValueTrace(ByteOrder order, const Fields& values, std::size_t keep = std::string::npos)
+      : ValueTrace(TraceBuilder(order), values, keep) {}
+
+  ValueTrace(const ValueTrace&) = delete;
+  ValueTrace& operator=(const ValueTrace&) = delete;
+
+  const File& file() const { return file_; }
+  const CheckpointView& view() const { return view_; }
+  Cursor& cursor() { return cursor_; }
+  EntityCache& cache() { return cache_; }
+
+  // Decodes the next value, with the cache or without one.
+  Checkpoint::KVal next() { return {view_, cursor_, &cache_}; }
+  Checkpoint::KVal next_uncached() { return {view_, cursor_, nullptr}; }
+
+ private:
+  File file_;
+  CheckpointView view_;
+  Cursor cursor_;
+  EntityCache cache_;
+};
+
+}  // namespace CT::Test
