@@ -5,8 +5,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <memory>
+#include <new>
 
 #include "ct_args.h"
 #include "ct_document.h"
@@ -105,8 +107,15 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   hold_standard_descriptors();
+  // A file-size limit shows as a failed write, not as a signal.
+  std::signal(SIGXFSZ, SIG_IGN);
   KLogger::instance().addSink(std::make_unique<KLogger::StdOutSink>(stdout, stderr, stdout), 1);
-  const int status = run(argc, argv);
+  int status = 1;
+  try {
+    status = run(argc, argv);
+  } catch (const std::bad_alloc&) {
+    std::fputs("Out of memory\n", stderr);
+  }
   KLogger::destroyInstance();
   return status;
 }

@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: MIT
+//
+// The tool among real files, pipes and devices: where traces come from, where outputs go, and what
+// is said when one of them fails. Commands are run by a shell, with `codetrace` as the tool.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "process.h"
+#include "trace_text.h"
+
+namespace CT::Test {
+namespace {
+
+constexpr const char* trace_text =
+    "order little\n"
+    "startup @10 url \"http://h/\" uri \"/\"\n"
+    "shutdown @11\n";
+constexpr const char* line = "REQUEST STARTUP: REQUEST: http://h/, URL: /\n";
+
+class Devices : public testing::Test {
+ protected:
+  void SetUp() override {
+    bytes_ = build_traces(trace_text).front().bytes;
+    write_file(folder_.path() / "t.ct", bytes_);
+  }
+
+  ProcessResult shell(const std::string& command) {
+    const std::string with_tool = "codetrace() { '" CODETRACE_BINARY "' \"$@\"; }; " + command;
+    return run_process("/bin/sh", {"sh", "-c", with_tool}, folder_.path());
+  }
+
+  void expect(const std::string& command, const std::string& output, const std::string& error,
+              int status) {
+    const ProcessResult result = shell(command);
+    EXPECT_EQ(result.standard_output, output) << command;
+    EXPECT_EQ(result.standard_error, error) << command;
+    EXPECT_EQ(result.status, status) << command;
+  }
+
+  [[nodiscard]] std::string content(const std::string& name) const {
+    return read_file(folder_.path() / name);
+  }
+
+  TemporaryFolder folder_;
+  std::string bytes_;
+};
+
+TEST_F(Devices, TraceFromAPipe) { expect("cat t.ct | codetrace /dev/stdin", line, "", 0); }
+
+TEST_F(Devices, TraceFromRedirectedInput) { expect("codetrace /dev/stdin < t.ct", line, "", 0); }
+
+TEST_F(Devices, TraceFromAFifo) {
+  expect("mkfifo f && { cat t.ct > f & } && codetrace f", line, "", 0);
+}
+
+TEST_F(Devices, EndlessInputThatIsNoTraceIsRefused) {
+  expect("codetrace /dev/zero", "",
+         "Failed to open /dev/zero : Invalid Code Trace dump file magic\n", 1);
+}
+
+TEST_F(Devices, SurplusBytesOfAPipeAreCounted) {
+  const std::string expected = std::to_string(bytes_.size());
+  const std::string got = std::to_string(bytes_.size() + 10000);
+  expect("{ cat t.ct; head -c 10000 /dev/zero; } | codetrace /dev/stdin", "",
+         "Failed to open /dev/stdin : Expected " + expected + " bytes, but got " + got + " bytes\n",
+         1);
+}
+
+TEST_F(Devices, HeaderThatPromisesTooMuchCostsNoMemory) {
+  std::string header("CT\x01", 3);
+  header.resize(12, '\0');
+  header += std::string(8, '\xFF');
+  header.resize(36, '\0');
+  write_file(folder_.path() / "h", header);
+  expect("ulimit -v 1000000; cat h | codetrace /dev/stdin", "",
+         "Failed to open /dev/stdin : Expected 8589934626 bytes, but got 36 bytes\n", 1);
+}
+
+TEST_F(Devices, FullStandardOutput) {
+  expect("codetrace t.ct > /dev/full", "",
+         "Failed to write output file standard output : No space left on device\n", 1);
+}
+
+TEST_F(Devices, FullOutputFile) {
+  expect("codetrace -o /dev/full t.ct", "",
+         "Failed to write output file /dev/full : No space left on device\n", 1);
+}
+
+TEST_F(Devices, FullStandardOutputForUsageAndVersion) {
+  const std::string error =
+      "Failed to write output file standard output : No space left on device\n";
+  expect("codetrace -h > /dev/full", "", error, 1);
+  expect("codetrace -V > /dev/full", "", error, 1);
+}
+
+TEST_F(Devices, FileSizeLimit) {
+  // The limit would hold for the files that catch the outputs too, hence the pipe.
+  expect("(ulimit -f 0; codetrace -o out t.ct; echo $?) 2>&1 | cat",
+         "Failed to write output file out : File too large\n1\n", "", 0);
+}
+
+TEST_F(Devices, ClosedStandardOutput) {
+  expect("codetrace t.ct >&-", "",
+         "Failed to write output file standard output : Bad file descriptor\n", 1);
+}
+
+TEST_F(Devices, ClosedStandardStreamsAreNotTakenByFiles) {
+  expect("codetrace -o out t.ct <&- >&- 2>&-", "", "", 0);
+  EXPECT_EQ(content("out"), line);
+  EXPECT_EQ(content("t.ct"), bytes_);
+}
+
+TEST_F(Devices, ReaderThatLeavesEndsTheRunQuietly) {
+  // Far more output than a pipe holds.
+  expect("codetrace -B '" CODETRACE_ROOT "/examples/notes.ct' | head -c 5", "\nDATA", "", 0);
+}
+
+TEST_F(Devices, OutputIntoTheTraceItselfIsRefused) {
+  std::filesystem::create_hard_link(folder_.path() / "t.ct", folder_.path() / "hard");
+  std::filesystem::create_symlink("t.ct", folder_.path() / "soft");
+  for (const std::string name : {"t.ct", "./t.ct", "hard", "soft"}) {
+    expect("codetrace -o " + name + " t.ct", "",
+           "Failed to open output file " + name + " : it is the Code Trace file itself\n", 1);
+    EXPECT_EQ(content("t.ct"), bytes_);
+  }
+  expect("codetrace -o t.ct /dev/stdin < t.ct", "",
+         "Failed to open output file t.ct : it is the Code Trace file itself\n", 1);
+  EXPECT_EQ(content("t.ct"), bytes_);
+}
+
+TEST_F(Devices, OutputReplacesWhatWasThere) {
+  expect("printf '%9999s' x > out; codetrace -o out t.ct", "", "", 0);
+  EXPECT_EQ(content("out"), line);
+}
+
+TEST_F(Devices, OutputIntoAPipe) {
+  expect("mkfifo f && { cat f & } && codetrace -o f t.ct && wait", line, "", 0);
+}
+
+TEST_F(Devices, SqliteAloneWritesNothing) { expect("codetrace -S t.ct", "", "", 0); }
+
+}  // namespace
+}  // namespace CT::Test
