@@ -83,7 +83,7 @@ bool Base::to_json(QJsonObject& object) const {
   return true;
 }
 
-FunctionCall::FunctionCall(Record begin, const KTime::Timestamp& start_time,
+FunctionCall::FunctionCall(const Record& begin, const KTime::Timestamp& start_time,
                            std::uint64_t start_memory, std::int32_t id, std::int32_t parent_id)
     : Span(call_type(begin), begin, start_time, start_memory, id, parent_id) {}
 

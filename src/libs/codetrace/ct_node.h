@@ -147,7 +147,7 @@ class Startup final : public Typed<Span, Base::Type::STARTUP> {
 class FunctionCall final : public Span {
  public:
   // Of type METHOD_CALL if the begin record is of that type.
-  FunctionCall(Record begin, const KTime::Timestamp& start_time, std::uint64_t start_memory,
+  FunctionCall(const Record& begin, const KTime::Timestamp& start_time, std::uint64_t start_memory,
                std::int32_t id, std::int32_t parent_id);
   bool write_text(Writer& out, Workspace& work) const override;
   void collect(JsonMembers& members, Workspace& work) const override;

@@ -28,7 +28,10 @@ struct String {
   }
   [[nodiscard]] bool is_empty() const { return view().empty(); }
   // Whether there is something to see: neither absent, nor empty, nor a NUL at once.
-  [[nodiscard]] bool is_present() const { return !is_empty() && *data != '\0'; }
+  [[nodiscard]] bool is_present() const {
+    const std::string_view text = view();
+    return !text.empty() && text.front() != '\0';
+  }
   [[nodiscard]] bool is_cut() const { return std::int64_t{orig_sz} > std::int64_t{length}; }
 
   // The text, with the cut marker if it was cut; the second escapes quotes and three controls of

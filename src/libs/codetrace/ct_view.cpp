@@ -50,7 +50,7 @@ namespace Checkpoint {
 
 String get_cut_str(Cursor& cursor) {
   const std::int32_t word = cursor.i32();
-  std::uint32_t length = static_cast<std::uint32_t>(word);
+  auto length = static_cast<std::uint32_t>(word);
   std::int32_t orig_sz = word;
   if (word < 0) {
     length = cursor.u32();

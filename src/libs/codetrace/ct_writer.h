@@ -91,7 +91,7 @@ class StreamWriter final : public Writer {
  private:
   void make_room() override { flush(); }
 
-  static constexpr std::size_t capacity = 64 * 1024;
+  static constexpr std::size_t capacity = std::size_t{64} * 1024;
   Sink& sink_;
   std::unique_ptr<char[]> buffer_;
 };
