@@ -2,6 +2,7 @@
 //
 // The tool among real files, pipes and devices: where traces come from, where outputs go, and what
 // is said when one of them fails. Commands are run by a shell, with `codetrace` as the tool.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -66,6 +67,37 @@ TEST_F(Devices, SurplusBytesOfAPipeAreCounted) {
   expect("{ cat t.ct; head -c 10000 /dev/zero; } | codetrace /dev/stdin", "",
          "Failed to open /dev/stdin : Expected " + expected + " bytes, but got " + got + " bytes\n",
          1);
+}
+
+TEST_F(Devices, EndlessSurplusIsCountedToALimit) {
+  const std::string expected = std::to_string(bytes_.size());
+  const ProcessResult result = shell("{ cat t.ct; cat /dev/zero; } | codetrace /dev/stdin");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.standard_error, testing::StartsWith("Failed to open /dev/stdin : Expected " +
+                                                         expected + " bytes, but got 107374"));
+}
+
+TEST_F(Devices, NoMemoryForTheTrace) {
+  // A sparse file, as long as its header says.
+  std::string header("CT\x01", 3);
+  header.resize(12, '\0');
+  header += std::string(4, '\xFF');
+  header.resize(36, '\0');
+  write_file(folder_.path() / "h", header);
+  expect("truncate -s 4294967331 h; ulimit -v 2000000; codetrace h", "",
+         "Failed to open h : Cannot allocate memory\n", 1);
+}
+
+TEST_F(Devices, NonBlockingPipes) {
+  // The shell's dd makes both ends non-blocking; the readers and writers are slow to come.
+  expect(
+      "{ sleep 0.2; cat t.ct; } | { dd iflag=nonblock count=0 2>/dev/null; codetrace /dev/stdin; }",
+      line, "", 0);
+  const ProcessResult slow =
+      shell("{ dd oflag=nonblock count=0 2>/dev/null; codetrace -B '" CODETRACE_ROOT
+            "/examples/notes.ct'; echo $? >&2; } | { sleep 0.3; wc -c; }");
+  EXPECT_EQ(slow.standard_error, "0\n");
+  EXPECT_GT(std::stoi(slow.standard_output), 1000000);
 }
 
 TEST_F(Devices, HeaderThatPromisesTooMuchCostsNoMemory) {

@@ -10,10 +10,10 @@
 
 #include <stdexcept>
 #include <string>
-#include <string_view>
 
 #include "ct_file.h"
 #include "ct_value.h"
+#include "open_trace.h"
 #include "trace_builder.h"
 
 namespace CT::Test {
@@ -28,8 +28,9 @@ class ValueTrace {
     constexpr std::uint8_t user_event = 17;
     trace.add(CheckpointSpec::raw(user_event, values).keep(keep));
     const std::string bytes = trace.build();
-    const auto* first = static_cast<const unsigned char*>(static_cast<const void*>(bytes.data()));
-    if (!file_.open(first, bytes.size()) || !view_.step()) throw std::runtime_error("no trace");
+    if (!file_.open(as_bytes(bytes), bytes.size()) || !view_.step()) {
+      throw std::runtime_error("no trace");
+    }
     cursor_ = view_.cursor();
   }
 

@@ -55,7 +55,7 @@ Base::Base(const CheckpointView& view, Cursor& cursor, EntityCache* /*cache*/) :
     if (cursor.ok()) flags_ |= 2;
   }
   if (view.has_location()) {
-    const unsigned char* filename = read_text(cursor);
+    const unsigned char* filename = view.get_add_data_ptr(cursor);
     const std::uint32_t line_no = cursor.u32();
     if (cursor.ok()) {
       flags_ |= 4;

@@ -88,11 +88,6 @@ class Base {
     valid_ = valid_ && view_.payload() != nullptr;
     return valid_;
   }
-  // The text of ADD DATA that the reference at the cursor means, as a place there.
-  [[nodiscard]] const unsigned char* read_text(Cursor& cursor) const {
-    const std::uint64_t reference = cursor.u64();
-    return view_.file().add_data().resolve(reference);
-  }
   [[nodiscard]] String text(const unsigned char* place) const {
     return section_str(view_.file(), place);
   }

@@ -45,6 +45,8 @@ class ClassEntry final : public JsonPart {
   [[nodiscard]] const CT::ClassEntry* record() const { return record_; }
   [[nodiscard]] std::uint8_t type() const { return type_; }
   [[nodiscard]] String name() const { return section_str(*file_, name_); }
+  // Where the name begins in ADD DATA, not measured; null for none.
+  [[nodiscard]] const unsigned char* name_place() const { return name_; }
   [[nodiscard]] std::uint32_t flags() const { return flags_; }
   // Of user classes only; absent and 0 for others.
   [[nodiscard]] String filename() const { return section_str(*file_, filename_); }

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "ct_file.h"
 
-#include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <QFile>
 #include <algorithm>
 #include <cerrno>
-#include <new>
 #include <optional>
 
 #include "kcommon/k_logger.h"
@@ -34,7 +33,8 @@ class File::DiskSource final : public Source {
     constexpr std::size_t largest = 1U << 30;
     while (true) {
       const ssize_t got = ::read(descriptor_, to, std::min(size, largest));
-      if (got >= 0 || errno != EINTR) return got;
+      if (got >= 0) return got;
+      if (errno != EINTR && !(errno == EAGAIN && wait_for_bytes())) return -1;
     }
   }
   [[nodiscard]] QString error() const override { return qt_error_string(errno); }
@@ -50,6 +50,12 @@ class File::DiskSource final : public Source {
   }
 
  private:
+  // For a descriptor that somebody else made non-blocking.
+  [[nodiscard]] bool wait_for_bytes() const {
+    pollfd wanted = {descriptor_, POLLIN, 0};
+    return poll(&wanted, 1, -1) > 0 || errno == EINTR;
+  }
+
   int descriptor_;
 };
 
@@ -173,9 +179,9 @@ std::uint64_t File::expected_size() const {
   return FileHeader::disk_size + std::uint64_t{header_.data_size} + header_.add_data_size;
 }
 
-// Reads both sections behind the header and counts what follows them; -1 on an error. Of a source
-// of unknown size the memory grows with what arrives, so that a header that promises too much costs
-// nothing.
+// Reads both sections behind the header and counts what follows them, up to a limit, since a pipe
+// may have no end; -1 on an error, with errno. Of a source of unknown size the memory grows with
+// what arrives, so that a header that promises too much costs nothing.
 std::int64_t File::read_sections(Source& source, const unsigned char* head, bool size_is_known) {
   constexpr std::uint64_t first_piece = 1U << 20;
   const std::uint64_t expected = expected_size();
@@ -183,7 +189,10 @@ std::int64_t File::read_sections(Source& source, const unsigned char* head, bool
   std::uint64_t size = FileHeader::disk_size;
   while (true) {
     auto* grown = static_cast<unsigned char*>(std::realloc(content_.get(), capacity));
-    if (grown == nullptr) throw std::bad_alloc();
+    if (grown == nullptr) {
+      errno = ENOMEM;
+      return -1;
+    }
     static_cast<void>(content_.release());
     content_.reset(grown);
     const std::int64_t got = read_whole(source, grown + size, capacity - size);
@@ -194,7 +203,8 @@ std::int64_t File::read_sections(Source& source, const unsigned char* head, bool
   }
   std::memcpy(content_.get(), head, FileHeader::disk_size);
   unsigned char surplus[4096];
-  while (size >= expected) {
+  constexpr std::uint64_t most_surplus = 1U << 30;
+  while (size >= expected && size - expected < most_surplus) {
     const std::int64_t got = source.read(surplus, sizeof surplus);
     if (got < 0) return -1;
     if (got == 0) break;

@@ -41,18 +41,17 @@ void JsonWriter::element() {
 }
 
 void JsonWriter::key(std::string_view name) {
-  element();
-  out_.put('"');
+  begin_key();
   out_.put(name);
-  indented_ ? out_.put("\": ") : out_.put("\":");
+  end_key();
 }
 
-void JsonWriter::text_key(std::string_view name) {
+void JsonWriter::begin_key() {
   element();
   out_.put('"');
-  put_json_text(out_, name);
-  indented_ ? out_.put("\": ") : out_.put("\":");
 }
+
+void JsonWriter::end_key() { indented_ ? out_.put("\": ") : out_.put("\":"); }
 
 void JsonWriter::number(std::int64_t value) { put_signed(out_, value); }
 

@@ -30,8 +30,9 @@ class JsonWriter {
   void element();
   // Starts the next member of an object; exactly one value follows. `name` is plain ASCII.
   void key(std::string_view name);
-  // The same for any decoded text. Requires: it does not begin with U+FEFF.
-  void text_key(std::string_view name);
+  // The same for any text: its JSON form is put between the two calls.
+  void begin_key();
+  void end_key();
 
   void null() { out_.put("null"); }
   void boolean(bool value) { value ? out_.put("true") : out_.put("false"); }

@@ -9,15 +9,15 @@ namespace CT::Checkpoint {
 Startup::Startup(const CheckpointView& view, Cursor& cursor, EntityCache* cache)
     : Base(view, cursor, cache) {
   if (!check_payload()) return;
-  url_ = read_text(cursor);
-  orig_uri_ = read_text(cursor);
-  host_ = read_text(cursor);
-  method_ = read_text(cursor);
+  url_ = view.get_add_data_ptr(cursor);
+  orig_uri_ = view.get_add_data_ptr(cursor);
+  host_ = view.get_add_data_ptr(cursor);
+  method_ = view.get_add_data_ptr(cursor);
 }
 
 IncludeCall::IncludeCall(const CheckpointView& view, Cursor& cursor, EntityCache* cache)
     : Base(view, cursor, cache) {
-  if (check_payload()) include_ = read_text(cursor);
+  if (check_payload()) include_ = view.get_add_data_ptr(cursor);
 }
 
 End::End(const CheckpointView& view, Cursor& cursor, EntityCache* cache)
@@ -82,7 +82,7 @@ ScriptError::ScriptError(const CheckpointView& view, Cursor& cursor, EntityCache
 UserEvent::UserEvent(const CheckpointView& view, Cursor& cursor, EntityCache* cache)
     : Base(view, cursor, cache) {
   if (!check_payload()) return;
-  event_name_ = read_text(cursor);
+  event_name_ = view.get_add_data_ptr(cursor);
   event_sequence_ = cursor.u32();
 }
 

@@ -14,6 +14,7 @@ namespace CT {
 namespace {
 
 constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
+constexpr std::string_view replacement = "\xEF\xBF\xBD";
 
 // The length of the well-formed sequence (Unicode, table 3-7) at `p`, a byte of 0x80 or more; 0 if
 // there is none.
@@ -111,7 +112,7 @@ const unsigned char* skip_plain(const unsigned char* p, const unsigned char* end
 
 template <class Form>
 void put_as(Writer& out, std::string_view stored) {
-  if (stored.starts_with(byte_order_mark)) stored.remove_prefix(byte_order_mark.size());
+  stored = without_byte_order_mark(stored);
   if (stored.empty()) return;
   const auto* run = static_cast<const unsigned char*>(static_cast<const void*>(stored.data()));
   const unsigned char* end = run + stored.size();
@@ -131,7 +132,7 @@ void put_as(Writer& out, std::string_view stored) {
     }
     put_run();
     if (*p >= 0x80) {
-      out.put("\xEF\xBF\xBD");
+      out.put(replacement);
     } else {
       Form::escape(out, *p);
     }
@@ -149,8 +150,19 @@ void put_escaped_text(Writer& out, std::string_view stored) { put_as<Escaped>(ou
 void put_json_text(Writer& out, std::string_view stored) { put_as<Json>(out, stored); }
 
 bool decodes_to(std::string_view stored, std::string_view expected) {
-  if (stored.starts_with(byte_order_mark)) stored.remove_prefix(byte_order_mark.size());
-  return stored == expected;
+  return without_byte_order_mark(stored) == expected;
+}
+
+std::string_view without_byte_order_mark(std::string_view stored) {
+  return stored.starts_with(byte_order_mark) ? stored.substr(byte_order_mark.size()) : stored;
+}
+
+std::string_view take_character(std::string_view& stored) {
+  const auto* first = static_cast<const unsigned char*>(static_cast<const void*>(stored.data()));
+  const std::size_t length = *first < 0x80 ? 1 : sequence_length(first, first + stored.size());
+  const std::string_view character = length != 0 ? stored.substr(0, length) : replacement;
+  stored.remove_prefix(length != 0 ? length : 1);
+  return character;
 }
 
 QString to_qstring(std::string_view decoded) {

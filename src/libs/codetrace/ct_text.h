@@ -26,6 +26,12 @@ void put_json_text(Writer& out, std::string_view stored);
 // True when the decoded text is exactly `expected`, which is ASCII.
 bool decodes_to(std::string_view stored, std::string_view expected);
 
+// Takes the first character off a stored text that is not empty and has no leading byte-order mark,
+// and returns it decoded.
+std::string_view take_character(std::string_view& stored);
+
+std::string_view without_byte_order_mark(std::string_view stored);
+
 // Decoded text (which may begin with U+FEFF) as a QString, nothing dropped.
 QString to_qstring(std::string_view decoded);
 

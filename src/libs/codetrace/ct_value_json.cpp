@@ -36,7 +36,7 @@ void write_resource(const ValueTape& tape, ValueTape::Index i, JsonWriter& out) 
 void ValueJsonWriter::write(const ValueTape& tape, ValueTape::Index root, JsonWriter& out) {
   open_.clear();
   members_.clear();
-  keys_.clear();
+  keys_.truncate({0, 0});
   if (!begin_value(tape, root, out)) return;
   while (!open_.empty() && out.ok()) {
     ValueTape::Index value = 0;
@@ -63,7 +63,7 @@ bool ValueJsonWriter::begin_value(const ValueTape& tape, ValueTape::Index i, Jso
     case ValueType::array:
       out.begin_object();
       out.key("array");
-      open_.push_back({i, i + 1, members_.size(), members_.size(), keys_.size()});
+      open_.push_back({i, i + 1, members_.size(), members_.size(), keys_.mark()});
       if (tape.is_list(i)) {
         out.begin_array();
       } else {
@@ -80,21 +80,18 @@ void ValueJsonWriter::open_map(const ValueTape& tape, ValueTape::Index item) {
   const std::size_t first = members_.size();
   for (ValueTape::Index key = item + 1; key != tape.end(item);) {
     const ValueTape::Index value = tape.end(key);
-    const std::size_t text = keys_.size();
-    key_writer_.write(tape, key, keys_);
-    members_.push_back({text, keys_.size() - text, value});
+    members_.push_back({keys_.add(tape, key), value});
     key = tape.end(value);
   }
   const auto begin = members_.begin() + static_cast<std::ptrdiff_t>(first);
   std::sort(begin, members_.end(), [this](const Member& a, const Member& b) {
-    const std::string_view left = key_text(a);
-    const std::string_view right = key_text(b);
-    return left == right ? a.value < b.value : json_key_less(left, right);
+    const int order = keys_.compare(a.key, b.key);
+    return order != 0 ? order < 0 : a.value < b.value;
   });
   auto kept = begin;
   for (auto member = begin; member != members_.end(); ++member) {
     const auto next = member + 1;
-    if (next != members_.end() && key_text(*next) == key_text(*member)) continue;
+    if (next != members_.end() && keys_.compare(next->key, member->key) == 0) continue;
     if (tape.type(member->value) != ValueType::undef) *kept++ = *member;
   }
   members_.erase(kept, members_.end());
@@ -113,7 +110,7 @@ bool ValueJsonWriter::begin_next(const ValueTape& tape, JsonWriter& out, ValueTa
   if (array.next_member == members_.size()) return false;
   const Member& member = members_[array.next_member++];
   value = member.value;
-  out.text_key(key_text(member));
+  keys_.write(member.key, out);
   return true;
 }
 
@@ -126,12 +123,8 @@ void ValueJsonWriter::close_array(const ValueTape& tape, JsonWriter& out) {
   }
   out.end_object();
   members_.resize(array.first_member);
-  keys_.truncate(array.keys_size);
+  keys_.truncate(array.keys);
   open_.pop_back();
-}
-
-std::string_view ValueJsonWriter::key_text(const Member& member) const {
-  return keys_.view().substr(member.text, member.text_size);
 }
 
 void ValueListPart::write_json(JsonWriter& out) const {

@@ -3,7 +3,8 @@
 // Values in JSON, streamed. An array becomes an object with "array" (a JSON array for a list, else
 // an object whose keys are the texts of its keys) and "cut" when the tracer cut it.
 //
-// Only the keys of the maps that are open at one moment are held in memory, to sort them.
+// Only the keys of the maps that are open at one moment are held in memory, to sort them; see
+// ct_value_key.h for how little that is.
 #pragma once
 
 #include <QJsonValue>
@@ -11,8 +12,8 @@
 
 #include "ct_json.h"
 #include "ct_json_members.h"
+#include "ct_value_key.h"
 #include "ct_value_tape.h"
-#include "ct_value_text.h"
 
 namespace CT::Checkpoint {
 
@@ -23,10 +24,9 @@ class ValueJsonWriter {
   void write(const ValueTape& tape, ValueTape::Index root, JsonWriter& out);
 
  private:
-  // A member of an open map: its key's text in keys_, and the item of its value.
+  // A member of an open map: its key's text, and the item of its value.
   struct Member {
-    std::size_t text;
-    std::size_t text_size;
+    KeyTexts::Key key;
     ValueTape::Index value;
   };
   struct OpenArray {
@@ -34,19 +34,17 @@ class ValueJsonWriter {
     ValueTape::Index at;       // of a list: the item of the next key
     std::size_t first_member;  // of a map: its members are those from here on,
     std::size_t next_member;   // and this one is next
-    std::size_t keys_size;     // of a map: what keys_ held before
+    KeyTexts::Mark keys;       // of a map: what there was before its own
   };
 
   bool begin_value(const ValueTape& tape, ValueTape::Index i, JsonWriter& out);
   void open_map(const ValueTape& tape, ValueTape::Index item);
   bool begin_next(const ValueTape& tape, JsonWriter& out, ValueTape::Index& value);
   void close_array(const ValueTape& tape, JsonWriter& out);
-  [[nodiscard]] std::string_view key_text(const Member& member) const;
 
   std::vector<OpenArray> open_;
   std::vector<Member> members_;
-  MemoryWriter keys_;
-  ValueTextWriter key_writer_;
+  KeyTexts keys_;
 };
 
 // Values of a tape as members of an object. They borrow tape and writer.

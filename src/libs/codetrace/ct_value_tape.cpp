@@ -42,7 +42,11 @@ std::uint32_t ValueTape::object_handle(Index i) const {
 }
 
 String ValueTape::resource_name(Index i) const {
-  return section_str(*file_, file_->add_data().resolve(body(i, ValueType::resource).u64()));
+  return section_str(*file_, resource_name_place(i));
+}
+
+const unsigned char* ValueTape::resource_name_place(Index i) const {
+  return file_->add_data().resolve(body(i, ValueType::resource).u64());
 }
 
 std::int64_t ValueTape::resource_handle(Index i) const {

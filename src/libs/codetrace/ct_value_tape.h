@@ -54,6 +54,8 @@ class ValueTape {
   // array with its whole pairs, or undef.
   Index decode(Cursor& cursor, EntityCache* cache);
 
+  [[nodiscard]] const File& file() const { return *file_; }
+
   // Items so far: a value decoded next begins there.
   [[nodiscard]] Index size() const { return static_cast<Index>(items_.size()); }
   // Forgets every item from `size` on.
@@ -75,6 +77,8 @@ class ValueTape {
   [[nodiscard]] std::shared_ptr<ClassEntry> class_entry(Index i) const;
   [[nodiscard]] std::uint32_t object_handle(Index i) const;
   [[nodiscard]] String resource_name(Index i) const;
+  // Where that name begins in ADD DATA, not measured; null for none.
+  [[nodiscard]] const unsigned char* resource_name_place(Index i) const;
   [[nodiscard]] std::int64_t resource_handle(Index i) const;
 
  private:

@@ -13,10 +13,16 @@ void write_string(String string, Writer& out, bool quoted) {
   if (quoted) out.put('"');
 }
 
-void write_object(const ValueTape& tape, ValueTape::Index i, Writer& out) {
+}  // namespace
+
+void ValueTextWriter::write_name(const File& file, const unsigned char* place, Writer& out) {
+  section_str(file, place).write(out);
+}
+
+void ValueTextWriter::write_object(const ValueTape& tape, ValueTape::Index i, Writer& out) {
   out.put("object(");
   if (const auto entry = tape.class_entry(i); entry != nullptr) {
-    entry->name().write(out);
+    write_name(tape.file(), entry->name_place(), out);
   } else {
     out.put("!unknown!");
   }
@@ -25,16 +31,17 @@ void write_object(const ValueTape& tape, ValueTape::Index i, Writer& out) {
   out.put(')');
 }
 
-void write_resource(const ValueTape& tape, ValueTape::Index i, Writer& out) {
+void ValueTextWriter::write_resource(const ValueTape& tape, ValueTape::Index i, Writer& out) {
   out.put("resource(");
-  tape.resource_name(i).write(out);
+  write_name(tape.file(), tape.resource_name_place(i), out);
   out.put('#');
   put_signed(out, tape.resource_handle(i));
   out.put(')');
 }
 
 // Anything but an array.
-void write_leaf(const ValueTape& tape, ValueTape::Index i, Writer& out, bool quoted) {
+void ValueTextWriter::write_leaf(const ValueTape& tape, ValueTape::Index i, Writer& out,
+                                 bool quoted) {
   switch (tape.type(i)) {
     case ValueType::undef: out.put("undef"); break;
     case ValueType::null: out.put("null"); break;
@@ -48,8 +55,6 @@ void write_leaf(const ValueTape& tape, ValueTape::Index i, Writer& out, bool quo
     case ValueType::array: break;
   }
 }
-
-}  // namespace
 
 void ValueTextWriter::write(const ValueTape& tape, ValueTape::Index root, Writer& out,
                             bool quoted) {

@@ -56,6 +56,11 @@ class CheckpointView {
     return {place, checkpoint_ + header_size + size(), file_->big_endian()};
   }
 
+  // Reads an add-data reference at the cursor; the place that it means, or null.
+  const unsigned char* get_add_data_ptr(Cursor& cursor) const {
+    return file_->add_data().resolve(cursor.u64());
+  }
+
   // Why step() stopped before the end of DATA: the bytes wanted there and the bytes left. The view
   // then stands on the checkpoint that is not whole, whose type is known unless its header word is
   // what was cut.

@@ -46,7 +46,8 @@ constexpr char write_failed[] = "Failed to write output file";
 // Usage and version went through stdio; tells whether they arrived.
 int end_early(const CT::Args& args) {
   if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return args.error ? 1 : 0;
-  return fail(write_failed, CT::Output({}).name(), qt_error_string(errno));
+  const int error = errno;
+  return error == EPIPE ? 1 : fail(write_failed, CT::Output({}).name(), qt_error_string(error));
 }
 
 void write_outputs(const CT::Args& args, const CT::File& file, CT::Writer& out) {

@@ -2,6 +2,7 @@
 #include "ct_output.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <QFile>
@@ -29,12 +30,18 @@ bool Output::write(std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t written = ::write(descriptor_, bytes.data(), bytes.size());
     if (written < 0) {
-      if (errno == EINTR) continue;
+      if (errno == EINTR || (errno == EAGAIN && wait_for_room())) continue;
       return fail(errno);
     }
     bytes.remove_prefix(static_cast<std::size_t>(written));
   }
   return true;
+}
+
+// For a descriptor that somebody else made non-blocking.
+bool Output::wait_for_room() const {
+  pollfd wanted = {descriptor_, POLLOUT, 0};
+  return poll(&wanted, 1, -1) > 0 || errno == EINTR;
 }
 
 bool Output::close() {

@@ -38,6 +38,7 @@ class Output final : public Sink {
   }
 
  private:
+  [[nodiscard]] bool wait_for_room() const;
   bool fail(int error);
 
   QString name_;
