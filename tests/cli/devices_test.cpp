@@ -144,6 +144,44 @@ TEST_F(Devices, ClosedStandardStreamsAreNotTakenByFiles) {
   EXPECT_EQ(content("t.ct"), bytes_);
 }
 
+TEST_F(Devices, AnyStandardStreamMayBeClosed) {
+  const std::pair<std::string, int> closings[] = {
+      {"", 0},        {"<&-", 0},      {">&-", 1},      {"2>&-", 0},
+      {"<&- >&-", 1}, {"<&- 2>&-", 0}, {">&- 2>&-", 1}, {"<&- >&- 2>&-", 1}};
+  for (const auto& [closing, status_without_file] : closings) {
+    write_file(folder_.path() / "out", "");
+    expect("codetrace -o out t.ct " + closing, "", "", 0);
+    EXPECT_EQ(content("out"), line) << closing;
+    EXPECT_EQ(shell("codetrace t.ct " + closing).status, status_without_file) << closing;
+    EXPECT_EQ(content("t.ct"), bytes_) << closing;
+  }
+}
+
+TEST_F(Devices, FilesOfOthers) {
+  if (shell("setpriv --reuid 65534 true").status != 0) GTEST_SKIP() << "no other user to be";
+  expect("cp '" CODETRACE_BINARY
+         "' tool; chmod 755 . tool; touch secret; chmod 600 secret; "
+         "setpriv --reuid 65534 ./tool secret",
+         "", "Failed to open secret : Permission denied\n", 1);
+  expect("mkdir locked; setpriv --reuid 65534 ./tool -o locked/out t.ct", "",
+         "Failed to open output file locked/out : Permission denied\n", 1);
+}
+
+TEST_F(Devices, TraceThatShrinksWhileItIsRead) {
+  // Whoever wins the race: a whole trace or a message, never a crash.
+  std::string header("CT\x01", 3);
+  header.resize(12, '\0');
+  header += std::string("\x08\0\0\0", 4);
+  header.resize(36, '\0');
+  write_file(folder_.path() / "h", header);
+  const ProcessResult result = shell(
+      "truncate -s 134217764 h; { sleep 0.02; truncate -s 1000 h; } & codetrace h; s=$?; "
+      "wait; exit $s");
+  EXPECT_EQ(result.status, result.standard_error.empty() ? 0 : 1);
+  EXPECT_THAT(result.standard_error,
+              testing::AnyOf("", testing::ContainsRegex("Expected 134217764 bytes, but got")));
+}
+
 TEST_F(Devices, ReaderThatLeavesEndsTheRunQuietly) {
   // Far more output than a pipe holds.
   expect("codetrace -B '" CODETRACE_ROOT "/examples/notes.ct' | head -c 5", "\nDATA", "", 0);

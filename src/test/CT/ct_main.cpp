@@ -98,7 +98,11 @@ int run(int argc, char** argv) {
     return fail(open_output_failed, args.output, output.error_message());
   }
   CT::StreamWriter out(output);
-  write_outputs(args, file, out);
+  try {
+    write_outputs(args, file, out);
+  } catch (const std::bad_alloc&) {
+    return fail(write_failed, output.name(), qt_error_string(ENOMEM));
+  }
   out.flush();
   if (output.close()) return 0;
   return output.is_pipe_closed() ? 1 : fail(write_failed, output.name(), output.error_message());
