@@ -107,49 +107,51 @@ double Awkward::real() {
   }
 }
 
-Fields Awkward::leaf(const std::vector<Ref>& classes, const std::vector<Ref>& names) {
+Fields Awkward::leaf(const ValueNames& names) {
+  const std::uint64_t number = bits();
+  const auto few = static_cast<std::uint32_t>(1 + below(60));
   switch (below(13)) {
     case 0: return value::undef();
     case 1: return value::null();
     case 2: return value::boolean(one_in(2));
-    case 3: return value::integer(static_cast<std::int64_t>(bits() >> below(64)));
+    case 3: return value::integer(static_cast<std::int64_t>(number >> few));
     case 4: return value::real(real());
     case 5:
-      return value::object(classes[below(classes.size())], static_cast<std::uint32_t>(bits()));
-    case 6: return value::resource(names[below(names.size())], bits());
+      return value::object(names.classes[below(names.classes.size())],
+                           static_cast<std::uint32_t>(number));
+    case 6: return value::resource(names.resources[below(names.resources.size())], number);
     case 7: return value::code(static_cast<std::uint8_t>(10 + below(246)));
-    case 8: return value::cut_string(bytes(3), static_cast<std::uint32_t>(1 + below(60)));
+    case 8: return value::cut_string(bytes(3), few);
     case 9: return one_in(3) ? value::cut_marker() : value::string("\xEF\xBB\xBF**CUT**");
     case 10: return value::array_header(one_in(2) ? 0 : -1);
+    case 11: return value::integer(static_cast<std::int64_t>(number));
     default: return value::string(bytes(4));
   }
 }
 
-Fields Awkward::key(std::size_t index, bool list, std::size_t depth,
-                    const std::vector<Ref>& classes, const std::vector<Ref>& names) {
+Fields Awkward::key(std::size_t index, bool list, std::size_t depth, const ValueNames& names) {
   if (list && !one_in(40)) return value::integer(static_cast<std::int64_t>(index));
   switch (below(10)) {
     case 0: return value::real(real());
     case 1: return value::integer(static_cast<std::int64_t>(below(4)));
-    case 2: return value(depth < 2 ? depth : 2, false, classes, names);
-    case 3: return leaf(classes, names);
+    case 2: return value(depth < 2 ? depth : 2, false, names);
+    case 3: return leaf(names);
     case 4: return value::string(bytes(1));
     default: return value::string(text(2));
   }
 }
 
-Fields Awkward::value(std::size_t depth, bool spine, const std::vector<Ref>& classes,
-                      const std::vector<Ref>& names) {
-  if (depth == 0 || (!spine && !one_in(3))) return leaf(classes, names);
+Fields Awkward::value(std::size_t depth, bool spine, const ValueNames& names) {
+  if (depth == 0 || (!spine && !one_in(3))) return leaf(names);
   const bool list = one_in(2);
   const std::size_t count = (spine ? 1 : 0) + below(4);
   const std::size_t deepest = below(count + 1);
   Fields result = value::array_header(static_cast<std::int32_t>(count));
   for (std::size_t i = 0; i != count; ++i) {
-    result.append(key(i, list, depth - 1, classes, names));
+    result.append(key(i, list, depth - 1, names));
     const bool goes_on = spine && (i == deepest || (i + 1 == count && deepest == count));
     const std::size_t below_here = goes_on ? depth - 1 : (depth - 1 < 2 ? depth - 1 : 2);
-    result.append(value(below_here, goes_on, classes, names));
+    result.append(value(below_here, goes_on, names));
   }
   return result;
 }

@@ -8,9 +8,9 @@
 #include <cstdint>
 #include <random>
 #include <string>
-#include <vector>
 
 #include "fields.h"
+#include "value_names.h"
 
 namespace CT::Test {
 
@@ -31,16 +31,13 @@ class Awkward {
   // Any bit pattern, decimals, whole numbers around powers of two and ten, numbers near to others.
   double real();
 
-  // A value as deep as `depth` arrays at most and with at least one array in each when `spine`.
-  // Keys of all types, many of which look alike as texts; objects refer to `classes`, resources to
-  // `names`, which are references into ADD DATA.
-  Fields value(std::size_t depth, bool spine, const std::vector<Ref>& classes,
-               const std::vector<Ref>& names);
+  // A value of up to `depth` arrays inside each other; exactly as many when `spine`. Keys of all
+  // types, many of which look alike as texts.
+  Fields value(std::size_t depth, bool spine, const ValueNames& names);
 
  private:
-  Fields leaf(const std::vector<Ref>& classes, const std::vector<Ref>& names);
-  Fields key(std::size_t index, bool list, std::size_t depth, const std::vector<Ref>& classes,
-             const std::vector<Ref>& names);
+  Fields leaf(const ValueNames& names);
+  Fields key(std::size_t index, bool list, std::size_t depth, const ValueNames& names);
 
   std::mt19937_64 random_;
 };

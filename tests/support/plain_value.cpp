@@ -46,8 +46,9 @@ QJsonValue array_json(const PlainValue& value) {
   QJsonArray list;
   QJsonObject map;
   for (const auto& [key, element] : value.pairs) {
-    list.append(element.as_json());
-    map.insert(key.to_string(true), element.as_json());
+    const QJsonValue json = element.as_json();
+    list.append(json);
+    map.insert(key.to_string(true), json);
   }
   QJsonObject object;
   if (value.is_cut) object[QStringLiteral("cut")] = true;

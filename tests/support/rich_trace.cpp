@@ -16,6 +16,7 @@ std::vector<Fields> values(Ref klass, Ref other_class, Ref resource_type) {
                                  {value::cut_marker(), value::null()},
                                  {value::integer(2), value::object(other_class, 9)}});
   return {value::undef(),
+          value::null(),
           value::boolean(false),
           value::integer(-5),
           value::real(0.1),

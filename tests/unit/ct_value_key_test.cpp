@@ -37,7 +37,7 @@ Fields random_key(const std::vector<Ref>& classes, const std::vector<Ref>& names
                   std::mt19937& random, int depth = 0) {
   const auto one_of = [&](const std::vector<Ref>& refs) { return refs[random() % refs.size()]; };
   switch (random() % (depth < 3 ? 4U : 3U)) {
-    case 0: return value::object(one_of(classes), random() % 3);
+    case 0: return value::object(one_of(classes), static_cast<std::uint32_t>(random() % 3));
     case 1: return value::resource(one_of(names), random() % 3);
     case 2: return value::string("k" + std::to_string(random() % 3));
     default:

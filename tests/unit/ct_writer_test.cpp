@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <limits>
 #include <string>
-#include <vector>
 
 namespace CT::Test {
 namespace {

@@ -140,7 +140,7 @@ bool File::load(Source& source) {
   const bool has_header = got == FileHeader::disk_size;
   if (has_header) {
     decode_header(head);
-    if (known_size && *known_size != expected_size()) {
+    if (known_size && (!is_trace() || *known_size != expected_size())) {
       got = *known_size;
     } else if (is_trace()) {
       const std::int64_t rest = read_sections(source, head, known_size.has_value());
