@@ -144,7 +144,7 @@ void PlainReader::read_array(PlainValue& value) {
       element.type = array;
       element.is_cut = element.is_list = true;
     }
-    value.pairs.emplace_back(key, element);
+    value.pairs.push_back({key, element});
   }
 }
 

@@ -20,6 +20,8 @@
 
 namespace CT::Test {
 
+struct PlainPair;
+
 struct PlainValue {
   int type = 0;
   std::int64_t number = 0;  // the long; the handle of an object or resource
@@ -30,11 +32,16 @@ struct PlainValue {
   bool is_cut = false;  // an array, as the three below
   bool is_list = false;
   std::int32_t count = 0;
-  std::vector<std::pair<PlainValue, PlainValue>> pairs;
+  std::vector<PlainPair> pairs;
 
   // The forms of text and JSON, as the library's to_string and as_json define them.
   QString to_string(bool quoted) const;
   QJsonValue as_json() const;
+};
+
+struct PlainPair {
+  PlainValue first;
+  PlainValue second;
 };
 
 class PlainReader {

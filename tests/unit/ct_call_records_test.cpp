@@ -235,20 +235,23 @@ TEST(CallRecord, DescriptorNeedsTheBytesOfItsTypeAndNoMore) {
   }
 }
 
-TEST(CallRecord, ClassThatIsNotWholeIsNone) {
+TEST(CallRecord, ClassNeedsTheBytesOfItsTypeAndIsNoneWithoutThem) {
   for (const ByteOrder order : both_orders) {
-    for (const std::size_t gone : {std::size_t{0}, std::size_t{1}}) {
-      TraceBuilder trace(order);
-      const Ref klass = trace.add_data_end() + 44;
-      const Ref function = trace.function({.name = {}, .class_entry = klass});
-      EXPECT_EQ(trace.klass({.flags = 3}), klass);
-      trace.cut_add_data(gone);
-      trace.add(CheckpointSpec::function_call(function));
-      OpenTrace open(trace);
-      const auto call = open.record<FunctionCall>();
-      EXPECT_TRUE(call->is_valid());
-      EXPECT_EQ(call->function()->class_entry() != nullptr, gone == 0);
-      EXPECT_EQ(open.storage().class_entries().size(), 1 - gone);
+    for (const std::uint8_t type : {internal_type, user_type}) {
+      const std::size_t needed = type == user_type ? 36 : 20;
+      for (const std::size_t size : {needed - 1, needed}) {
+        TraceBuilder trace(order);
+        const Ref klass = trace.add_data_end() + 44;
+        const Ref function = trace.function({.class_entry = klass});
+        EXPECT_EQ(trace.klass({.type = type, .flags = 3}), klass);
+        trace.cut_add_data(36 - size);
+        trace.add(CheckpointSpec::function_call(function));
+        OpenTrace open(trace);
+        const auto call = open.record<FunctionCall>();
+        EXPECT_TRUE(call->is_valid());
+        EXPECT_EQ(call->function()->class_entry() != nullptr, size == needed);
+        EXPECT_EQ(open.storage().class_entries().size(), size == needed ? 1U : 0U);
+      }
     }
   }
 }

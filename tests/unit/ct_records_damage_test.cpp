@@ -13,7 +13,7 @@ namespace CT::Test {
 namespace {
 
 namespace Made = Checkpoint;
-using Checkpoint::ValueType;
+using Checkpoint::make_record;
 
 std::string shown(const Checkpoint::KVal& value) { return value.to_string(true).toStdString(); }
 
@@ -249,6 +249,27 @@ TEST(CutRecord, MethodCallNumbersWhatItReached) {
         EXPECT_EQ(storage.class_entries().size(), (kept >= 21 ? 1U : 0U) + (kept == 38 ? 1U : 0U));
         EXPECT_EQ(call.damage().has_value(), kept < 38);
       });
+}
+
+TEST(CutRecord, RecordMetAgainDoesNotLookIntoItsValues) {
+  for_both_orders(R"(
+    C: class user "A"
+    F: function user "f"
+    method fn F this null args [obj(C, 1), "abc"] keep 33
+    return of 1 value [obj(C, 1), "abc"] keep 40
+  )",
+                  [](OpenTrace& trace) {
+                    for (std::size_t number = 0; number != 2; ++number) {
+                      const CheckpointView first = trace.view(number);
+                      EntityCache cache;
+                      EXPECT_TRUE(make_record(first, &cache)->damage());
+                      EXPECT_EQ(cache.class_entries().size(), 1U);
+                      EntityCache other_cache;
+                      const auto view = CheckpointView::revisit(trace.file(), first.offset());
+                      EXPECT_FALSE(make_record(view, &other_cache)->damage());
+                      EXPECT_TRUE(other_cache.class_entries().empty());
+                    }
+                  });
 }
 
 }  // namespace

@@ -78,23 +78,55 @@ bool ValueJsonWriter::begin_value(const ValueTape& tape, ValueTape::Index i, Jso
 // Of members with equal keys the last one counts, and it is left out if its value is undef.
 void ValueJsonWriter::open_map(const ValueTape& tape, ValueTape::Index item) {
   const std::size_t first = members_.size();
+  const KeyTexts::Mark mark = keys_.mark();
   for (ValueTape::Index key = item + 1; key != tape.end(item);) {
     const ValueTape::Index value = tape.end(key);
-    members_.push_back({keys_.add(tape, key), value});
+    members_.push_back({keys_.add(tape, key), value, 0});
     key = tape.end(value);
   }
+  if (keys_.has_names_since(mark)) drop_repeated_names(tape, first);
+  sort_and_keep_last(
+      first, [this](const Member& a, const Member& b) { return keys_.compare(a.key, b.key); });
+  drop_undef(tape, first);
+}
+
+// Leaves of members whose keys have long names only those that will be printed, so that the work of
+// comparing them follows the output: equal keys are found by hash, and read only to make sure.
+void ValueJsonWriter::drop_repeated_names(const ValueTape& tape, std::size_t first) {
+  for (std::size_t i = first; i != members_.size(); ++i) {
+    members_[i].hash = keys_.hash(members_[i].key);
+  }
+  sort_and_keep_last(first, [this](const Member& a, const Member& b) {
+    return keys_.compare_identity(a.key, b.key);
+  });
+  sort_and_keep_last(first, [this](const Member& a, const Member& b) {
+    if (a.hash != b.hash) return a.hash < b.hash ? -1 : 1;
+    return keys_.compare(a.key, b.key);
+  });
+  drop_undef(tape, first);
+}
+
+template <class Compare>
+void ValueJsonWriter::sort_and_keep_last(std::size_t first, Compare compare) {
   const auto begin = members_.begin() + static_cast<std::ptrdiff_t>(first);
-  std::sort(begin, members_.end(), [this](const Member& a, const Member& b) {
-    const int order = keys_.compare(a.key, b.key);
+  std::sort(begin, members_.end(), [&](const Member& a, const Member& b) {
+    const int order = compare(a, b);
     return order != 0 ? order < 0 : a.value < b.value;
   });
   auto kept = begin;
   for (auto member = begin; member != members_.end(); ++member) {
     const auto next = member + 1;
-    if (next != members_.end() && keys_.compare(next->key, member->key) == 0) continue;
-    if (tape.type(member->value) != ValueType::undef) *kept++ = *member;
+    if (next == members_.end() || compare(*member, *next) != 0) *kept++ = *member;
   }
   members_.erase(kept, members_.end());
+}
+
+void ValueJsonWriter::drop_undef(const ValueTape& tape, std::size_t first) {
+  const auto is_undef = [&](const Member& member) {
+    return tape.type(member.value) == ValueType::undef;
+  };
+  const auto begin = members_.begin() + static_cast<std::ptrdiff_t>(first);
+  members_.erase(std::remove_if(begin, members_.end(), is_undef), members_.end());
 }
 
 // Starts the next element or member of the innermost array; false when there is none.

@@ -28,6 +28,7 @@ class ValueJsonWriter {
   struct Member {
     KeyTexts::Key key;
     ValueTape::Index value;
+    std::uint64_t hash;  // of the key's text, where that is needed
   };
   struct OpenArray {
     ValueTape::Index item;
@@ -39,6 +40,10 @@ class ValueJsonWriter {
 
   bool begin_value(const ValueTape& tape, ValueTape::Index i, JsonWriter& out);
   void open_map(const ValueTape& tape, ValueTape::Index item);
+  void drop_repeated_names(const ValueTape& tape, std::size_t first);
+  template <class Compare>
+  void sort_and_keep_last(std::size_t first, Compare compare);
+  void drop_undef(const ValueTape& tape, std::size_t first);
   bool begin_next(const ValueTape& tape, JsonWriter& out, ValueTape::Index& value);
   void close_array(const ValueTape& tape, JsonWriter& out);
 

@@ -81,8 +81,8 @@ class KeyTexts::Reader {
 
 int KeyTexts::compare(const Key& a, const Key& b) const {
   if (a.first_name == a.last_name && b.first_name == b.last_name) {
-    const std::string_view left = bytes_.view().substr(a.begin, a.end - a.begin);
-    const std::string_view right = bytes_.view().substr(b.begin, b.end - b.begin);
+    const std::string_view left = bytes_of(a);
+    const std::string_view right = bytes_of(b);
     return left == right ? 0 : json_key_less(left, right) ? -1 : 1;
   }
   Reader left(*this, a);
@@ -99,6 +99,33 @@ int KeyTexts::compare(const Key& a, const Key& b) const {
     if (x != y) return json_key_less(x, y) ? -1 : 1;
     if (x.empty()) return 0;
   }
+}
+
+std::uint64_t KeyTexts::hash(const Key& key) {
+  TextHash hash;
+  std::size_t at = key.begin;
+  for (std::size_t i = key.first_name; i != key.last_name; ++i) {
+    const Name& name = names_[i];
+    hash = join(hash, hash_text(bytes_.view().substr(at, name.at - at)));
+    hash = join(hash, hashes_.of(*name.file, name.place));
+    at = name.at;
+  }
+  return join(hash, hash_text(bytes_.view().substr(at, key.end - at))).value;
+}
+
+int KeyTexts::compare_identity(const Key& a, const Key& b) const {
+  if (const int order = bytes_of(a).compare(bytes_of(b)); order != 0) return order;
+  const std::size_t count = a.last_name - a.first_name;
+  if (count != b.last_name - b.first_name) return count < b.last_name - b.first_name ? -1 : 1;
+  for (std::size_t i = 0; i != count; ++i) {
+    const Name& left = names_[a.first_name + i];
+    const Name& right = names_[b.first_name + i];
+    if (left.place != right.place) return left.place < right.place ? -1 : 1;
+    if (left.at - a.begin != right.at - b.begin) {
+      return left.at - a.begin < right.at - b.begin ? -1 : 1;
+    }
+  }
+  return 0;
 }
 
 void KeyTexts::write(const Key& key, JsonWriter& out) const {

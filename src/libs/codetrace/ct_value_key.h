@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "ct_json.h"
+#include "ct_name_hash.h"
 #include "ct_value_tape.h"
 #include "ct_value_text.h"
 #include "ct_writer.h"
@@ -40,6 +41,14 @@ class KeyTexts {
   // The order of the keys of a JSON object: negative, 0 or positive (see json_key_less).
   [[nodiscard]] int compare(const Key& a, const Key& b) const;
 
+  // Whether any key since the mark has a name that was not copied: comparing such keys can be long
+  // work, of which hash and identity spare the needless part.
+  [[nodiscard]] bool has_names_since(const Mark& mark) const { return names_.size() != mark.names; }
+  // Equal for equal texts.
+  std::uint64_t hash(const Key& key);
+  // Some order in which keys of the same bytes and places of names, and only those, are equal: 0.
+  [[nodiscard]] int compare_identity(const Key& a, const Key& b) const;
+
   // Starts the member of an object that has this key.
   void write(const Key& key, JsonWriter& out) const;
 
@@ -66,8 +75,13 @@ class KeyTexts {
 
   class Reader;
 
+  [[nodiscard]] std::string_view bytes_of(const Key& key) const {
+    return bytes_.view().substr(key.begin, key.end - key.begin);
+  }
+
   MemoryWriter bytes_;
   std::vector<Name> names_;
+  NameHashes hashes_;
   NameNoter noter_{*this};
 };
 

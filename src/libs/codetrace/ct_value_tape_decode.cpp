@@ -146,7 +146,11 @@ class TapeTarget {
     if (array.list != 0) {
       const bool follows =
           tape_.type(key) == ValueType::long_ && tape_.as_long(key) == std::int64_t{frame.kept};
-      follows ? ++frame.kept : array.list = 0;
+      if (follows) {
+        ++frame.kept;
+      } else {
+        array.list = 0;
+      }
     }
     // The tracer puts the marker in place of a nested array that it did not descend into.
     if (const std::uint32_t value = tape_.end(key); is_cut_marker(value)) {

@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: MIT
+//
+// Maps whose keys are hard to sort, or have texts that are far longer than their bytes.
+#include "bytes.h"
+#include "worst_cases.h"
+
+namespace CT::Bench {
+
+namespace {
+
+using Test::CheckpointSpec;
+using Test::Ref;
+using Test::TraceBuilder;
+
+void add_returned(TraceBuilder& trace, const Bytes& value) {
+  trace.add(CheckpointSpec::startup());
+  const Ref start = trace.add(CheckpointSpec::function_call(trace.function({.name = "f"})));
+  trace.add(CheckpointSpec::function_return(start, value.fields()));
+}
+
+void map_keys(std::size_t n, TraceBuilder& trace) {
+  Bytes bytes;
+  bytes.array(n);
+  for (std::size_t i = 0; i != n; ++i) {
+    // An odd factor shuffles the numbers of eight digits without meeting one twice.
+    const std::string digits = std::to_string(100000000 + i * 7654321 % 100000000);
+    bytes.string(std::string_view(digits).substr(1)).null();
+  }
+  add_returned(trace, bytes);
+}
+
+void equal_keys(std::size_t n, TraceBuilder& trace) {
+  Bytes bytes;
+  bytes.array(n);
+  for (std::size_t i = 0; i != n; ++i) bytes.integer(5).null();
+  add_returned(trace, bytes);
+}
+
+// Sixty-four keys that differ only in their last element.
+void array_keys(std::size_t n, TraceBuilder& trace) {
+  constexpr std::size_t keys = 64;
+  Bytes bytes;
+  bytes.array(keys);
+  for (std::size_t key = 0; key != keys; ++key) {
+    bytes.array(n + 1);
+    for (std::size_t i = 0; i != n; ++i) bytes.null().null();
+    bytes.integer(key * 37 % keys).null().null();
+  }
+  add_returned(trace, bytes);
+}
+
+// Objects of one class, whose name has 28 bytes for each of them: 16 MiB for the full payload.
+void add_objects(std::size_t n, TraceBuilder& trace, bool same_handle) {
+  const std::string name(28 * n, 'n');
+  const Ref class_entry = trace.klass({.name = name});
+  Bytes bytes;
+  bytes.array(n);
+  for (std::size_t i = 0; i != n; ++i) {
+    bytes.object(class_entry, same_handle ? 1 : static_cast<std::uint32_t>(i)).null();
+  }
+  add_returned(trace, bytes);
+}
+void object_keys_same(std::size_t n, TraceBuilder& trace) { add_objects(n, trace, true); }
+void object_keys(std::size_t n, TraceBuilder& trace) { add_objects(n, trace, false); }
+
+// Resources whose type names are one text from each of its bytes on. Their values are undef, so
+// that JSON shows none of them.
+void add_overlapping(std::size_t n, TraceBuilder& trace, const std::string& text) {
+  const Ref name = trace.text(text);
+  Bytes bytes;
+  bytes.array(n);
+  for (std::size_t i = 0; i != n; ++i) bytes.resource(name + i * 7919 % n, 1).undef();
+  add_returned(trace, bytes);
+}
+
+// They differ where the shorter one ends.
+void overlapping_keys(std::size_t n, TraceBuilder& trace) {
+  add_overlapping(n, trace, std::string(16 * n, 'n'));
+}
+
+// They differ in one of their first letters.
+void differing_keys(std::size_t n, TraceBuilder& trace) {
+  std::string text;
+  std::uint64_t random = 1;
+  while (text.size() != 16 * n) {
+    random = random * 6364136223846793005U + 1442695040888963407U;
+    text += static_cast<char>('a' + (random >> 33) % 26);
+  }
+  add_overlapping(n, trace, text);
+}
+
+// Resources with one of two names that are equal byte for byte and stand apart.
+void twin_keys(std::size_t n, TraceBuilder& trace) {
+  const std::string text(16 * n, 'n');
+  const Ref names[] = {trace.new_text(text), trace.new_text(text)};
+  Bytes bytes;
+  bytes.array(n);
+  for (std::size_t i = 0; i != n; ++i) bytes.resource(names[i % 2], 1).undef();
+  add_returned(trace, bytes);
+}
+
+}  // namespace
+
+const std::vector<WorstCase>& key_cases() {
+  static const std::vector<WorstCase> cases = {
+      {"map_keys", "keys of a map", 599000, "", map_keys},
+      {"equal_keys", "keys of a map that are all the same", 838000, "", equal_keys},
+      {"array_keys", "elements of each of 64 arrays that are keys", 65000, "", array_keys},
+      {"object_keys_same", "keys that are one object with a long class name", 599000, "TD",
+       object_keys_same},
+      {"object_keys", "keys that are objects of one class with a long name", 599000, "TJD",
+       object_keys},
+      {"overlapping_keys", "keys that are resources with overlapping names", 1000, "TD",
+       overlapping_keys},
+      {"differing_keys", "as these, with names that soon differ", 16000, "TD", differing_keys},
+      {"twin_keys", "keys that are resources with one name at two places", 1000, "TD", twin_keys},
+  };
+  return cases;
+}
+
+}  // namespace CT::Bench

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+//
+// A whole file: all five outputs, then what programs use that link the library. Small files' JSON
+// is held equal to Qt's.
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTextStream>
+#include <algorithm>
+#include <string>
+
+#include "ct_document.h"
+#include "ct_file.h"
+#include "ct_file_dump.h"
+#include "ct_storage.h"
+#include "ct_walk.h"
+#include "support.h"
+#include "written.h"
+
+namespace {
+
+using namespace CT;
+
+// One output into a sink of its own, so that a large one does not hide the next.
+template <class Write>
+void discard(Write write) {
+  Fuzz::LimitedSink sink;
+  StreamWriter out(sink);
+  write(out);
+  out.flush();
+}
+
+void use_records(const File& file) {
+  QString text;
+  QTextStream stream(&text);
+  CheckpointView view(file);
+  for (int left = 64; left != 0 && view.step(); --left) {
+    const auto record = Checkpoint::make_record(view, nullptr);
+    if (record == nullptr) continue;
+    record->dump(stream);
+    if (const auto* call = dynamic_cast<const Checkpoint::FunctionCall*>(record.get())) {
+      static_cast<void>(call->this_value().to_string(false));
+      for (const Checkpoint::KVal& value : call->args()) static_cast<void>(value.to_string(true));
+    } else if (const auto* end = dynamic_cast<const Checkpoint::EndWithValue*>(record.get())) {
+      static_cast<void>(end->value().as_json());
+    }
+  }
+}
+
+void use_nodes(const File& file) {
+  Storage storage(file);
+  CheckpointView view(file);
+  while (view.step()) storage.add_checkpoint(Checkpoint::make_record(view, &storage));
+  const Storage::NodeId count = std::min(storage.node_count(), Storage::NodeId{64});
+  for (Storage::NodeId id = 0; id != count; ++id) {
+    QString text;
+    QJsonObject object;
+    storage.node(id)->to_text(text);
+    storage.node(id)->to_json(object);
+  }
+}
+
+void compare_json(Storage& storage) {
+  const std::string ours = Test::written([&](Writer& out) { write_json(storage, out); });
+  const QByteArray expected = QJsonDocument(as_json(storage)).toJson();
+  Fuzz::expect_equal("the JSON document", ours, expected.toStdString() + "\n");
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  // What Qt's classes hold in memory grows with the square of the size at worst.
+  constexpr std::size_t largest_for_adapters = 8192;
+  constexpr std::size_t largest_to_compare = 4096;
+  Fuzz::silence_log();
+  File file{QStringLiteral("fuzz")};
+  if (!file.open(data, size)) {
+    Fuzz::expect(!file.is_open() && !file.error_message().isEmpty(), "a reason for the refusal");
+    return 0;
+  }
+  discard([&](Writer& out) { write_headers(file, out); });
+  discard([&](Writer& out) { write_binary(file, out); });
+  Storage storage(file);
+  discard([&](Writer& out) {
+    read_checkpoints(file, storage, [&](const Checkpoint::Base& record) {
+      if (out.ok()) record.dump(out);
+      return true;
+    });
+  });
+  discard([&](Writer& out) { write_json(storage, out); });
+  discard([&](Writer& out) { write_text(storage, out); });
+  if (size <= largest_to_compare) compare_json(storage);
+  if (size <= largest_for_adapters) {
+    use_records(file);
+    use_nodes(file);
+  }
+  return 0;
+}

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+//
+// The streamed JSON of one value is held equal to what Qt prints of its own classes.
+#include <algorithm>
+#include <vector>
+
+#include "ct_value_json.h"
+#include "support.h"
+#include "written.h"
+
+namespace {
+
+using namespace CT;
+using Checkpoint::ValueTape;
+
+// How many arrays lie inside each other.
+std::size_t depth_of(const ValueTape& tape) {
+  std::vector<ValueTape::Index> ends;
+  std::size_t depth = 0;
+  for (ValueTape::Index i = 0; i != tape.size(); ++i) {
+    while (!ends.empty() && ends.back() <= i) ends.pop_back();
+    if (tape.type(i) != Checkpoint::ValueType::array) continue;
+    ends.push_back(tape.end(i));
+    depth = std::max(depth, ends.size());
+  }
+  return depth;
+}
+
+void compare(const CheckpointView& view, EntityCache* cache) {
+  ValueTape tape;
+  tape.reset(view);
+  Cursor cursor = view.cursor();
+  tape.decode(cursor, cache);
+  // Qt's classes recurse.
+  constexpr std::size_t deepest = 500;
+  if (depth_of(tape) > deepest) return;
+  const QJsonValue expected = Checkpoint::to_qt_json(tape, 0);
+  for (const auto form : {JsonWriter::Form::compact, JsonWriter::Form::indented}) {
+    const std::string ours = Test::written_element(
+        form, [&](JsonWriter& out) { Checkpoint::ValueJsonWriter().write(tape, 0, out); });
+    Fuzz::expect_equal("the value's JSON", ours, Test::qt_element(form, expected));
+  }
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  Fuzz::silence_log();
+  const Fuzz::ValueInput input(data, size);
+  const Fuzz::OneCheckpoint checkpoint = input.checkpoint();
+  EntityCache cache;
+  compare(checkpoint.view(), &cache);
+  compare(checkpoint.view(), nullptr);
+  return 0;
+}

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+//
+// One value: decoded in each way, copied, printed in each form, destroyed.
+#include <string>
+#include <vector>
+
+#include "ct_value.h"
+#include "ct_value_json.h"
+#include "ct_value_text.h"
+#include "support.h"
+#include "written.h"
+
+namespace {
+
+using namespace CT;
+using Checkpoint::KVal;
+using Checkpoint::ValueTape;
+
+void print(const ValueTape& tape) {
+  Fuzz::LimitedSink sink;
+  StreamWriter out(sink);
+  Checkpoint::ValueTextWriter text;
+  Checkpoint::ValueJsonWriter json;
+  text.write_escaped(tape, 0, out);
+  text.write(tape, 0, out, false);
+  for (const auto form : {JsonWriter::Form::compact, JsonWriter::Form::indented}) {
+    JsonWriter writer(out, form);
+    json.write(tape, 0, writer);
+  }
+  out.flush();
+}
+
+void use_all_forms(const KVal& value) {
+  static_cast<void>(value.to_string(false));
+  static_cast<void>(value.to_escaped_string(true));
+  static_cast<void>(value.to_escaped_string(false));
+  static_cast<void>(value.as_json());
+  static_cast<void>(value.as_boolean() ? value.as_double() : value.declared_count());
+  static_cast<void>(value.string().to_string());
+  static_cast<void>(value.string().to_escaped_string());
+  static_cast<void>(value.resource_name().as_json());
+  static_cast<void>(value.as_long() ^ value.resource_handle() ^ value.object_handle());
+  if (const auto entry = value.class_entry(); entry != nullptr) {
+    static_cast<void>(entry->as_json());
+  }
+}
+
+// The first element of the first element and so on, whose elements are copied on the way down.
+void descend(KVal value) {
+  std::vector<KVal> kept;
+  for (int left = 32; left != 0; --left) {
+    use_all_forms(value);
+    const auto elements = value.elements();
+    if (elements.empty()) return;
+    kept.push_back(value);
+    use_all_forms(elements.back().first);
+    value.copy(elements.front().second);
+    kept.front().reset();
+  }
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  Fuzz::silence_log();
+  const Fuzz::ValueInput input(data, size);
+  const Fuzz::OneCheckpoint checkpoint = input.checkpoint();
+  const CheckpointView& view = checkpoint.view();
+
+  EntityCache cache;
+  Cursor at = view.cursor();
+  const KVal cached(view, at, &cache);
+  Cursor at_uncached = view.cursor();
+  const KVal uncached(view, at_uncached, nullptr);
+  EntityCache scan_cache;
+  Cursor scanned = view.cursor();
+  Checkpoint::scan_value(scanned, view, &scan_cache);
+  Fuzz::expect(at.position() == at_uncached.position() && at.position() == scanned.position(),
+               "the same end of the value");
+  Fuzz::expect(cache.class_entries().size() == scan_cache.class_entries().size(),
+               "the same number of classes");
+  Fuzz::expect(cached.to_string(true) == uncached.to_string(true), "the same text without a cache");
+
+  ValueTape tape;
+  tape.reset(view);
+  Cursor again = view.cursor();
+  tape.decode(again, &cache);
+  const std::string text =
+      Test::written([&](Writer& out) { Checkpoint::ValueTextWriter().write(tape, 0, out); });
+  Fuzz::expect_equal("the text", text, cached.to_string(true).toStdString());
+  print(tape);
+  descend(cached);
+  descend(uncached);
+  return 0;
+}
