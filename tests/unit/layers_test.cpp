@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -22,13 +21,23 @@ std::vector<std::string> lines_of(const std::filesystem::path& path) {
   return lines;
 }
 
+// What stands between the first `before` and the next `after`; empty if it is not there.
+std::string between(const std::string& line, const std::string& before, const std::string& after) {
+  const std::size_t begin = line.find(before);
+  if (begin == std::string::npos) return {};
+  const std::size_t end = line.find(after, begin + before.size());
+  if (end == std::string::npos) return {};
+  return line.substr(begin + before.size(), end - begin - before.size());
+}
+
 // Component to row, as "| 3 | `ct_json` | ..." says.
 std::map<std::string, int> documented_rows() {
-  const std::regex row(R"(\| (\d+) \| `(\w+)` \|.*)");
   std::map<std::string, int> rows;
-  std::smatch match;
   for (const std::string& line : lines_of(root / "docs/architecture.md")) {
-    if (std::regex_match(line, match, row)) rows[match[2]] = std::stoi(match[1]);
+    const std::string row = between(line, "| ", " | `");
+    const std::string component = between(line, " | `", "` | ");
+    if (row.empty() || component.empty()) continue;
+    if (row.find_first_not_of("0123456789") == std::string::npos) rows[component] = std::stoi(row);
   }
   return rows;
 }
@@ -70,14 +79,13 @@ TEST(Layers, EveryRowHasASource) {
 
 TEST(Layers, IncludesPointDownwards) {
   const auto rows = documented_rows();
-  const std::regex include(R"(#include "(?:kcommon/)?(\w+)\.h")");
   int seen = 0;
-  std::smatch match;
   for (const auto& file : sources()) {
     const std::string from = component_of(file.stem(), rows);
     for (const std::string& line : lines_of(file)) {
-      if (!std::regex_match(line, match, include)) continue;
-      const std::string to = component_of(match[1], rows);
+      const std::filesystem::path included = between(line, "#include \"", ".h\"");
+      if (included.empty()) continue;
+      const std::string to = component_of(included.filename(), rows);
       ++seen;
       if (from == to) continue;
       ASSERT_TRUE(rows.contains(to)) << file << ": " << line;
