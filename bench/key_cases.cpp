@@ -8,14 +8,14 @@ namespace CT::Bench {
 
 namespace {
 
-using Test::CheckpointSpec;
+using Test::CheckpointDraft;
 using Test::Ref;
 using Test::TraceBuilder;
 
 void add_returned(TraceBuilder& trace, const Bytes& value) {
-  trace.add(CheckpointSpec::startup());
-  const Ref start = trace.add(CheckpointSpec::function_call(trace.function({.name = "f"})));
-  trace.add(CheckpointSpec::function_return(start, value.fields()));
+  trace.add(CheckpointDraft::startup());
+  const Ref start = trace.add(CheckpointDraft::function_call(trace.function({.name = "f"})));
+  trace.add(CheckpointDraft::function_return(start, value.fields()));
 }
 
 void map_keys(std::size_t n, TraceBuilder& trace) {

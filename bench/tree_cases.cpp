@@ -5,7 +5,7 @@ namespace CT::Bench {
 
 namespace {
 
-using Test::CheckpointSpec;
+using Test::CheckpointDraft;
 using Test::Fields;
 using Test::Ref;
 using Test::TraceBuilder;
@@ -18,20 +18,20 @@ struct Calls {
 };
 
 Calls add_calls(TraceBuilder& trace, Ref function, std::size_t n) {
-  const CheckpointSpec call = CheckpointSpec::function_call(function);
+  const CheckpointDraft call = CheckpointDraft::function_call(function);
   Calls calls{trace.data_end(), call.encode(trace.order()).size()};
   for (std::size_t i = 0; i != n; ++i) trace.add(call);
   return calls;
 }
 
 Ref begin(TraceBuilder& trace) {
-  trace.add(CheckpointSpec::startup());
+  trace.add(CheckpointDraft::startup());
   return trace.function({.name = "f"});
 }
 
 void tiny(std::size_t n, TraceBuilder& trace) {
   begin(trace);
-  for (std::size_t i = 0; i != n; ++i) trace.add(CheckpointSpec::script_exit());
+  for (std::size_t i = 0; i != n; ++i) trace.add(CheckpointDraft::script_exit());
 }
 
 // Header words of zeros: checkpoints that begin a request and have no payload.
@@ -41,13 +41,13 @@ void zeros(std::size_t n, TraceBuilder& trace) {
 
 void unknown_types(std::size_t n, TraceBuilder& trace) {
   begin(trace);
-  for (std::size_t i = 0; i != n; ++i) trace.add(CheckpointSpec::raw(31));
+  for (std::size_t i = 0; i != n; ++i) trace.add(CheckpointDraft::raw(31));
 }
 
 void open_calls(std::size_t n, TraceBuilder& trace) {
   const Calls calls = add_calls(trace, begin(trace), n);
-  trace.add(CheckpointSpec::function_return(calls.at(0)));
-  trace.add(CheckpointSpec::shutdown());
+  trace.add(CheckpointDraft::function_return(calls.at(0)));
+  trace.add(CheckpointDraft::shutdown());
 }
 
 // Calls by the thousand, of which only the outermost returns.
@@ -56,7 +56,7 @@ void return_pops_many(std::size_t n, TraceBuilder& trace) {
   constexpr std::size_t group = 1000;
   for (std::size_t i = 0; i < n; i += group) {
     const Calls calls = add_calls(trace, function, group);
-    trace.add(CheckpointSpec::function_return(calls.at(0)));
+    trace.add(CheckpointDraft::function_return(calls.at(0)));
   }
 }
 
@@ -64,42 +64,42 @@ void return_pops_none(std::size_t n, TraceBuilder& trace) {
   const Ref function = begin(trace);
   for (std::size_t i = 0; i != n; ++i) {
     const Calls calls = add_calls(trace, function, 1);
-    trace.add(CheckpointSpec::function_return(calls.at(0)));
+    trace.add(CheckpointDraft::function_return(calls.at(0)));
   }
 }
 
 void nested_returns(std::size_t n, TraceBuilder& trace) {
   const Calls calls = add_calls(trace, begin(trace), n);
-  for (std::size_t i = n; i-- != 0;) trace.add(CheckpointSpec::function_return(calls.at(i)));
+  for (std::size_t i = n; i-- != 0;) trace.add(CheckpointDraft::function_return(calls.at(i)));
 }
 
 // The outermost first: it closes all the others, and the next one finds its call closed, which
 // empties the stack.
 void returns_in_call_order(std::size_t n, TraceBuilder& trace) {
   const Calls calls = add_calls(trace, begin(trace), n);
-  for (std::size_t i = 0; i != n; ++i) trace.add(CheckpointSpec::function_return(calls.at(i)));
+  for (std::size_t i = 0; i != n; ++i) trace.add(CheckpointDraft::function_return(calls.at(i)));
 }
 
 // Returns of includes that name calls all over the trace: each is looked up and refused.
 void wrong_returns(std::size_t n, TraceBuilder& trace) {
   const Calls calls = add_calls(trace, begin(trace), n);
   for (std::size_t i = 0; i != n; ++i) {
-    trace.add(CheckpointSpec::include_return(calls.at(i * 7919 % n)));
+    trace.add(CheckpointDraft::include_return(calls.at(i * 7919 % n)));
   }
 }
 
 // Each function of a class of its own, each called once with an object of it.
 void many_classes(std::size_t n, TraceBuilder& trace) {
-  trace.add(CheckpointSpec::startup());
+  trace.add(CheckpointDraft::startup());
   for (std::size_t i = 0; i != n; ++i) {
     std::string name = "C";
     name += std::to_string(i);
     const Ref class_entry = trace.klass({.name = name, .file = "c.php", .line = 1});
     const Ref function =
         trace.function({.name = "f", .class_entry = class_entry, .file = "c.php", .line = 2});
-    const CheckpointSpec call =
-        CheckpointSpec::method_call(function, Test::value::object(class_entry, 1));
-    trace.add(CheckpointSpec::function_return(trace.add(call)));
+    const CheckpointDraft call =
+        CheckpointDraft::method_call(function, Test::value::object(class_entry, 1));
+    trace.add(CheckpointDraft::function_return(trace.add(call)));
   }
 }
 

@@ -6,19 +6,19 @@ namespace CT::Bench {
 
 namespace {
 
-using Test::CheckpointSpec;
+using Test::CheckpointDraft;
 using Test::Ref;
 using Test::TraceBuilder;
 
 Ref call(TraceBuilder& trace) {
-  trace.add(CheckpointSpec::startup());
-  return trace.add(CheckpointSpec::function_call(trace.function({.name = "f"})));
+  trace.add(CheckpointDraft::startup());
+  return trace.add(CheckpointDraft::function_call(trace.function({.name = "f"})));
 }
 
 // What one call returned.
 void add_returned(TraceBuilder& trace, const Bytes& value) {
   const Ref start = call(trace);
-  trace.add(CheckpointSpec::function_return(start, value.fields()));
+  trace.add(CheckpointDraft::function_return(start, value.fields()));
 }
 
 // Levels of six bytes: an array of one pair, the next level being its value, its key, or either in
@@ -56,15 +56,15 @@ void deep_lists(std::size_t n, TraceBuilder& trace) {
 }
 
 void deep_this(std::size_t n, TraceBuilder& trace) {
-  trace.add(CheckpointSpec::startup());
+  trace.add(CheckpointDraft::startup());
   trace.add(
-      CheckpointSpec::method_call(trace.function({.name = "f"}), nested(n, Next::value).fields()));
+      CheckpointDraft::method_call(trace.function({.name = "f"}), nested(n, Next::value).fields()));
 }
 
 void deep_include(std::size_t n, TraceBuilder& trace) {
-  trace.add(CheckpointSpec::startup());
-  const Ref start = trace.add(CheckpointSpec::include_call(trace.text("i")));
-  trace.add(CheckpointSpec::include_exception(start, nested(n, Next::value).fields()));
+  trace.add(CheckpointDraft::startup());
+  const Ref start = trace.add(CheckpointDraft::include_call(trace.text("i")));
+  trace.add(CheckpointDraft::include_exception(start, nested(n, Next::value).fields()));
 }
 
 void long_list(std::size_t n, TraceBuilder& trace) {
@@ -90,22 +90,22 @@ void many_arguments(std::size_t n, TraceBuilder& trace) {
   Bytes bytes;
   bytes.u64(trace.function({.name = "f"})).u32(static_cast<std::uint32_t>(n));
   for (std::size_t i = 0; i != n; ++i) bytes.null();
-  trace.add(CheckpointSpec::startup());
-  trace.add(CheckpointSpec::raw(2, bytes.fields()));
+  trace.add(CheckpointDraft::startup());
+  trace.add(CheckpointDraft::raw(2, bytes.fields()));
 }
 
 // Each byte becomes a replacement character of three.
 void bad_utf8(std::size_t n, TraceBuilder& trace) {
-  trace.add(CheckpointSpec::startup());
-  trace.add(CheckpointSpec::sapi_write_start(Test::Fields().cut_string(std::string(n, '\xE2'))));
+  trace.add(CheckpointDraft::startup());
+  trace.add(CheckpointDraft::sapi_write_start(Test::Fields().cut_string(std::string(n, '\xE2'))));
 }
 
 // A name that is nothing but markers, which take the sequence number.
 void event_markers(std::size_t n, TraceBuilder& trace) {
   std::string name;
   for (std::size_t i = 0; i != n; ++i) name += "%1";
-  trace.add(CheckpointSpec::startup());
-  trace.add(CheckpointSpec::user_event(trace.text(name), 7));
+  trace.add(CheckpointDraft::startup());
+  trace.add(CheckpointDraft::user_event(trace.text(name), 7));
 }
 
 }  // namespace

@@ -150,7 +150,7 @@ void add_long_names(Seeds& seeds, ByteOrder order) {
     }
   }
   const Test::Fields map = value::map(pairs);
-  trace.add(Test::CheckpointSpec::function_call(trace.function({.name = "f"}), {map}));
+  trace.add(Test::CheckpointDraft::function_call(trace.function({.name = "f"}), {map}));
   add_trace(seeds, trace.build());
 }
 

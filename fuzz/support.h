@@ -90,7 +90,7 @@ class OneCheckpoint {
       : file_(QString()), view_(file_) {
     Test::TraceBuilder trace(order);
     trace.add_data(Test::Fields().raw(add_data));
-    trace.add(Test::CheckpointSpec::raw(static_cast<std::uint8_t>(type), payload));
+    trace.add(Test::CheckpointDraft::raw(static_cast<std::uint8_t>(type), payload));
     const std::string bytes = trace.build();
     const void* const begin = bytes.data();
     expect(file_.open(static_cast<const unsigned char*>(begin), bytes.size()), "a true header");

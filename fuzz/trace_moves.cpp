@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "checkpoint_spec.h"
+#include "checkpoint_draft.h"
 #include "ct_file.h"
 #include "ct_view.h"
 #include "support.h"

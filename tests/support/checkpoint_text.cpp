@@ -29,7 +29,7 @@ const std::map<std::string, CheckpointText::Maker>& CheckpointText::types() {
   return table;
 }
 
-CheckpointSpec CheckpointText::read(const std::string& word) {
+CheckpointDraft CheckpointText::read(const std::string& word) {
   std::optional<Time> at_time;
   std::optional<std::uint64_t> memory;
   std::optional<Ref> file;
@@ -41,18 +41,18 @@ CheckpointSpec CheckpointText::read(const std::string& word) {
     in_.expect(":");
     line = u32();
   }
-  CheckpointSpec spec = (this->*types().at(word))();
-  if (at_time) spec.time(at_time->seconds, at_time->nanoseconds);
-  if (memory) spec.memory(*memory);
-  if (file) spec.location(*file, line);
-  read_end(spec);
-  return spec;
+  CheckpointDraft draft = (this->*types().at(word))();
+  if (at_time) draft.time(at_time->seconds, at_time->nanoseconds);
+  if (memory) draft.memory(*memory);
+  if (file) draft.location(*file, line);
+  read_end(draft);
+  return draft;
 }
 
-void CheckpointText::read_end(CheckpointSpec& spec) {
-  if (in_.accept_word("keep")) spec.keep(in_.number());
-  if (in_.accept_word("size")) spec.header_size(u32());
-  if (in_.accept_word("more")) spec.more(values_.fields());
+void CheckpointText::read_end(CheckpointDraft& draft) {
+  if (in_.accept_word("keep")) draft.keep(in_.number());
+  if (in_.accept_word("size")) draft.header_size(u32());
+  if (in_.accept_word("more")) draft.more(values_.fields());
 }
 
 // 10.5 is 10 s 500000000 ns; 10+5 is 10 s 5 ns, also for more nanoseconds than a second has.
@@ -84,19 +84,19 @@ Fields CheckpointText::thrown() {
   return values_.value();
 }
 
-CheckpointSpec CheckpointText::startup() {
+CheckpointDraft CheckpointText::startup() {
   const Ref url = optional_ref("url");
   const Ref uri = optional_ref("uri");
   const Ref host = optional_ref("host");
-  return CheckpointSpec::startup(url, uri, host, optional_ref("method"));
+  return CheckpointDraft::startup(url, uri, host, optional_ref("method"));
 }
 
-CheckpointSpec CheckpointText::shutdown() { return CheckpointSpec::shutdown(); }
+CheckpointDraft CheckpointText::shutdown() { return CheckpointDraft::shutdown(); }
 
-CheckpointSpec CheckpointText::call() { return any_call(false); }
-CheckpointSpec CheckpointText::method() { return any_call(true); }
+CheckpointDraft CheckpointText::call() { return any_call(false); }
+CheckpointDraft CheckpointText::method() { return any_call(true); }
 
-CheckpointSpec CheckpointText::any_call(bool is_method) {
+CheckpointDraft CheckpointText::any_call(bool is_method) {
   in_.expect_word("fn");
   const Ref callee = values_.ref();
   std::optional<Fields> self;
@@ -108,58 +108,60 @@ CheckpointSpec CheckpointText::any_call(bool is_method) {
   if (in_.accept_word("args")) args = values_.value_list();
   auto count = static_cast<std::uint32_t>(args.size());
   if (in_.accept_word("count")) count = u32();
-  return CheckpointSpec::call_with_count(callee, self, count, args);
+  return CheckpointDraft::call_with_count(callee, self, count, args);
 }
 
-CheckpointSpec CheckpointText::function_return() {
+CheckpointDraft CheckpointText::function_return() {
   const Ref call = start();
   const Fields returned = in_.accept_word("value") ? values_.value() : value::null();
-  return CheckpointSpec::function_return(call, returned);
+  return CheckpointDraft::function_return(call, returned);
 }
 
-CheckpointSpec CheckpointText::function_exception() {
+CheckpointDraft CheckpointText::function_exception() {
   const Ref call = start();
-  return CheckpointSpec::function_exception(call, thrown());
+  return CheckpointDraft::function_exception(call, thrown());
 }
 
-CheckpointSpec CheckpointText::include() { return CheckpointSpec::include_call(values_.ref()); }
-CheckpointSpec CheckpointText::include_return() { return CheckpointSpec::include_return(start()); }
+CheckpointDraft CheckpointText::include() { return CheckpointDraft::include_call(values_.ref()); }
+CheckpointDraft CheckpointText::include_return() {
+  return CheckpointDraft::include_return(start());
+}
 
-CheckpointSpec CheckpointText::include_exception() {
+CheckpointDraft CheckpointText::include_exception() {
   const Ref call = start();
-  return CheckpointSpec::include_exception(call, thrown());
+  return CheckpointDraft::include_exception(call, thrown());
 }
 
-CheckpointSpec CheckpointText::write() {
-  return CheckpointSpec::sapi_write_start(values_.cut_string());
+CheckpointDraft CheckpointText::write() {
+  return CheckpointDraft::sapi_write_start(values_.cut_string());
 }
-CheckpointSpec CheckpointText::write_end() { return CheckpointSpec::sapi_write_end(start()); }
-CheckpointSpec CheckpointText::flush() { return CheckpointSpec::sapi_flush(); }
+CheckpointDraft CheckpointText::write_end() { return CheckpointDraft::sapi_write_end(start()); }
+CheckpointDraft CheckpointText::flush() { return CheckpointDraft::sapi_flush(); }
 
-CheckpointSpec CheckpointText::header() {
+CheckpointDraft CheckpointText::header() {
   const std::uint8_t op = u8(UINT8_MAX);
   const bool line = in_.at_string() || in_.at_word("cut");
-  return CheckpointSpec::sapi_header(op, line ? values_.cut_string() : Fields());
+  return CheckpointDraft::sapi_header(op, line ? values_.cut_string() : Fields());
 }
 
-CheckpointSpec CheckpointText::send_headers() {
+CheckpointDraft CheckpointText::send_headers() {
   const std::uint32_t code = u32();
-  return CheckpointSpec::sapi_send_headers(code, optional_string());
+  return CheckpointDraft::sapi_send_headers(code, optional_string());
 }
 
-CheckpointSpec CheckpointText::exit() { return CheckpointSpec::script_exit(); }
+CheckpointDraft CheckpointText::exit() { return CheckpointDraft::script_exit(); }
 
-CheckpointSpec CheckpointText::error() {
+CheckpointDraft CheckpointText::error() {
   const std::uint32_t number = u32();
-  return CheckpointSpec::script_error(number, optional_string());
+  return CheckpointDraft::script_error(number, optional_string());
 }
 
-CheckpointSpec CheckpointText::event() {
+CheckpointDraft CheckpointText::event() {
   const Ref name = values_.ref();
   in_.expect_word("sequence");
-  return CheckpointSpec::user_event(name, u32());
+  return CheckpointDraft::user_event(name, u32());
 }
 
-CheckpointSpec CheckpointText::raw() { return CheckpointSpec::raw(u8(31)); }
+CheckpointDraft CheckpointText::raw() { return CheckpointDraft::raw(u8(31)); }
 
 }  // namespace CT::Test

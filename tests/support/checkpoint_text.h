@@ -8,7 +8,7 @@
 #include <map>
 #include <string>
 
-#include "checkpoint_spec.h"
+#include "checkpoint_draft.h"
 #include "text_scanner.h"
 #include "trace_values.h"
 
@@ -20,10 +20,10 @@ class CheckpointText {
 
   static bool knows(const std::string& word) { return types().contains(word); }
   // Requires: knows(word); the scanner stands behind the word.
-  CheckpointSpec read(const std::string& word);
+  CheckpointDraft read(const std::string& word);
 
  private:
-  using Maker = CheckpointSpec (CheckpointText::*)();
+  using Maker = CheckpointDraft (CheckpointText::*)();
   static const std::map<std::string, Maker>& types();
 
   struct Time {
@@ -31,27 +31,27 @@ class CheckpointText {
     std::uint32_t nanoseconds;
   };
   Time time();
-  void read_end(CheckpointSpec& spec);
+  void read_end(CheckpointDraft& draft);
 
-  CheckpointSpec startup();
-  CheckpointSpec shutdown();
-  CheckpointSpec call();
-  CheckpointSpec method();
-  CheckpointSpec any_call(bool is_method);
-  CheckpointSpec function_return();
-  CheckpointSpec function_exception();
-  CheckpointSpec include();
-  CheckpointSpec include_return();
-  CheckpointSpec include_exception();
-  CheckpointSpec write();
-  CheckpointSpec write_end();
-  CheckpointSpec flush();
-  CheckpointSpec header();
-  CheckpointSpec send_headers();
-  CheckpointSpec exit();
-  CheckpointSpec error();
-  CheckpointSpec event();
-  CheckpointSpec raw();
+  CheckpointDraft startup();
+  CheckpointDraft shutdown();
+  CheckpointDraft call();
+  CheckpointDraft method();
+  CheckpointDraft any_call(bool is_method);
+  CheckpointDraft function_return();
+  CheckpointDraft function_exception();
+  CheckpointDraft include();
+  CheckpointDraft include_return();
+  CheckpointDraft include_exception();
+  CheckpointDraft write();
+  CheckpointDraft write_end();
+  CheckpointDraft flush();
+  CheckpointDraft header();
+  CheckpointDraft send_headers();
+  CheckpointDraft exit();
+  CheckpointDraft error();
+  CheckpointDraft event();
+  CheckpointDraft raw();
 
   Ref optional_ref(std::string_view keyword);
   std::string optional_string();

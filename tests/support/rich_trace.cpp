@@ -39,35 +39,35 @@ TraceBuilder rich_trace(ByteOrder order) {
   const Ref construct = trace.function({.name = "__construct", .class_entry = other});
   const Ref file = trace.text("/i.php");
 
-  trace.add(CheckpointSpec::startup(trace.text("/u"), trace.text("/\xFF"), 0, trace.text("GET"))
+  trace.add(CheckpointDraft::startup(trace.text("/u"), trace.text("/\xFF"), 0, trace.text("GET"))
                 .time(10, 999'999'999)
                 .memory(1000)
                 .location(file, 1));
-  const Ref include = trace.add(CheckpointSpec::include_call(file).time(11).memory(900));
+  const Ref include = trace.add(CheckpointDraft::include_call(file).time(11).memory(900));
   const Ref call = trace.add(
-      CheckpointSpec::function_call(strlen, values(klass, other, trace.text("stream"))).time(12));
+      CheckpointDraft::function_call(strlen, values(klass, other, trace.text("stream"))).time(12));
   const Ref method = trace.add(
-      CheckpointSpec::method_call(run, value::object(klass, 1), {value::null()}).memory(2000));
-  trace.add(CheckpointSpec::raw(20, Fields().u8(1)));
-  trace.add(CheckpointSpec::raw(16));
-  trace.add(CheckpointSpec::user_event(trace.text("%1"), 3).time(12, 500));
-  trace.add(CheckpointSpec::function_return(method, value::string("r")).memory(2100));
-  const Ref made = trace.add(CheckpointSpec::method_call(construct, value::object(other, 2)));
-  trace.add(CheckpointSpec::function_exception(made, value::object(other, 3)));
-  trace.add(CheckpointSpec::function_call(strlen));  // never ends
-  trace.add(CheckpointSpec::function_return(call, value::list({value::integer(1)})).time(13));
-  trace.add(CheckpointSpec::include_exception(include, value::object(klass, 4)).time(14));
-  trace.add(CheckpointSpec::include_return(trace.add(CheckpointSpec::include_call(file))));
-  trace.add(CheckpointSpec::sapi_header(0, Fields().cut_string("X: 1")));
-  trace.add(CheckpointSpec::sapi_header(3));
-  trace.add(CheckpointSpec::sapi_header(9));
-  trace.add(CheckpointSpec::sapi_send_headers(200, "OK"));
-  const Ref write = trace.add(CheckpointSpec::sapi_write_start(Fields().cut_string("<b>\n", 50)));
-  trace.add(CheckpointSpec::sapi_flush());
-  trace.add(CheckpointSpec::sapi_write_end(write));
-  trace.add(CheckpointSpec::script_error(8, "it's"));
-  trace.add(CheckpointSpec::script_exit().location(0, 5));
-  trace.add(CheckpointSpec::shutdown().time(20).memory(1500));
+      CheckpointDraft::method_call(run, value::object(klass, 1), {value::null()}).memory(2000));
+  trace.add(CheckpointDraft::raw(20, Fields().u8(1)));
+  trace.add(CheckpointDraft::raw(16));
+  trace.add(CheckpointDraft::user_event(trace.text("%1"), 3).time(12, 500));
+  trace.add(CheckpointDraft::function_return(method, value::string("r")).memory(2100));
+  const Ref made = trace.add(CheckpointDraft::method_call(construct, value::object(other, 2)));
+  trace.add(CheckpointDraft::function_exception(made, value::object(other, 3)));
+  trace.add(CheckpointDraft::function_call(strlen));  // never ends
+  trace.add(CheckpointDraft::function_return(call, value::list({value::integer(1)})).time(13));
+  trace.add(CheckpointDraft::include_exception(include, value::object(klass, 4)).time(14));
+  trace.add(CheckpointDraft::include_return(trace.add(CheckpointDraft::include_call(file))));
+  trace.add(CheckpointDraft::sapi_header(0, Fields().cut_string("X: 1")));
+  trace.add(CheckpointDraft::sapi_header(3));
+  trace.add(CheckpointDraft::sapi_header(9));
+  trace.add(CheckpointDraft::sapi_send_headers(200, "OK"));
+  const Ref write = trace.add(CheckpointDraft::sapi_write_start(Fields().cut_string("<b>\n", 50)));
+  trace.add(CheckpointDraft::sapi_flush());
+  trace.add(CheckpointDraft::sapi_write_end(write));
+  trace.add(CheckpointDraft::script_error(8, "it's"));
+  trace.add(CheckpointDraft::script_exit().location(0, 5));
+  trace.add(CheckpointDraft::shutdown().time(20).memory(1500));
   return trace;
 }
 

@@ -17,33 +17,33 @@ Ref TraceBuilder::text(std::string_view text) {
 
 Ref TraceBuilder::new_text(std::string_view text) { return add_data(Fields().raw(text).u8(0)); }
 
-Ref TraceBuilder::klass(const ClassSpec& spec) {
-  const Ref name = text(spec.name);
-  const Ref file = text(spec.file);
+Ref TraceBuilder::klass(const ClassDraft& draft) {
+  const Ref name = text(draft.name);
+  const Ref file = text(draft.file);
   return add_data(Fields()
-                      .u8(spec.type)
+                      .u8(draft.type)
                       .raw(std::string(7, '\0'))
-                      .u64(name)        // offset 8
-                      .u32(spec.flags)  // 16
+                      .u64(name)         // offset 8
+                      .u32(draft.flags)  // 16
                       .u32(0)
                       .u64(file)  // 24
-                      .u32(spec.line));
+                      .u32(draft.line));
 }
 
-Ref TraceBuilder::function(const FunctionSpec& spec) {
-  const Ref name = text(spec.name);
-  const Ref file = text(spec.file);
-  std::string rest(spec.rest_of_type);
+Ref TraceBuilder::function(const FunctionDraft& draft) {
+  const Ref name = text(draft.name);
+  const Ref file = text(draft.file);
+  std::string rest(draft.rest_of_type);
   rest.resize(7, '\0');
   return add_data(Fields()
-                      .u8(spec.type)
+                      .u8(draft.type)
                       .raw(rest)
-                      .u64(name)              // offset 8
-                      .u64(spec.class_entry)  // 16
-                      .u32(spec.flags)        // 24
+                      .u64(name)               // offset 8
+                      .u64(draft.class_entry)  // 16
+                      .u32(draft.flags)        // 24
                       .u32(0)
                       .u64(file)  // 32
-                      .u32(spec.line));
+                      .u32(draft.line));
 }
 
 Ref TraceBuilder::add_data(const Fields& fields) {
@@ -52,7 +52,7 @@ Ref TraceBuilder::add_data(const Fields& fields) {
   return ref;
 }
 
-Ref TraceBuilder::add(const CheckpointSpec& checkpoint) {
+Ref TraceBuilder::add(const CheckpointDraft& checkpoint) {
   const Ref ref = data_end();
   data_ += checkpoint.encode(order_);
   return ref;

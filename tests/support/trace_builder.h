@@ -7,9 +7,9 @@
 // nothing: every wrong file can be written.
 //
 //   TraceBuilder trace(ByteOrder::big);
-//   trace.add(CheckpointSpec::startup(trace.text("http://h/")).time(10).memory(4096));
-//   const Ref call = trace.add(CheckpointSpec::function_call(trace.function({.name = "run"})));
-//   trace.add(CheckpointSpec::function_return(call, value::integer(1)));
+//   trace.add(CheckpointDraft::startup(trace.text("http://h/")).time(10).memory(4096));
+//   const Ref call = trace.add(CheckpointDraft::function_call(trace.function({.name = "run"})));
+//   trace.add(CheckpointDraft::function_return(call, value::integer(1)));
 //   const std::string bytes = trace.build();
 #pragma once
 
@@ -19,7 +19,7 @@
 #include <string>
 #include <string_view>
 
-#include "checkpoint_spec.h"
+#include "checkpoint_draft.h"
 #include "fields.h"
 
 namespace CT::Test {
@@ -27,7 +27,7 @@ namespace CT::Test {
 inline constexpr std::uint8_t user_type = 2;      // functions and classes of a script
 inline constexpr std::uint8_t internal_type = 1;  // functions and classes of the runtime
 
-struct ClassSpec {
+struct ClassDraft {
   std::uint8_t type = user_type;
   std::string_view name = {};  // absent when its data pointer is null: reference 0
   std::uint32_t flags = 0;
@@ -35,7 +35,7 @@ struct ClassSpec {
   std::uint32_t line = 0;
 };
 
-struct FunctionSpec {
+struct FunctionDraft {
   std::uint8_t type = user_type;
   std::string_view name = {};
   Ref class_entry = 0;
@@ -57,13 +57,13 @@ class TraceBuilder {
   // ADD DATA. A text is stored once, however often it is asked for; a null view is reference 0.
   Ref text(std::string_view text);
   Ref new_text(std::string_view text);  // never shared
-  Ref klass(const ClassSpec& spec);
-  Ref function(const FunctionSpec& spec);
+  Ref klass(const ClassDraft& draft);
+  Ref function(const FunctionDraft& draft);
   Ref add_data(const Fields& fields);  // anything else
   Ref add_data_end() const { return orig_add_data_ + add_data_.size(); }
 
   // DATA.
-  Ref add(const CheckpointSpec& checkpoint);
+  Ref add(const CheckpointDraft& checkpoint);
   Ref data(const Fields& fields);  // bytes that are no whole checkpoint
   Ref data_end() const { return orig_data_ + data_.size(); }
 

@@ -124,30 +124,30 @@ class TraceReader {
   }
 
   Ref klass() {
-    ClassSpec spec;
-    spec.type = descriptor_type();
+    ClassDraft draft;
+    draft.type = descriptor_type();
     const auto name = optional_string();
-    spec.name = view(name);
-    if (in_.accept_word("flags")) spec.flags = u32();
+    draft.name = view(name);
+    if (in_.accept_word("flags")) draft.flags = u32();
     const auto file = in_.accept_word("file") ? optional_string() : std::nullopt;
-    spec.file = view(file);
-    if (in_.accept_word("line")) spec.line = u32();
-    return trace_.klass(spec);
+    draft.file = view(file);
+    if (in_.accept_word("line")) draft.line = u32();
+    return trace_.klass(draft);
   }
 
   Ref function() {
-    FunctionSpec spec;
-    spec.type = descriptor_type();
+    FunctionDraft draft;
+    draft.type = descriptor_type();
     const std::string rest = in_.accept_word("rest") ? in_.string() : std::string();
-    spec.rest_of_type = rest;
+    draft.rest_of_type = rest;
     const auto name = optional_string();
-    spec.name = view(name);
-    if (in_.accept_word("class")) spec.class_entry = values_.ref();
-    if (in_.accept_word("flags")) spec.flags = u32();
+    draft.name = view(name);
+    if (in_.accept_word("class")) draft.class_entry = values_.ref();
+    if (in_.accept_word("flags")) draft.flags = u32();
     const auto file = in_.accept_word("file") ? optional_string() : std::nullopt;
-    spec.file = view(file);
-    if (in_.accept_word("line")) spec.line = u32();
-    return trace_.function(spec);
+    draft.file = view(file);
+    if (in_.accept_word("line")) draft.line = u32();
+    return trace_.function(draft);
   }
 
   std::uint8_t u8() { return static_cast<std::uint8_t>(in_.number(UINT8_MAX)); }

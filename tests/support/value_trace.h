@@ -26,7 +26,7 @@ class ValueTrace {
                       std::size_t keep = std::string::npos)
       : file_(QString()), view_(file_) {
     constexpr std::uint8_t user_event = 17;
-    trace.add(CheckpointSpec::raw(user_event, values).keep(keep));
+    trace.add(CheckpointDraft::raw(user_event, values).keep(keep));
     const std::string bytes = trace.build();
     if (!file_.open(as_bytes(bytes), bytes.size()) || !view_.step()) {
       throw std::runtime_error("no trace");

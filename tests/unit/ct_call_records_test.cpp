@@ -121,7 +121,7 @@ TEST(CallRecord, WithoutCacheItHasAFunctionOfItsOwn) {
 TEST(CallRecord, OnlyTheExactNamesAreConstructorsAndDestructors) {
   const auto is_special = [](std::string_view name) {
     TraceBuilder trace;
-    trace.add(CheckpointSpec::function_call(trace.function({.name = name})));
+    trace.add(CheckpointDraft::function_call(trace.function({.name = name})));
     OpenTrace open(trace);
     return open.record<FunctionCall>()->function()->is_constructor_or_destructor();
   };
@@ -142,7 +142,7 @@ TEST(CallRecord, NameThatEndsWithAddDataIsComparedAsFarAsItGoes) {
     const Ref function = trace.add_data_end() + 5;
     trace.add_data(Fields().raw("12345").u8(2).raw(std::string(7, '\0')).u64(function + 44));
     trace.add_data(Fields().u64(0).u32(0).u32(0).u64(0).u32(0).raw(name));
-    trace.add(CheckpointSpec::function_call(function));
+    trace.add(CheckpointDraft::function_call(function));
     OpenTrace open(trace);
     const auto call = open.record<FunctionCall>();
     ASSERT_TRUE(call->is_valid());
@@ -158,7 +158,7 @@ TEST(CallRecord, BuiltInFunctionHasNoPlaceOfDefinition) {
       TraceBuilder trace(order);
       const Ref function =
           trace.function({.type = type, .name = "strlen", .file = "/f.php", .line = 9});
-      trace.add(CheckpointSpec::function_call(function));
+      trace.add(CheckpointDraft::function_call(function));
       OpenTrace open(trace);
       const auto call = open.record<FunctionCall>();
       EXPECT_EQ(call->function()->type_byte(), type);
@@ -173,7 +173,7 @@ TEST(CallRecord, FirstEightBytesAreTakenAsStoredInBothOrders) {
   for (const ByteOrder order : both_orders) {
     TraceBuilder trace(order);
     constexpr std::string_view stored = "\x02\x11\x22\x33\x44\x55\x66\x77";
-    trace.add(CheckpointSpec::function_call(
+    trace.add(CheckpointDraft::function_call(
         trace.function({.name = "f", .rest_of_type = stored.substr(1)})));
     OpenTrace open(trace);
     const auto call = open.record<FunctionCall>();
@@ -223,7 +223,7 @@ TEST(CallRecord, DescriptorNeedsTheBytesOfItsTypeAndNoMore) {
         TraceBuilder trace(order);
         const Ref function = trace.function({.type = type, .flags = 5, .line = 6});
         trace.cut_add_data(44 - size);
-        trace.add(CheckpointSpec::function_call(function));
+        trace.add(CheckpointDraft::function_call(function));
         OpenTrace open(trace);
         const auto call = open.record<FunctionCall>();
         ASSERT_EQ(call->is_valid(), size == needed);
@@ -245,7 +245,7 @@ TEST(CallRecord, ClassNeedsTheBytesOfItsTypeAndIsNoneWithoutThem) {
         const Ref function = trace.function({.class_entry = klass});
         EXPECT_EQ(trace.klass({.type = type, .flags = 3}), klass);
         trace.cut_add_data(36 - size);
-        trace.add(CheckpointSpec::function_call(function));
+        trace.add(CheckpointDraft::function_call(function));
         OpenTrace open(trace);
         const auto call = open.record<FunctionCall>();
         EXPECT_TRUE(call->is_valid());

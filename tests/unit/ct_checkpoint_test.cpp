@@ -74,7 +74,7 @@ TEST(CheckpointBase, TypesWithoutNameGiveInvalidRecords) {
   for (std::uint8_t type = 18; type != 32; ++type) {
     for (const ByteOrder order : both_orders) {
       TraceBuilder trace(order);
-      trace.add(CheckpointSpec::raw(type).time(1).memory(2));
+      trace.add(CheckpointDraft::raw(type).time(1).memory(2));
       const OpenTrace open(trace);
       const Decoded made(open.view());
       EXPECT_FALSE(made.record.is_valid());
@@ -98,11 +98,11 @@ TEST(CheckpointBase, AnyCombinationOfCommonFieldsIsReadInOrder) {
   for (const ByteOrder order : both_orders) {
     for (std::uint8_t flags = 0; flags != 8; ++flags) {
       TraceBuilder trace(order);
-      CheckpointSpec spec = CheckpointSpec::raw(17, Fields().u32(77));
-      if (flags & 1) spec.time(1'700'000'000, 999'999'999);
-      if (flags & 2) spec.memory(UINT64_MAX);
-      if (flags & 4) spec.location(trace.text("/a.php"), UINT32_MAX);
-      trace.add(spec);
+      CheckpointDraft draft = CheckpointDraft::raw(17, Fields().u32(77));
+      if (flags & 1) draft.time(1'700'000'000, 999'999'999);
+      if (flags & 2) draft.memory(UINT64_MAX);
+      if (flags & 4) draft.location(trace.text("/a.php"), UINT32_MAX);
+      trace.add(draft);
       const OpenTrace open(trace);
       Decoded made(open.view());
       const Base& record = made.record;
@@ -174,7 +174,7 @@ TEST(CheckpointBase, FieldThatIsNotWholeClearsItsFlagAndThoseBehindIt) {
     for (std::uint32_t kept = 1; kept <= 32; ++kept) {
       SCOPED_TRACE(kept);
       TraceBuilder trace(order);
-      trace.add(CheckpointSpec::script_exit()
+      trace.add(CheckpointDraft::script_exit()
                     .time(1, 2)
                     .memory(3)
                     .location(trace.text("/a"), 4)

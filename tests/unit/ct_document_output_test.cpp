@@ -51,9 +51,9 @@ TEST(Documents, BrokenOutputEndsTheNodesEarly) {
   const std::string body(3000, 'x');
   for (const ByteOrder order : both_orders) {
     TraceBuilder trace(order);
-    trace.add(CheckpointSpec::startup());
+    trace.add(CheckpointDraft::startup());
     for (int i = 0; i != 1000; ++i) {
-      trace.add(CheckpointSpec::sapi_header(1, Fields().cut_string(body)));
+      trace.add(CheckpointDraft::sapi_header(1, Fields().cut_string(body)));
     }
     expect_early_end(trace);
   }
@@ -63,10 +63,11 @@ TEST(Documents, BrokenOutputEndsTheClassesEarly) {
   const std::string name(3000, 'x');
   for (const ByteOrder order : both_orders) {
     TraceBuilder trace(order);
-    trace.add(CheckpointSpec::startup());
+    trace.add(CheckpointDraft::startup());
     for (int i = 0; i != 1000; ++i) {
       const Ref klass = trace.klass({.name = name});
-      trace.add(CheckpointSpec::function_call(trace.function({.name = "f", .class_entry = klass})));
+      trace.add(
+          CheckpointDraft::function_call(trace.function({.name = "f", .class_entry = klass})));
     }
     expect_early_end(trace);
   }

@@ -208,15 +208,15 @@ TEST(JsonDocument, RandomDocumentsAreWhatQtPrints) {
     const auto time = [&] { return static_cast<std::uint32_t>(random.bits() % 2'000'000'000); };
     const Ref function =
         trace.function({.name = name(), .class_entry = names.classes[0], .file = "/f"});
-    trace.add(CheckpointSpec::startup(trace.text(name()), trace.text(name())).time(1, time()));
+    trace.add(CheckpointDraft::startup(trace.text(name()), trace.text(name())).time(1, time()));
     for (int call = 0; call != 5; ++call) {
-      const Ref start = trace.add(CheckpointSpec::function_call(function, {any(), any()})
+      const Ref start = trace.add(CheckpointDraft::function_call(function, {any(), any()})
                                       .time(random.below(3), time())
                                       .memory(random.bits())
                                       .location(trace.text(name()), time()));
-      trace.add(CheckpointSpec::script_error(8, name()));
-      trace.add(CheckpointSpec::sapi_header(0, Fields().cut_string(name(), time())));
-      trace.add(CheckpointSpec::function_return(start, any()).time(2, time()).memory(7));
+      trace.add(CheckpointDraft::script_error(8, name()));
+      trace.add(CheckpointDraft::sapi_header(0, Fields().cut_string(name(), time())));
+      trace.add(CheckpointDraft::function_return(start, any()).time(2, time()).memory(7));
     }
     OpenTrace open(trace);
     open.read();

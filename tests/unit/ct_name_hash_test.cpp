@@ -28,7 +28,7 @@ TEST(NameHashes, EveryPlaceOfEveryTextHasTheHashOfItsDecodedText) {
   Awkward random(11);
   std::string texts;
   for (int i = 0; i != 60; ++i) texts += random.text(40) + '\0';
-  texts += std::string(1000, 'x') + "\xF0\x9F\x98\x80" + std::string(600, '\xFF');
+  texts.append(1000, 'x').append("\xF0\x9F\x98\x80").append(600, '\xFF');
   TraceBuilder trace;
   trace.add_data(Fields().raw(texts));
   OpenTrace open(trace);

@@ -244,9 +244,9 @@ TEST(NodeJson, RandomValuesAreTheSameInBothForms) {
     TraceBuilder& trace = names.trace;
     const auto any = [&] { return random.value(random.below(4), false, names); };
     const Ref function = trace.function({.name = "f"});
-    trace.add(CheckpointSpec::startup());
-    const Ref call = trace.add(CheckpointSpec::method_call(function, any(), {any(), any()}));
-    trace.add(CheckpointSpec::function_return(call, any()));
+    trace.add(CheckpointDraft::startup());
+    const Ref call = trace.add(CheckpointDraft::method_call(function, any(), {any(), any()}));
+    trace.add(CheckpointDraft::function_return(call, any()));
     OpenTrace open(trace);
     EXPECT_GT(members_of(open, 1).size(), 50U);
   }

@@ -179,7 +179,7 @@ TEST(NodeText, MarkerInAnEventNameTakesTheSequence) {
 template <class Make>
 std::string random_line(ByteOrder order, Make make) {
   TraceBuilder trace(order);
-  trace.add(CheckpointSpec::startup());
+  trace.add(CheckpointDraft::startup());
   trace.add(make(trace));
   OpenTrace open(trace);
   return last_line(open);
@@ -212,7 +212,7 @@ TEST(NodeText, EventsPrintAsQtFillsTheirTemplate) {
                                  .arg(sequence);
     EXPECT_EQ(random_line(any_order(random),
                           [&](TraceBuilder& trace) {
-                            return CheckpointSpec::user_event(trace.text(name), sequence);
+                            return CheckpointDraft::user_event(trace.text(name), sequence);
                           }),
               expected.toStdString());
   }
@@ -235,7 +235,7 @@ TEST(NodeText, ErrorsPrintAsQtFillsTheirTemplate) {
     }
     EXPECT_EQ(
         random_line(any_order(random),
-                    [&](TraceBuilder&) { return CheckpointSpec::script_error(number, message); }),
+                    [&](TraceBuilder&) { return CheckpointDraft::script_error(number, message); }),
         QStringLiteral("Script error (%1) %2").arg(number).arg(escaped).toStdString());
   }
 }
@@ -252,7 +252,7 @@ TEST(NodeText, CallsPrintAsQtFillsTheirTemplate) {
         QStringLiteral(")");
     EXPECT_EQ(random_line(any_order(random),
                           [&](TraceBuilder& trace) {
-                            return CheckpointSpec::function_call(
+                            return CheckpointDraft::function_call(
                                 trace.function({.type = user ? user_type : internal_type,
                                                 .name = name,
                                                 .class_entry = trace.klass({.name = klass})}));

@@ -27,9 +27,9 @@ void cut_everywhere(Add add, std::size_t whole, Check check) {
     for (std::size_t kept = 1; kept <= whole; ++kept) {
       SCOPED_TRACE(kept);
       TraceBuilder trace(order);
-      CheckpointSpec spec = add(trace);
-      ASSERT_EQ(spec.encode(order).size() - 4, whole);
-      trace.add(spec.keep(kept));
+      CheckpointDraft draft = add(trace);
+      ASSERT_EQ(draft.encode(order).size() - 4, whole);
+      trace.add(draft.keep(kept));
       OpenTrace open(trace);
       const auto record = open.template record<Class>();
       EXPECT_EQ(record->view().size(), kept);
@@ -55,8 +55,8 @@ std::string texts(std::initializer_list<std::string_view> all, std::size_t kept)
 TEST(CutRecord, StartupKeepsItsWholeReferences) {
   cut_everywhere<Made::Startup>(
       [](TraceBuilder& trace) {
-        return CheckpointSpec::startup(trace.text("a"), trace.text("b"), trace.text("c"),
-                                       trace.text("d"));
+        return CheckpointDraft::startup(trace.text("a"), trace.text("b"), trace.text("c"),
+                                        trace.text("d"));
       },
       32,
       [](const Made::Startup& record, Storage&, std::size_t kept) {
@@ -71,7 +71,7 @@ TEST(CutRecord, StartupKeepsItsWholeReferences) {
 TEST(CutRecord, CommonFieldsThatAreNotWholeAreGoneAndTheRecordIsValid) {
   cut_everywhere<Made::IncludeCall>(
       [](TraceBuilder& trace) {
-        return CheckpointSpec::include_call(trace.text("p"))
+        return CheckpointDraft::include_call(trace.text("p"))
             .time(1, 2)
             .memory(3)
             .location(trace.text("f"), 4);
@@ -88,7 +88,7 @@ TEST(CutRecord, CommonFieldsThatAreNotWholeAreGoneAndTheRecordIsValid) {
 
 TEST(CutRecord, EndIsInvalidWithoutItsStart) {
   cut_everywhere<Made::End>(
-      [](TraceBuilder& trace) { return CheckpointSpec::include_return(trace.data_end()).time(1); },
+      [](TraceBuilder& trace) { return CheckpointDraft::include_return(trace.data_end()).time(1); },
       20,
       [](const Made::End& record, Storage&, std::size_t kept) {
         EXPECT_EQ(record.is_valid(), kept == 20);
@@ -110,7 +110,7 @@ TEST(CutRecord, EndsWithAValueKeepWhatIsWholeOfIt) {
   const Fields value = value::map({{value::string("k"), value::string("v")}});
   const auto start_and_value = [&](std::uint8_t type) {
     return [&value, type](TraceBuilder& trace) {
-      return CheckpointSpec::raw(type, Fields().u64(trace.data_end()).append(value));
+      return CheckpointDraft::raw(type, Fields().u64(trace.data_end()).append(value));
     };
   };
   const auto check = [](const Made::EndWithValue& record, Storage&, std::size_t kept) {
@@ -126,7 +126,7 @@ TEST(CutRecord, EndsWithAValueKeepWhatIsWholeOfIt) {
 TEST(CutRecord, ReturnedScalarThatIsNotWholeIsUndef) {
   cut_everywhere<Made::FunctionReturn>(
       [](TraceBuilder& trace) {
-        return CheckpointSpec::function_return(trace.data_end(), value::integer(5));
+        return CheckpointDraft::function_return(trace.data_end(), value::integer(5));
       },
       17,
       [](const Made::FunctionReturn& record, Storage&, std::size_t kept) {
@@ -138,7 +138,9 @@ TEST(CutRecord, ReturnedScalarThatIsNotWholeIsUndef) {
 
 TEST(CutRecord, WrittenBodyIsWholeOrAbsent) {
   cut_everywhere<Made::SapiWriteStart>(
-      [](TraceBuilder&) { return CheckpointSpec::sapi_write_start(Fields().cut_string("abc", 9)); },
+      [](TraceBuilder&) {
+        return CheckpointDraft::sapi_write_start(Fields().cut_string("abc", 9));
+      },
       11,
       [](const Made::SapiWriteStart& record, Storage&, std::size_t kept) {
         EXPECT_TRUE(record.is_valid());
@@ -150,7 +152,7 @@ TEST(CutRecord, WrittenBodyIsWholeOrAbsent) {
 
 TEST(CutRecord, HeaderKeepsItsOperation) {
   cut_everywhere<Made::SapiHeader>(
-      [](TraceBuilder&) { return CheckpointSpec::sapi_header(2, Fields().cut_string("X: 1")); }, 9,
+      [](TraceBuilder&) { return CheckpointDraft::sapi_header(2, Fields().cut_string("X: 1")); }, 9,
       [](const Made::SapiHeader& record, Storage&, std::size_t kept) {
         EXPECT_TRUE(record.is_valid());
         EXPECT_EQ(record.op(), 2);
@@ -161,7 +163,7 @@ TEST(CutRecord, HeaderKeepsItsOperation) {
 
 TEST(CutRecord, HeaderWhoseOperationIsCutHasOperationZero) {
   cut_everywhere<Made::SapiHeader>(
-      [](TraceBuilder&) { return CheckpointSpec::sapi_header(3).time(1); }, 13,
+      [](TraceBuilder&) { return CheckpointDraft::sapi_header(3).time(1); }, 13,
       [](const Made::SapiHeader& record, Storage&, std::size_t kept) {
         EXPECT_TRUE(record.is_valid());
         EXPECT_EQ(record.op(), kept == 13 ? 3 : 0);
@@ -172,7 +174,7 @@ TEST(CutRecord, HeaderWhoseOperationIsCutHasOperationZero) {
 
 TEST(CutRecord, InlineTextIsKeptWithoutItsNul) {
   cut_everywhere<Made::SapiSendHeaders>(
-      [](TraceBuilder&) { return CheckpointSpec::sapi_send_headers(200, "OK"); }, 15,
+      [](TraceBuilder&) { return CheckpointDraft::sapi_send_headers(200, "OK"); }, 15,
       [](const Made::SapiSendHeaders& record, Storage&, std::size_t kept) {
         EXPECT_TRUE(record.is_valid());
         EXPECT_EQ(record.code(), kept >= 4 ? 200U : 0U);
@@ -180,7 +182,7 @@ TEST(CutRecord, InlineTextIsKeptWithoutItsNul) {
         EXPECT_EQ(record.damage().has_value(), kept < 15);
       });
   cut_everywhere<Made::ScriptError>(
-      [](TraceBuilder&) { return CheckpointSpec::script_error(8, "bad"); }, 16,
+      [](TraceBuilder&) { return CheckpointDraft::script_error(8, "bad"); }, 16,
       [](const Made::ScriptError& record, Storage&, std::size_t kept) {
         EXPECT_TRUE(record.is_valid());
         EXPECT_EQ(record.error_num(), kept >= 4 ? 8U : 0U);
@@ -191,7 +193,7 @@ TEST(CutRecord, InlineTextIsKeptWithoutItsNul) {
 
 TEST(CutRecord, UserEventKeepsItsNameAndLosesItsSequence) {
   cut_everywhere<Made::UserEvent>(
-      [](TraceBuilder& trace) { return CheckpointSpec::user_event(trace.text("Slow"), 77); }, 12,
+      [](TraceBuilder& trace) { return CheckpointDraft::user_event(trace.text("Slow"), 77); }, 12,
       [](const Made::UserEvent& record, Storage&, std::size_t kept) {
         EXPECT_TRUE(record.is_valid());
         EXPECT_EQ(text_of(record.event_name()), kept >= 8 ? "Slow" : "(absent)");
@@ -213,7 +215,7 @@ std::string expected_arguments(std::size_t kept) {
 TEST(CutRecord, CallDropsArgumentsThatAreMissingOrCutScalars) {
   cut_everywhere<Made::FunctionCall>(
       [](TraceBuilder& trace) {
-        return CheckpointSpec::function_call(
+        return CheckpointDraft::function_call(
             trace.function({.name = "f"}),
             {value::integer(1), value::string("abc"), value::list({value::boolean(true)})});
       },
@@ -236,8 +238,8 @@ TEST(CutRecord, MethodCallNumbersWhatItReached) {
       [](TraceBuilder& trace) {
         const Ref first = trace.klass({.name = "A"});
         const Ref second = trace.klass({.name = "B"});
-        return CheckpointSpec::method_call(trace.function({.name = "f"}), value::object(first, 1),
-                                           {value::object(second, 2)});
+        return CheckpointDraft::method_call(trace.function({.name = "f"}), value::object(first, 1),
+                                            {value::object(second, 2)});
       },
       38,
       [](const Made::FunctionCall& call, Storage& storage, std::size_t kept) {

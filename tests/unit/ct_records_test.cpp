@@ -23,7 +23,7 @@ TEST(Records, EachTypeHasItsClassAndOthersHaveNone) {
   for (std::uint8_t type = 0; type != 32; ++type) {
     TraceBuilder trace;
     const Ref function = trace.function({.name = "f"});
-    trace.add(CheckpointSpec::raw(type, Fields().u64(function).u64(0).u64(0).u64(0)));
+    trace.add(CheckpointDraft::raw(type, Fields().u64(function).u64(0).u64(0).u64(0)));
     OpenTrace open(trace);
     const std::shared_ptr<Made::Base> made = make_record(open.view(), nullptr);
     Made::Record room;
@@ -57,7 +57,7 @@ TEST(Records, OnlyShutdownAndExitAreValidWithoutPayload) {
     if (type == 16) continue;
     for (const ByteOrder order : both_orders) {
       TraceBuilder trace(order);
-      trace.add(CheckpointSpec::raw(type).time(1).keep(0));
+      trace.add(CheckpointDraft::raw(type).time(1).keep(0));
       OpenTrace open(trace);
       const auto record = open.record();
       const bool needs_none =
@@ -121,7 +121,7 @@ TEST(EndRecords, StartIsRelocatedWhereverItLies) {
   for (const ByteOrder order : both_orders) {
     TraceBuilder trace(order, 0x1000);
     for (const Ref start : {Ref{0x1000}, Ref{0x1005}, Ref{0xFFF}, Ref{0}, ~Ref{0}}) {
-      trace.add(CheckpointSpec::sapi_write_end(start));
+      trace.add(CheckpointDraft::sapi_write_end(start));
     }
     OpenTrace open(trace);
     const auto data = std::bit_cast<std::uintptr_t>(open.file().data().data());
@@ -153,7 +153,7 @@ TEST(SapiRecords, HeaderOperationsBelowThreeHaveALine) {
   for (std::uint8_t op = 0; op != 9; ++op) {
     for (const ByteOrder order : both_orders) {
       TraceBuilder trace(order);
-      trace.add(CheckpointSpec::sapi_header(op, Fields().cut_string("X: 1", 9)));
+      trace.add(CheckpointDraft::sapi_header(op, Fields().cut_string("X: 1", 9)));
       OpenTrace open(trace);
       const auto record = open.record<Made::SapiHeader>();
       EXPECT_TRUE(record->is_valid());

@@ -124,21 +124,21 @@ class RandomTrace {
  public:
   explicit RandomTrace(std::mt19937& random) : random_(random) {
     const Ref function = trace_.function({.name = "f"});
-    add(CheckpointSpec::startup());
+    add(CheckpointDraft::startup());
     const std::size_t count = 5 + random_() % 20;
     std::vector<std::size_t> open;
     while (refs_.size() < count) {
       switch (random_() % 8) {
-        case 0: open.push_back(add(CheckpointSpec::function_call(function))); break;
-        case 1: open.push_back(add(CheckpointSpec::include_call(0))); break;
+        case 0: open.push_back(add(CheckpointDraft::function_call(function))); break;
+        case 1: open.push_back(add(CheckpointDraft::include_call(0))); break;
         case 2:
-          open.push_back(add(CheckpointSpec::sapi_write_start(Fields().cut_string(""))));
+          open.push_back(add(CheckpointDraft::sapi_write_start(Fields().cut_string(""))));
           break;
-        case 3: add(CheckpointSpec::script_exit()); break;
+        case 3: add(CheckpointDraft::script_exit()); break;
         default: add_end(open); break;
       }
     }
-    add(CheckpointSpec::shutdown());
+    add(CheckpointDraft::shutdown());
   }
 
   const TraceBuilder& builder() const { return trace_; }
@@ -146,8 +146,8 @@ class RandomTrace {
   std::size_t start_of(std::size_t end) const { return starts_[end]; }
 
  private:
-  std::size_t add(const CheckpointSpec& spec, std::size_t start = Model::none) {
-    refs_.push_back(trace_.add(spec));
+  std::size_t add(const CheckpointDraft& draft, std::size_t start = Model::none) {
+    refs_.push_back(trace_.add(draft));
     starts_.push_back(start);
     return refs_.size() - 1;
   }
@@ -162,9 +162,9 @@ class RandomTrace {
     const Ref ref = start < refs_.size() ? refs_[start] : 0;
     if (start == refs_.size()) start = Model::none;
     switch (random_() % 3) {
-      case 0: add(CheckpointSpec::function_return(ref), start); break;
-      case 1: add(CheckpointSpec::include_return(ref), start); break;
-      default: add(CheckpointSpec::sapi_write_end(ref), start); break;
+      case 0: add(CheckpointDraft::function_return(ref), start); break;
+      case 1: add(CheckpointDraft::include_return(ref), start); break;
+      default: add(CheckpointDraft::sapi_write_end(ref), start); break;
     }
   }
 

@@ -60,7 +60,7 @@ std::string times(std::size_t count, std::string_view text) {
 // A trace of one FUNCTION_RETURN of the call at no place, with these bytes as its value.
 std::unique_ptr<OpenTrace> returning(ByteOrder order, const std::string& value) {
   TraceBuilder trace(order);
-  trace.add(CheckpointSpec::function_return(0, Fields().raw(value)));
+  trace.add(CheckpointDraft::function_return(0, Fields().raw(value)));
   return std::make_unique<OpenTrace>(trace);
 }
 

@@ -64,7 +64,7 @@ TEST(KeyTexts, MapsPrintLikeQtWhateverTheirKeys) {
       pairs.emplace_back(random_key(classes, names, random),
                          random() % 5 == 0 ? value::undef() : value::integer(i));
     }
-    trace.add(CheckpointSpec::function_return(0, value::map(pairs)));
+    trace.add(CheckpointDraft::function_return(0, value::map(pairs)));
     OpenTrace open(trace);
     const auto record = open.record<FunctionReturn>();
     ValueTape tape;
@@ -84,7 +84,7 @@ TEST(KeyTexts, HoldAFewBytesOfAKeyWhateverItsName) {
   const Ref name = trace.text(std::string(100'000, 'x'));
   constexpr std::size_t count = 10'000;
   std::vector<value::Pair> pairs(count, {value::resource(name, 1), value::null()});
-  trace.add(CheckpointSpec::function_return(0, value::map(pairs)));
+  trace.add(CheckpointDraft::function_return(0, value::map(pairs)));
   OpenTrace open(trace);
   const auto record = open.record<FunctionReturn>();
   ValueTape tape;

@@ -131,8 +131,8 @@ TEST(CheckpointView, LargestPayloadIsWhole) {
   constexpr std::uint32_t largest = 0xFFFFFF;
   for (const ByteOrder order : both_orders) {
     TraceBuilder trace(order);
-    trace.add(CheckpointSpec::raw(20, Fields().raw(std::string(largest, 'x'))));
-    trace.add(CheckpointSpec::shutdown());
+    trace.add(CheckpointDraft::raw(20, Fields().raw(std::string(largest, 'x'))));
+    trace.add(CheckpointDraft::shutdown());
     OpenTrace open(trace);
     EXPECT_EQ(open.view(0).size(), largest);
     EXPECT_EQ(open.view(1).offset(), largest + 4);
@@ -143,8 +143,8 @@ TEST(CheckpointView, CutHeaderWordEndsTheWalk) {
   for (const ByteOrder order : both_orders) {
     for (std::size_t left = 1; left != 4; ++left) {
       TraceBuilder trace(order);
-      trace.add(CheckpointSpec::script_exit());
-      trace.add(CheckpointSpec::script_error(8, "x"));
+      trace.add(CheckpointDraft::script_exit());
+      trace.add(CheckpointDraft::script_error(8, "x"));
       trace.cut_data(trace.data_size() - 4 - left);
       const OpenTrace open(trace);
       CheckpointView view = open.view(0);
@@ -164,8 +164,8 @@ TEST(CheckpointView, CutPayloadEndsTheWalkWithItsTypeKnown) {
   for (const ByteOrder order : both_orders) {
     for (std::uint32_t left = 0; left != 5; ++left) {
       TraceBuilder trace(order);
-      trace.add(CheckpointSpec::script_exit());
-      trace.add(CheckpointSpec::raw(9, Fields().raw(std::string(left, 'x'))).header_size(5));
+      trace.add(CheckpointDraft::script_exit());
+      trace.add(CheckpointDraft::raw(9, Fields().raw(std::string(left, 'x'))).header_size(5));
       const OpenTrace open(trace);
       CheckpointView view = open.view(0);
       EXPECT_FALSE(view.step());

@@ -71,16 +71,16 @@ TEST(TraceBuilder, HeaderWordsFollowTheBitFieldsOfTheWriter) {
 }
 
 TEST(TraceBuilder, CommonFieldsStandBeforeTheOwnOnes) {
-  auto spec = CheckpointSpec::user_event(0x30, 7).time(1, 2).memory(3).location(0x20, 5);
-  EXPECT_EQ(hex(spec.encode(ByteOrder::little)),
+  auto draft = CheckpointDraft::user_event(0x30, 7).time(1, 2).memory(3).location(0x20, 5);
+  EXPECT_EQ(hex(draft.encode(ByteOrder::little)),
             "f1 2c 00 00 "
             "01 00 00 00 00 00 00 00 02 00 00 00 "
             "03 00 00 00 00 00 00 00 "
             "20 00 00 00 00 00 00 00 05 00 00 00 "
             "30 00 00 00 00 00 00 00 07 00 00 00");
-  EXPECT_EQ(hex(spec.keep(14).encode(ByteOrder::big)),
+  EXPECT_EQ(hex(draft.keep(14).encode(ByteOrder::big)),
             "8f 00 00 0e 00 00 00 00 00 00 00 01 00 00 00 02 00 00");
-  EXPECT_EQ(hex(spec.keep(1).header_size(200).encode(ByteOrder::big)), "8f 00 00 c8 00");
+  EXPECT_EQ(hex(draft.keep(1).header_size(200).encode(ByteOrder::big)), "8f 00 00 c8 00");
 }
 
 TEST(TraceBuilder, ValuesInBothByteOrders) {
@@ -136,8 +136,8 @@ TEST(TraceBuilder, TextsAreSharedUnlessAskedOtherwise) {
 
 TEST(TraceBuilder, CheckpointsReturnTheAddressOfTheirHeaderWord) {
   TraceBuilder trace(ByteOrder::little, 0x5000);
-  EXPECT_EQ(trace.add(CheckpointSpec::shutdown()), 0x5000U);
-  EXPECT_EQ(trace.add(CheckpointSpec::script_error(8, "hi")), 0x5004U);
+  EXPECT_EQ(trace.add(CheckpointDraft::shutdown()), 0x5000U);
+  EXPECT_EQ(trace.add(CheckpointDraft::script_error(8, "hi")), 0x5004U);
   EXPECT_EQ(trace.data_end(), 0x5008U + 4 + 8 + 3);
   EXPECT_EQ(hex(trace.build().substr(header_size)),
             "01 00 00 00 0f 0f 00 00 08 00 00 00 02 00 00 00 00 00 00 00 68 69 00");
@@ -161,7 +161,7 @@ TEST(TraceText, BuildsWhatTheBuilderBuilds) {
         trace.function({.name = "run", .class_entry = c, .flags = 0, .file = "/f", .line = 9});
     const Ref file = trace.text("/i");
     const Ref url = trace.text("u");
-    trace.add(CheckpointSpec::startup(url, 0, trace.text("h"))
+    trace.add(CheckpointDraft::startup(url, 0, trace.text("h"))
                   .time(10, 500'000'000)
                   .memory(4096)
                   .location(file, 1));
@@ -169,12 +169,12 @@ TEST(TraceText, BuildsWhatTheBuilderBuilds) {
                                      {value::string("k"), value::boolean(true)},
                                      {value::cut_marker(), value::null()}});
     const Ref call =
-        trace.add(CheckpointSpec::method_call(
+        trace.add(CheckpointDraft::method_call(
                       f, value::object(c, 7),
                       {value::integer(1), value::real(-1.5), array, value::cut_string("ab", 10),
                        value::map(3, {{value::integer(0), value::integer(1)}})})
                       .time(11, 7));
-    trace.add(CheckpointSpec::function_return(call, value::string(std::string_view("\0\t\"", 3)))
+    trace.add(CheckpointDraft::function_return(call, value::string(std::string_view("\0\t\"", 3)))
                   .more(Fields().u8(1).raw(std::string_view("\xff\0", 2))));
     EXPECT_EQ(hex(built.bytes), hex(trace.build()));
   }

@@ -1,95 +1,95 @@
 // SPDX-License-Identifier: MIT
-#include "checkpoint_spec.h"
+#include "checkpoint_draft.h"
 
 #include <string_view>
 
 namespace CT::Test {
 
-CheckpointSpec CheckpointSpec::raw(std::uint8_t type, const Fields& own) {
-  CheckpointSpec spec;
-  spec.type_ = type;
-  spec.own_ = own;
-  return spec;
+CheckpointDraft CheckpointDraft::raw(std::uint8_t type, const Fields& own) {
+  CheckpointDraft draft;
+  draft.type_ = type;
+  draft.own_ = own;
+  return draft;
 }
 
-CheckpointSpec CheckpointSpec::startup(Ref url, Ref uri, Ref host, Ref method) {
+CheckpointDraft CheckpointDraft::startup(Ref url, Ref uri, Ref host, Ref method) {
   return raw(0, Fields().u64(url).u64(uri).u64(host).u64(method));
 }
-CheckpointSpec CheckpointSpec::shutdown() { return raw(1); }
+CheckpointDraft CheckpointDraft::shutdown() { return raw(1); }
 
-CheckpointSpec CheckpointSpec::function_call(Ref function, const std::vector<Fields>& args) {
+CheckpointDraft CheckpointDraft::function_call(Ref function, const std::vector<Fields>& args) {
   return call_with_count(function, std::nullopt, static_cast<std::uint32_t>(args.size()), args);
 }
-CheckpointSpec CheckpointSpec::method_call(Ref function, const Fields& self,
-                                           const std::vector<Fields>& args) {
+CheckpointDraft CheckpointDraft::method_call(Ref function, const Fields& self,
+                                             const std::vector<Fields>& args) {
   return call_with_count(function, self, static_cast<std::uint32_t>(args.size()), args);
 }
-CheckpointSpec CheckpointSpec::call_with_count(Ref function, const std::optional<Fields>& self,
-                                               std::uint32_t count,
-                                               const std::vector<Fields>& args) {
+CheckpointDraft CheckpointDraft::call_with_count(Ref function, const std::optional<Fields>& self,
+                                                 std::uint32_t count,
+                                                 const std::vector<Fields>& args) {
   Fields own = Fields().u64(function);
   if (self) own.append(*self);
   own.u32(count);
   for (const Fields& arg : args) own.append(arg);
   return raw(self ? 3 : 2, own);
 }
-CheckpointSpec CheckpointSpec::function_return(Ref start, const Fields& returned) {
+CheckpointDraft CheckpointDraft::function_return(Ref start, const Fields& returned) {
   return raw(4, Fields().u64(start).append(returned));
 }
-CheckpointSpec CheckpointSpec::function_exception(Ref start, const Fields& thrown) {
+CheckpointDraft CheckpointDraft::function_exception(Ref start, const Fields& thrown) {
   return raw(5, Fields().u64(start).append(thrown));
 }
 
-CheckpointSpec CheckpointSpec::include_call(Ref path) { return raw(6, Fields().u64(path)); }
-CheckpointSpec CheckpointSpec::include_return(Ref start) { return raw(7, Fields().u64(start)); }
-CheckpointSpec CheckpointSpec::include_exception(Ref start, const Fields& thrown) {
+CheckpointDraft CheckpointDraft::include_call(Ref path) { return raw(6, Fields().u64(path)); }
+CheckpointDraft CheckpointDraft::include_return(Ref start) { return raw(7, Fields().u64(start)); }
+CheckpointDraft CheckpointDraft::include_exception(Ref start, const Fields& thrown) {
   return raw(8, Fields().u64(start).append(thrown));
 }
 
-CheckpointSpec CheckpointSpec::sapi_write_start(const Fields& body) { return raw(9, body); }
-CheckpointSpec CheckpointSpec::sapi_write_end(Ref start) { return raw(10, Fields().u64(start)); }
-CheckpointSpec CheckpointSpec::sapi_flush() { return raw(11, Fields().u8(0)); }
-CheckpointSpec CheckpointSpec::sapi_header(std::uint8_t op, const Fields& line) {
+CheckpointDraft CheckpointDraft::sapi_write_start(const Fields& body) { return raw(9, body); }
+CheckpointDraft CheckpointDraft::sapi_write_end(Ref start) { return raw(10, Fields().u64(start)); }
+CheckpointDraft CheckpointDraft::sapi_flush() { return raw(11, Fields().u8(0)); }
+CheckpointDraft CheckpointDraft::sapi_header(std::uint8_t op, const Fields& line) {
   return raw(12, Fields().u8(op).append(line));
 }
-CheckpointSpec CheckpointSpec::sapi_send_headers(std::uint32_t code, std::string_view status) {
+CheckpointDraft CheckpointDraft::sapi_send_headers(std::uint32_t code, std::string_view status) {
   return raw(13, Fields().u32(code).inline_text(status));
 }
 
-CheckpointSpec CheckpointSpec::script_exit() { return raw(14); }
-CheckpointSpec CheckpointSpec::script_error(std::uint32_t number, std::string_view message) {
+CheckpointDraft CheckpointDraft::script_exit() { return raw(14); }
+CheckpointDraft CheckpointDraft::script_error(std::uint32_t number, std::string_view message) {
   return raw(15, Fields().u32(number).inline_text(message));
 }
-CheckpointSpec CheckpointSpec::user_event(Ref name, std::uint32_t sequence) {
+CheckpointDraft CheckpointDraft::user_event(Ref name, std::uint32_t sequence) {
   return raw(17, Fields().u64(name).u32(sequence));
 }
 
-CheckpointSpec& CheckpointSpec::time(std::uint64_t seconds, std::uint32_t nanoseconds) {
+CheckpointDraft& CheckpointDraft::time(std::uint64_t seconds, std::uint32_t nanoseconds) {
   time_ = Time{seconds, nanoseconds};
   return *this;
 }
-CheckpointSpec& CheckpointSpec::memory(std::uint64_t bytes) {
+CheckpointDraft& CheckpointDraft::memory(std::uint64_t bytes) {
   memory_ = bytes;
   return *this;
 }
-CheckpointSpec& CheckpointSpec::location(Ref file, std::uint32_t line) {
+CheckpointDraft& CheckpointDraft::location(Ref file, std::uint32_t line) {
   location_ = Location{file, line};
   return *this;
 }
-CheckpointSpec& CheckpointSpec::more(const Fields& fields) {
+CheckpointDraft& CheckpointDraft::more(const Fields& fields) {
   own_.append(fields);
   return *this;
 }
-CheckpointSpec& CheckpointSpec::keep(std::size_t size) {
+CheckpointDraft& CheckpointDraft::keep(std::size_t size) {
   keep_ = size;
   return *this;
 }
-CheckpointSpec& CheckpointSpec::header_size(std::uint32_t size) {
+CheckpointDraft& CheckpointDraft::header_size(std::uint32_t size) {
   header_size_ = size;
   return *this;
 }
 
-Fields CheckpointSpec::payload() const {
+Fields CheckpointDraft::payload() const {
   Fields payload;
   if (time_) payload.u64(time_->seconds).u32(time_->nanoseconds);
   if (memory_) payload.u64(*memory_);
@@ -98,7 +98,7 @@ Fields CheckpointSpec::payload() const {
   return payload;
 }
 
-std::string CheckpointSpec::encode(ByteOrder order) const {
+std::string CheckpointDraft::encode(ByteOrder order) const {
   std::string bytes = payload().encode(order);
   if (keep_ && *keep_ < bytes.size()) bytes.resize(*keep_);
   const int flags = (time_ ? 1 : 0) | (memory_ ? 2 : 0) | (location_ ? 4 : 0);
