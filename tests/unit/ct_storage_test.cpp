@@ -188,16 +188,15 @@ TEST(Storage, ShutdownClosesStartupOverOpenNodesWithoutAWord) {
 TEST(Storage, OnlyTheReturnOfAnIncludeLooksAtTheType) {
   constexpr std::string_view function = "F: function user \"f\"\nstartup\n";
   for (const std::string_view begin : {"call fn F", "method fn F this null"}) {
-    expect_tree(std::string(function) + "c: " + std::string(begin) + "\ninclude_return of c",
-                "0(-1)? 1(0)?", {"0 Expected INCLUDE_CALL node, but got FUNCTION_CALL"});
+    expect_tree(fmt::format("{}c: {}\ninclude_return of c", function, begin), "0(-1)? 1(0)?",
+                {"0 Expected INCLUDE_CALL node, but got FUNCTION_CALL"});
   }
   expect_tree("startup\nw: write \"\"\ninclude_return of w", "0(-1)? 1(0)?",
               {"0 Expected INCLUDE_CALL node, but got SAPI_WRITE"});
   for (const std::string_view end : {"return of s", "exception of s value null",
                                      "include_exception of s value null", "write_end of s"}) {
     for (const std::string_view begin : {"call fn F", "include \"a\"", "write \"\""}) {
-      expect_tree(std::string(function) + "s: " + std::string(begin) + "\n" + std::string(end),
-                  "0(-1)? 1(0)", {});
+      expect_tree(fmt::format("{}s: {}\n{}", function, begin, end), "0(-1)? 1(0)", {});
     }
   }
 }
