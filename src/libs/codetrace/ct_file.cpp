@@ -140,6 +140,7 @@ bool File::load(Source& source) {
   const bool has_header = got == FileHeader::disk_size;
   if (has_header) {
     decode_header(head);
+    // A file that is refused unread goes by its size in the log and in the message.
     if (known_size && (!is_trace() || *known_size != expected_size())) {
       got = *known_size;
     } else if (is_trace()) {
