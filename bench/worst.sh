@@ -5,5 +5,5 @@ set -euo pipefail
 cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.."
 
 cmake --preset release -DCODETRACE_BENCH=ON >/dev/null
-cmake --build --preset release -j"${JOBS:-1}" >/dev/null
+cmake --build --preset release -j"${JOBS:-1}" >&2
 exec build/release/bench/worst_cases run build/release/src/codetrace "$@"

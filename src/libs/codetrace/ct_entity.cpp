@@ -157,24 +157,22 @@ QJsonObject Function::as_json() const {
 
 std::shared_ptr<Checkpoint::ClassEntry> EntityCache::get_class_entry(const CheckpointView& view,
                                                                      const ClassEntry* record) {
-  const auto [found, is_new] =
-      class_index_.try_emplace(record, static_cast<std::uint32_t>(class_entries_.size()));
-  if (is_new) {
-    class_entries_.push_back(std::make_shared<Checkpoint::ClassEntry>(
-        view, record, this, static_cast<int>(found->second)));
+  const std::uint32_t id = class_index_.number(record, class_entries_.size());
+  if (id == class_entries_.size()) {
+    class_entries_.push_back(
+        std::make_shared<Checkpoint::ClassEntry>(view, record, this, static_cast<int>(id)));
   }
-  return class_entries_[found->second];
+  return class_entries_[id];
 }
 
 std::shared_ptr<Checkpoint::Function> EntityCache::get_function(const CheckpointView& view,
                                                                 const Function* descriptor) {
-  const auto [found, is_new] =
-      function_index_.try_emplace(descriptor, static_cast<std::uint32_t>(functions_.size()));
-  if (is_new) {
-    functions_.push_back(std::make_shared<Checkpoint::Function>(view, descriptor, this,
-                                                                static_cast<int>(found->second)));
+  const std::uint32_t index = function_index_.number(descriptor, functions_.size());
+  if (index == functions_.size()) {
+    functions_.push_back(
+        std::make_shared<Checkpoint::Function>(view, descriptor, this, static_cast<int>(index)));
   }
-  return functions_[found->second];
+  return functions_[index];
 }
 
 }  // namespace CT

@@ -11,10 +11,10 @@
 #include <QJsonObject>
 #include <cstdint>
 #include <memory>
-#include <unordered_map>
 #include <vector>
 
 #include "ct_json_members.h"
+#include "ct_place_index.h"
 #include "ct_string.h"
 #include "ct_view.h"
 
@@ -127,9 +127,9 @@ class EntityCache {
 
  private:
   std::vector<std::shared_ptr<Checkpoint::ClassEntry>> class_entries_;
-  std::unordered_map<const ClassEntry*, std::uint32_t> class_index_;
+  PlaceIndex class_index_;
   std::vector<std::shared_ptr<Checkpoint::Function>> functions_;
-  std::unordered_map<const Function*, std::uint32_t> function_index_;
+  PlaceIndex function_index_;
 };
 
 }  // namespace CT

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+//
+// PlaceIndex: the numbers of functions and classes by their place in ADD DATA. Every call looks up
+// its function and every object its class, so it is a flat table with linear probing: a look-up is,
+// as a rule, one line of the processor's cache. Qt's hash is seeded for each process, so no file
+// can choose its references such that they collide.
+#pragma once
+
+#include <QHash>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace CT {
+
+class PlaceIndex {
+ public:
+  // The number of a place; a new one gets `next`. Requires: `place` is not null.
+  std::uint32_t number(const void* place, std::size_t next) {
+    if (2 * (used_ + 1) > slots_.size()) grow();
+    Slot& slot = find(place);
+    if (slot.place == nullptr) {
+      slot = {place, static_cast<std::uint32_t>(next)};
+      ++used_;
+    }
+    return slot.number;
+  }
+
+ private:
+  struct Slot {
+    const void* place = nullptr;
+    std::uint32_t number = 0;
+  };
+
+  // The slot of a place, or the empty one where it belongs. At least half of them are empty.
+  [[nodiscard]] Slot& find(const void* place) {
+    const std::size_t mask = slots_.size() - 1;
+    std::size_t at = ::qHash(place, seed_) & mask;
+    while (slots_[at].place != nullptr && slots_[at].place != place) at = (at + 1) & mask;
+    return slots_[at];
+  }
+
+  void grow() {
+    constexpr std::size_t first_size = 64;
+    std::vector<Slot> old(slots_.empty() ? first_size : 2 * slots_.size());
+    old.swap(slots_);
+    for (const Slot& slot : old) {
+      if (slot.place != nullptr) find(slot.place) = slot;
+    }
+  }
+
+  std::vector<Slot> slots_;  // as many as a power of two
+  std::size_t used_ = 0;
+  std::size_t seed_ = QHashSeed::globalSeed();
+};
+
+}  // namespace CT
