@@ -1,0 +1,16 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# install.sh BUILD SOURCE: whether `cmake --install` puts pages and completions where man and the
+# shells look for them.
+set -euo pipefail
+build=$1
+source=$2
+prefix=$(mktemp -d)
+trap 'rm -rf -- "$prefix"' EXIT
+cmake --install "$build" --component tool --prefix "$prefix" >/dev/null
+share=$prefix/share
+diff "$source/man/codetrace.1" "$share/man/man1/codetrace.1"
+diff "$source/man/codetrace.5" "$share/man/man5/codetrace.5"
+diff "$source/completions/codetrace.bash" "$share/bash-completion/completions/codetrace"
+diff "$source/completions/_codetrace" "$share/zsh/vendor-completions/_codetrace"
+diff "$source/completions/codetrace.fish" "$share/fish/vendor_completions.d/codetrace.fish"
