@@ -2,6 +2,7 @@
 #include "measure.h"
 
 #include <fcntl.h>
+#include <sched.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstring>
+#include <optional>
 #include <stdexcept>
 
 namespace CT::Bench {
@@ -28,7 +30,8 @@ void redirect(int from, int to) {
 [[noreturn]] void become(const std::vector<std::string>& command, const Limits& limits, int output,
                          const char* error_file) {
   redirect(open("/dev/null", O_RDONLY), STDIN_FILENO);
-  redirect(output >= 0 ? output : open("/dev/null", O_WRONLY), STDOUT_FILENO);
+  redirect(output >= 0 ? output : open(limits.sink, O_WRONLY | O_CREAT | O_TRUNC, 0600),
+           STDOUT_FILENO);
   const char* errors = error_file != nullptr ? error_file : "/dev/null";
   redirect(open(errors, O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
   limit(RLIMIT_CORE, 0);
@@ -54,6 +57,25 @@ std::uint64_t read_up_to(int descriptor, std::uint64_t most) {
   return done;
 }
 
+// Keeps this process and the ones it starts on the processor where it runs. What a pipe costs
+// depends on whether its ends share one, and that would be left to chance.
+class SameProcessor {
+ public:
+  SameProcessor() {
+    sched_getaffinity(0, sizeof before_, &before_);
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    CPU_SET(static_cast<unsigned>(sched_getcpu()), &one);
+    sched_setaffinity(0, sizeof one, &one);
+  }
+  ~SameProcessor() { sched_setaffinity(0, sizeof before_, &before_); }
+  SameProcessor(const SameProcessor&) = delete;
+  SameProcessor& operator=(const SameProcessor&) = delete;
+
+ private:
+  cpu_set_t before_ = {};
+};
+
 double seconds(const timeval& time) {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
 }
@@ -67,6 +89,8 @@ std::string meaning(int signal) {
 }  // namespace
 
 Usage run(const std::vector<std::string>& command, const Limits& limits, const char* error_file) {
+  std::optional<SameProcessor> same_processor;
+  if (limits.output != 0) same_processor.emplace();
   int ends[2] = {-1, -1};
   if (limits.output != 0 && pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
   const pid_t child = fork();

@@ -14,8 +14,9 @@ struct Limits {
   unsigned seconds = 60;
   // Address space; 0 for none.
   std::uint64_t memory = 0;
-  // The output is read up to here and then closed, as `head -c` does; 0 sends all to /dev/null.
+  // The output is read up to here and then closed, as `head -c` does; 0 sends all to `sink`.
   std::uint64_t output = 0;
+  const char* sink = "/dev/null";
 };
 
 struct Usage {

@@ -137,10 +137,11 @@ TEST_P(ValueJson, EqualsQtAndThePlainRulesForRandomValues) {
   for (std::size_t i = 0; i != 800; ++i) {
     const Fields fields = random.value(random.below(51), !random.one_in(4), names);
     ValueTrace trace(names.trace, fields);
-    ValueTape tape;
+    const auto shared = std::make_shared<ValueTape>();
+    ValueTape& tape = *shared;
     tape.reset(trace.view());
     const auto root = tape.decode(trace.cursor(), &trace.cache());
-    const KVal value(std::make_shared<ValueTape>(tape), root);
+    const KVal value(shared, root);
     const std::string bytes = fields.encode(GetParam());
     const PlainValue plain = PlainReader(bytes, GetParam(), names.known).read();
     for (const Form form : {Form::compact, Form::indented}) {

@@ -6,8 +6,8 @@
 
 #include <QJsonObject>
 #include <cstdint>
-#include <vector>
 
+#include "ct_plain_array.h"
 #include "ct_storage.h"
 #include "ct_writer.h"
 
@@ -31,7 +31,7 @@ class Outline {
   std::size_t place(std::int32_t id, std::int32_t parent_id);
 
  private:
-  std::vector<std::int32_t> ancestors_;
+  PlainArray<std::int32_t> ancestors_;
 };
 
 }  // namespace CT

@@ -30,6 +30,11 @@ const Raw* resolve_descriptor(const File& file, std::uint64_t reference, std::ui
   return static_cast<const Raw*>(static_cast<const void*>(place));
 }
 
+template <class Raw>
+std::uint32_t place_of(const CheckpointView& view, const Raw* raw) {
+  return static_cast<std::uint32_t>(bytes_of(raw) - view.file().add_data().data());
+}
+
 // Fields of a descriptor at fixed offsets from its start.
 class Fields {
  public:
@@ -157,7 +162,7 @@ QJsonObject Function::as_json() const {
 
 std::shared_ptr<Checkpoint::ClassEntry> EntityCache::get_class_entry(const CheckpointView& view,
                                                                      const ClassEntry* record) {
-  const std::uint32_t id = class_index_.number(record, class_entries_.size());
+  const std::uint32_t id = class_index_.number(place_of(view, record), class_entries_.size());
   if (id == class_entries_.size()) {
     class_entries_.push_back(
         std::make_shared<Checkpoint::ClassEntry>(view, record, this, static_cast<int>(id)));
@@ -167,7 +172,7 @@ std::shared_ptr<Checkpoint::ClassEntry> EntityCache::get_class_entry(const Check
 
 std::shared_ptr<Checkpoint::Function> EntityCache::get_function(const CheckpointView& view,
                                                                 const Function* descriptor) {
-  const std::uint32_t index = function_index_.number(descriptor, functions_.size());
+  const std::uint32_t index = function_index_.number(place_of(view, descriptor), functions_.size());
   if (index == functions_.size()) {
     functions_.push_back(
         std::make_shared<Checkpoint::Function>(view, descriptor, this, static_cast<int>(index)));

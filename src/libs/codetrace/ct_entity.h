@@ -109,6 +109,7 @@ class Function {
 
 }  // namespace Checkpoint
 
+// Requires: every view is of the same file.
 class EntityCache {
  public:
   // The shared entry of a record, decoded and numbered at its first sighting.

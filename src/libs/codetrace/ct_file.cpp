@@ -2,11 +2,13 @@
 #include "ct_file.h"
 
 #include <poll.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <QFile>
 #include <algorithm>
+#include <bit>
 #include <cerrno>
 #include <optional>
 
@@ -79,6 +81,16 @@ class File::MemorySource final : public Source {
 };
 
 namespace {
+
+// Large pages, where the system has them, halve what it costs to fill fresh memory. Only a hint.
+void prefer_large_pages(void* memory, std::size_t size) {
+  constexpr std::uintptr_t page = 4096;
+  constexpr std::size_t least = std::size_t{4} << 20;
+  if (size < least) return;
+  const std::uintptr_t begin = (std::bit_cast<std::uintptr_t>(memory) + page - 1) & ~(page - 1);
+  const std::uintptr_t end = (std::bit_cast<std::uintptr_t>(memory) + size) & ~(page - 1);
+  static_cast<void>(madvise(std::bit_cast<void*>(begin), end - begin, MADV_HUGEPAGE));
+}
 
 // Reads until `size` bytes are there or the source ends; -1 on an error.
 template <class Source>
@@ -196,6 +208,7 @@ std::int64_t File::read_sections(Source& source, const unsigned char* head, bool
     }
     static_cast<void>(content_.release());
     content_.reset(grown);
+    prefer_large_pages(grown, capacity);
     const std::int64_t got = read_whole(source, grown + size, capacity - size);
     if (got < 0) return -1;
     size += static_cast<std::uint64_t>(got);

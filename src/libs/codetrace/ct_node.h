@@ -93,10 +93,10 @@ class Base {
   Base(Type type, Record begin, const KTime::Timestamp& start_time, std::uint64_t start_memory,
        std::int32_t id, std::int32_t parent_id);
 
-  // The one cast from a record to its class; null if it is of another.
+  // The record as one of a class; null if there is none, and if it is of another.
   template <class Class>
   static const Class* as(const Record& record) {
-    return dynamic_cast<const Class*>(record.get());
+    return record != nullptr ? Checkpoint::record_as<Class>(*record) : nullptr;
   }
 
  private:

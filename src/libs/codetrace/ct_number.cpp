@@ -59,15 +59,26 @@ void put_large_whole(Writer& out, double value) {
   out.fill('0', decimal - digits.count);
 }
 
-// A value with at most six decimals and fifteen digits, which most times and sizes are: much
-// cheaper than finding shortest digits. False when the value is not of that kind.
-bool put_short_decimal(Writer& out, double value) {
-  if (!(value >= 0.001 && value < 1e9)) return false;
+// A value with at most six decimals and fifteen digits, which most times and sizes are: finding its
+// shortest digits is much cheaper this way. 0 for a value that is not of that kind, else its
+// millionths.
+std::uint64_t short_decimal(double value) {
+  if (!(value >= 0.001 && value < 1e9)) return 0;
   const long long millionths = std::llround(value * 1e6);
-  if (static_cast<double>(millionths) / 1e6 != value) return false;
-  put_signed(out, millionths / 1000000);
+  return static_cast<double>(millionths) / 1e6 == value ? static_cast<std::uint64_t>(millionths)
+                                                        : 0;
+}
+
+// Whether the shortest digits are six or fewer, so that rounding to six changes nothing.
+bool has_six_digits(std::uint64_t millionths) {
+  while (millionths >= 1000000 && millionths % 10 == 0) millionths /= 10;
+  return millionths < 1000000;
+}
+
+void put_short_decimal(Writer& out, std::uint64_t millionths) {
+  put_unsigned(out, millionths / 1000000);
   auto rest = static_cast<unsigned>(millionths % 1000000);
-  if (rest == 0) return true;
+  if (rest == 0) return;
   char* room = out.room(7);
   char* end = room;
   *end++ = '.';
@@ -76,7 +87,6 @@ bool put_short_decimal(Writer& out, double value) {
     rest %= unit;
   }
   out.advance(end);
-  return true;
 }
 
 }  // namespace
@@ -97,6 +107,9 @@ void put_double_text(Writer& out, double value) {
     out.put('0');
   } else if (std::isinf(value)) {
     put_chars(out, value);
+  } else if (const std::uint64_t millionths = short_decimal(value);
+             millionths != 0 && value < 1e6 && has_six_digits(millionths)) {
+    put_short_decimal(out, millionths);
   } else if (const Digits digits(std::abs(value)); digits.count == 7 && digits.text[6] == '5') {
     // May be an exact tie, which Qt rounds away from zero and to_chars to even.
     out.put(std::string_view(QString::number(value, 'g', 6).toStdString()));
@@ -112,7 +125,9 @@ void put_double_json(Writer& out, double value) {
     put_large_whole(out, value);
   } else if (std::trunc(value) == value) {
     put_signed(out, static_cast<std::int64_t>(value));
-  } else if (!put_short_decimal(out, value)) {
+  } else if (const std::uint64_t millionths = short_decimal(value); millionths != 0) {
+    put_short_decimal(out, millionths);
+  } else {
     put_chars(out, value);
   }
 }

@@ -15,11 +15,12 @@ namespace CT {
 
 class PlaceIndex {
  public:
-  // The number of a place; a new one gets `next`. Requires: `place` is not null.
-  std::uint32_t number(const void* place, std::size_t next) {
+  // The number of a place, an offset in the section; a new one gets `next`. Requires: `next` is
+  // less than 2^32 - 1, as it is for distinct places of one section.
+  std::uint32_t number(std::uint32_t place, std::size_t next) {
     if (2 * (used_ + 1) > slots_.size()) grow();
     Slot& slot = find(place);
-    if (slot.place == nullptr) {
+    if (slot.number == none) {
       slot = {place, static_cast<std::uint32_t>(next)};
       ++used_;
     }
@@ -27,16 +28,19 @@ class PlaceIndex {
   }
 
  private:
+  static constexpr std::uint32_t none = 0xFFFFFFFF;
+  static constexpr std::uint32_t line = 8;
   struct Slot {
-    const void* place = nullptr;
-    std::uint32_t number = 0;
+    std::uint32_t place = 0;
+    std::uint32_t number = none;
   };
 
   // The slot of a place, or the empty one where it belongs. At least half of them are empty.
-  [[nodiscard]] Slot& find(const void* place) {
+  [[nodiscard]] Slot& find(std::uint32_t place) {
     const std::size_t mask = slots_.size() - 1;
-    std::size_t at = ::qHash(place, seed_) & mask;
-    while (slots_[at].place != nullptr && slots_[at].place != place) at = (at + 1) & mask;
+    // Neighbours share a line of the cache.
+    std::size_t at = (::qHash(place / line, seed_) * line + place % line) & mask;
+    while (slots_[at].number != none && slots_[at].place != place) at = (at + 1) & mask;
     return slots_[at];
   }
 
@@ -45,7 +49,7 @@ class PlaceIndex {
     std::vector<Slot> old(slots_.empty() ? first_size : 2 * slots_.size());
     old.swap(slots_);
     for (const Slot& slot : old) {
-      if (slot.place != nullptr) find(slot.place) = slot;
+      if (slot.number != none) find(slot.place) = slot;
     }
   }
 

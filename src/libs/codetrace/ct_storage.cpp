@@ -15,7 +15,7 @@ namespace {
 
 template <class Class>
 bool is_of_class(const Checkpoint::Base& record) {
-  return dynamic_cast<const Class*>(&record) != nullptr;
+  return Checkpoint::record_as<Class>(record) != nullptr;
 }
 
 bool is_span(std::uint8_t type) {
@@ -138,7 +138,7 @@ Storage::NodeId Storage::close(const Checkpoint::Base& record, const ClosingRule
     klog(0, "Invalid {} checkpoint", type_name(record.type()));
     return no_node;
   }
-  const std::uint64_t start = dynamic_cast<const Checkpoint::End&>(record).start();
+  const std::uint64_t start = static_cast<const Checkpoint::End&>(record).start();
   const NodeId id = find_span(start);
   if (id == no_node) {
     klog(0, "No {} node found with address {:#x}", rule.node_name, start);

@@ -11,10 +11,10 @@
 #include <cstdint>
 #include <memory>
 #include <variant>
-#include <vector>
 
 #include "ct_entity.h"
 #include "ct_node.h"
+#include "ct_plain_array.h"
 #include "ct_records.h"
 
 namespace CT {
@@ -71,7 +71,7 @@ class Storage : public EntityCache {
   [[nodiscard]] Node::Base::Type node_type(NodeId id) const;
 
   const File* file_;
-  std::vector<Entry> nodes_;
+  PlainArray<Entry> nodes_;
   // The innermost open node. The nodes open around it are its parent, that one's parent, and so on:
   // the stack needs no list of its own.
   NodeId top_ = no_node;

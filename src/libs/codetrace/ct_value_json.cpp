@@ -108,25 +108,26 @@ void ValueJsonWriter::drop_repeated_names(const ValueTape& tape, std::size_t fir
 
 template <class Compare>
 void ValueJsonWriter::sort_and_keep_last(std::size_t first, Compare compare) {
-  const auto begin = members_.begin() + static_cast<std::ptrdiff_t>(first);
+  Member* const begin = members_.begin() + first;
   std::sort(begin, members_.end(), [&](const Member& a, const Member& b) {
     const int order = compare(a, b);
     return order != 0 ? order < 0 : a.value < b.value;
   });
-  auto kept = begin;
-  for (auto member = begin; member != members_.end(); ++member) {
-    const auto next = member + 1;
+  Member* kept = begin;
+  for (const Member* member = begin; member != members_.end(); ++member) {
+    const Member* next = member + 1;
     if (next == members_.end() || compare(*member, *next) != 0) *kept++ = *member;
   }
-  members_.erase(kept, members_.end());
+  members_.truncate(static_cast<std::size_t>(kept - members_.begin()));
 }
 
 void ValueJsonWriter::drop_undef(const ValueTape& tape, std::size_t first) {
   const auto is_undef = [&](const Member& member) {
     return tape.type(member.value) == ValueType::undef;
   };
-  const auto begin = members_.begin() + static_cast<std::ptrdiff_t>(first);
-  members_.erase(std::remove_if(begin, members_.end(), is_undef), members_.end());
+  Member* const begin = members_.begin() + first;
+  Member* const end = std::remove_if(begin, members_.end(), is_undef);
+  members_.truncate(static_cast<std::size_t>(end - members_.begin()));
 }
 
 // Starts the next element or member of the innermost array; false when there is none.
@@ -154,7 +155,7 @@ void ValueJsonWriter::close_array(const ValueTape& tape, JsonWriter& out) {
     out.boolean(true);
   }
   out.end_object();
-  members_.resize(array.first_member);
+  members_.truncate(array.first_member);
   keys_.truncate(array.keys);
   open_.pop_back();
 }

@@ -8,10 +8,10 @@
 #pragma once
 
 #include <QJsonValue>
-#include <vector>
 
 #include "ct_json.h"
 #include "ct_json_members.h"
+#include "ct_plain_array.h"
 #include "ct_value_key.h"
 #include "ct_value_tape.h"
 
@@ -47,8 +47,8 @@ class ValueJsonWriter {
   bool begin_next(const ValueTape& tape, JsonWriter& out, ValueTape::Index& value);
   void close_array(const ValueTape& tape, JsonWriter& out);
 
-  std::vector<OpenArray> open_;
-  std::vector<Member> members_;
+  PlainArray<OpenArray> open_;
+  PlainArray<Member> members_;
   KeyTexts keys_;
 };
 

@@ -36,7 +36,7 @@ KeyTexts::Key KeyTexts::add(const ValueTape& tape, ValueTape::Index item) {
 
 void KeyTexts::truncate(const Mark& mark) {
   bytes_.truncate(mark.bytes);
-  names_.resize(mark.names);
+  names_.truncate(mark.names);
 }
 
 // The decoded text of a key in pieces, from bytes and names in turn.

@@ -10,10 +10,10 @@
 
 #include <cstddef>
 #include <string_view>
-#include <vector>
 
 #include "ct_json.h"
 #include "ct_name_hash.h"
+#include "ct_plain_array.h"
 #include "ct_value_tape.h"
 #include "ct_value_text.h"
 #include "ct_writer.h"
@@ -80,7 +80,7 @@ class KeyTexts {
   }
 
   MemoryWriter bytes_;
-  std::vector<Name> names_;
+  PlainArray<Name> names_;
   NameHashes hashes_;
   NameNoter noter_{*this};
 };

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "ct_entity.h"
+#include "ct_plain_array.h"
 #include "ct_view.h"
 
 namespace CT::Checkpoint {
@@ -59,7 +60,7 @@ class ValueTape {
   // Items so far: a value decoded next begins there.
   [[nodiscard]] Index size() const { return static_cast<Index>(items_.size()); }
   // Forgets every item from `size` on.
-  void truncate(Index size) { items_.resize(size); }
+  void truncate(Index size) { items_.truncate(size); }
 
   [[nodiscard]] ValueType type(Index i) const { return static_cast<ValueType>(items_[i].type); }
   // The item behind the value and everything in it.
@@ -82,7 +83,7 @@ class ValueTape {
   [[nodiscard]] std::int64_t resource_handle(Index i) const;
 
  private:
-  friend class TapeTarget;
+  friend class TapeDecoder;
 
   struct Item {
     std::uint32_t place : 24;  // of the type code, from the payload's start
@@ -99,9 +100,9 @@ class ValueTape {
   const File* file_ = nullptr;
   const unsigned char* payload_ = nullptr;
   const unsigned char* payload_end_ = nullptr;
-  std::vector<Item> items_;
+  PlainArray<Item> items_;
   std::vector<std::shared_ptr<ClassEntry>> classes_;
-  std::vector<ArrayFrame> frames_;
+  PlainArray<ArrayFrame> frames_;
 };
 
 // Steps over the value at the cursor as decode() would, keeping nothing; numbers its classes in

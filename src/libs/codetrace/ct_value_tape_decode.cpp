@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The one machine that decodes values, with two targets: a tape, and nothing at all. Arrays that
-// are open stand on an explicit stack, so nesting is followed as deep as the data goes.
+// How values are decoded, and how they are stepped over.
 #include "ct_text.h"
 #include "ct_value_tape.h"
 
@@ -11,11 +10,45 @@ namespace {
 
 constexpr std::uint8_t last_type = static_cast<std::uint8_t>(ValueType::resource);
 
-template <class Target>
-class Machine {
+// What stands before the elements of an array, or the whole of any other value.
+struct Header {
+  ValueType type;
+  std::int32_t count;       // of an array: the pairs it declares
+  std::uint64_t reference;  // of an object: its class
+};
+
+// Steps over it; the cursor fails if it is not whole.
+Header read_header(Cursor& cursor) {
+  std::uint8_t code = cursor.u8();
+  // Kept: a code that does not exist is undef, and reading goes on behind it, out of step.
+  if (code > last_type) code = 0;
+  Header header = {static_cast<ValueType>(code), 0, 0};
+  switch (header.type) {
+    case ValueType::undef:
+    case ValueType::null:
+    case ValueType::false_:
+    case ValueType::true_: break;
+    case ValueType::long_:
+    case ValueType::double_: cursor.bytes(8); break;
+    case ValueType::string: get_cut_str(cursor); break;
+    case ValueType::array: header.count = cursor.i32(); break;
+    case ValueType::object:
+      header.reference = cursor.u64();
+      cursor.bytes(4);
+      break;
+    case ValueType::resource: cursor.bytes(16); break;
+  }
+  return header;
+}
+
+}  // namespace
+
+// Decodes one value to a tape. Arrays that are open stand on an explicit stack, so nesting is
+// followed as deep as the data goes.
+class TapeDecoder {
  public:
-  Machine(Cursor& cursor, std::vector<ArrayFrame>& frames, Target& target)
-      : cursor_(cursor), frames_(frames), target_(target) {}
+  TapeDecoder(ValueTape& tape, Cursor& cursor, EntityCache* cache)
+      : tape_(tape), items_(tape.items_), frames_(tape.frames_), cursor_(cursor), cache_(cache) {}
 
   void run() {
     do {
@@ -27,35 +60,16 @@ class Machine {
   // True when the value is an array with pairs, which is now open.
   bool read_value() {
     const unsigned char* place = cursor_.position();
-    std::uint8_t code = cursor_.u8();
-    // Kept: a code that does not exist is undef, and reading goes on behind it, out of step.
-    if (code > last_type) code = 0;
-    const auto type = static_cast<ValueType>(code);
-    std::int32_t count = 0;
-    std::uint64_t reference = 0;
-    switch (type) {
-      case ValueType::undef:
-      case ValueType::null:
-      case ValueType::false_:
-      case ValueType::true_: break;
-      case ValueType::long_:
-      case ValueType::double_: cursor_.bytes(8); break;
-      case ValueType::string: get_cut_str(cursor_); break;
-      case ValueType::array: count = cursor_.i32(); break;
-      case ValueType::object:
-        reference = cursor_.u64();
-        cursor_.bytes(4);
-        break;
-      case ValueType::resource: cursor_.bytes(16); break;
-    }
+    const Header value = read_header(cursor_);
     if (!cursor_.ok()) {
-      target_.add(ValueType::undef, place);
+      add(ValueType::undef, place);
       return false;
     }
-    const std::uint32_t item = target_.add(type, place);
-    if (type == ValueType::object) target_.set_class(reference);
-    if (count < 1) return false;
-    frames_.push_back({item, target_.size(), static_cast<std::uint32_t>(count), 0, false});
+    add(value.type, place);
+    if (value.type == ValueType::object) set_class(value.reference);
+    if (value.count < 1) return false;
+    frames_.push_back(
+        {tape_.size() - 1, tape_.size(), static_cast<std::uint32_t>(value.count), 0, false});
     return true;
   }
 
@@ -68,57 +82,24 @@ class Machine {
           frame.has_key = true;
           return;
         }
-        target_.truncate(frame.pair);
+        tape_.truncate(frame.pair);
       } else {
-        target_.finish_pair(frame);
+        finish_pair(frame);
         frame.has_key = false;
         frame.left -= 1;
-        frame.pair = target_.size();
+        frame.pair = tape_.size();
         if (frame.left != 0 && cursor_.ok()) return;
       }
-      target_.finish_array(frame.array);
+      items_[frame.array].link = tape_.size();
       frames_.pop_back();
     }
   }
 
-  Cursor& cursor_;
-  std::vector<ArrayFrame>& frames_;
-  Target& target_;
-};
-
-class NoTarget {
- public:
-  NoTarget(const CheckpointView& view, EntityCache* cache) : view_(view), cache_(cache) {}
-
-  static std::uint32_t add(ValueType, const unsigned char*) { return 0; }
-  void set_class(std::uint64_t reference) {
-    if (cache_ == nullptr) return;
-    const CT::ClassEntry* record = resolve_class(view_.file(), reference);
-    if (record != nullptr) cache_->get_class_entry(view_, record);
-  }
-  static std::uint32_t size() { return 0; }
-  static void truncate(std::uint32_t) {}
-  static void finish_pair(const ArrayFrame&) {}
-  static void finish_array(std::uint32_t) {}
-
- private:
-  const CheckpointView& view_;
-  EntityCache* cache_;
-};
-
-}  // namespace
-
-class TapeTarget {
- public:
-  TapeTarget(ValueTape& tape, EntityCache* cache) : tape_(tape), cache_(cache) {}
-
-  std::uint32_t add(ValueType type, const unsigned char* place) {
-    const std::uint32_t item = tape_.size();
+  void add(ValueType type, const unsigned char* place) {
     const bool is_array = type == ValueType::array;
-    tape_.items_.push_back({static_cast<std::uint32_t>(place - tape_.payload_) & 0xFFFFFF,
-                            static_cast<std::uint32_t>(type) & 0xF, 0, is_array ? 1U : 0U,
-                            is_array ? item + 1 : ValueTape::no_class});
-    return item;
+    items_.push_back({static_cast<std::uint32_t>(place - tape_.payload_) & 0xFFFFFF,
+                      static_cast<std::uint32_t>(type) & 0xF, 0, is_array ? 1U : 0U,
+                      is_array ? tape_.size() + 1 : ValueTape::no_class});
   }
 
   // For the item added last.
@@ -126,21 +107,18 @@ class TapeTarget {
     const CT::ClassEntry* record = resolve_class(*tape_.file_, reference);
     if (record == nullptr) return;
     const CheckpointView view(*tape_.file_);
-    tape_.items_.back().link = static_cast<std::uint32_t>(tape_.classes_.size());
+    items_.back().link = static_cast<std::uint32_t>(tape_.classes_.size());
     tape_.classes_.push_back(cache_ != nullptr
                                  ? cache_->get_class_entry(view, record)
                                  : std::make_shared<ClassEntry>(view, record, nullptr, -1));
   }
 
-  [[nodiscard]] std::uint32_t size() const { return tape_.size(); }
-  void truncate(std::uint32_t size) { tape_.truncate(size); }
-
   void finish_pair(ArrayFrame& frame) {
-    ValueTape::Item& array = tape_.items_[frame.array];
+    ValueTape::Item& array = items_[frame.array];
     const std::uint32_t key = frame.pair;
     if (array.cut == 0 && is_cut_marker(key)) array.cut = 1;
     if (array.cut != 0) {
-      truncate(key);
+      tape_.truncate(key);
       return;
     }
     if (array.list != 0) {
@@ -154,22 +132,22 @@ class TapeTarget {
     }
     // The tracer puts the marker in place of a nested array that it did not descend into.
     if (const std::uint32_t value = tape_.end(key); is_cut_marker(value)) {
-      ValueTape::Item& item = tape_.items_[value];
+      ValueTape::Item& item = items_[value];
       item.type = static_cast<std::uint32_t>(ValueType::array) & 0xF;
       item.cut = item.list = 1;
       item.link = value + 1;
     }
   }
 
-  void finish_array(std::uint32_t item) { tape_.items_[item].link = tape_.size(); }
-
- private:
   [[nodiscard]] bool is_cut_marker(std::uint32_t item) const {
     return tape_.type(item) == ValueType::string &&
            decodes_to(tape_.string(item).view(), String::cut_marker);
   }
 
   ValueTape& tape_;
+  PlainArray<ValueTape::Item>& items_;
+  PlainArray<ArrayFrame>& frames_;
+  Cursor& cursor_;
   EntityCache* cache_;
 };
 
@@ -179,18 +157,22 @@ ValueTape::Index ValueTape::decode(Cursor& cursor, EntityCache* cache) {
     items_.push_back({0, 0, 0, 0, no_class});
     return root;
   }
-  TapeTarget target(*this, cache);
-  Machine machine(cursor, frames_, target);
-  machine.run();
+  TapeDecoder(*this, cursor, cache).run();
   return root;
 }
 
+// Nothing is kept, so of the arrays that are open it is enough to know how many values they still
+// want all together: fewer than 2^32 for each of less than 2^24 arrays.
 void scan_value(Cursor& cursor, const CheckpointView& view, EntityCache* cache) {
-  if (!cursor.ok()) return;
-  std::vector<ArrayFrame> frames;
-  NoTarget target(view, cache);
-  Machine machine(cursor, frames, target);
-  machine.run();
+  for (std::uint64_t wanted = 1; wanted != 0 && cursor.ok(); --wanted) {
+    const Header value = read_header(cursor);
+    if (!cursor.ok()) return;
+    if (value.type == ValueType::object && cache != nullptr) {
+      const CT::ClassEntry* record = resolve_class(view.file(), value.reference);
+      if (record != nullptr) cache->get_class_entry(view, record);
+    }
+    if (value.count > 0) wanted += 2 * static_cast<std::uint64_t>(value.count);
+  }
 }
 
 }  // namespace CT::Checkpoint

@@ -3,8 +3,7 @@
 // The one-line text of values, in the manner of PHP.
 #pragma once
 
-#include <vector>
-
+#include "ct_plain_array.h"
 #include "ct_value_tape.h"
 #include "ct_writer.h"
 
@@ -41,7 +40,7 @@ class ValueTextWriter {
   void write_resource(const ValueTape& tape, ValueTape::Index i, Writer& out);
   void write_array(const ValueTape& tape, ValueTape::Index root, Writer& out);
 
-  std::vector<OpenArray> open_;
+  PlainArray<OpenArray> open_;
 };
 
 }  // namespace CT::Checkpoint
