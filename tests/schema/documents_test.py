@@ -1,0 +1,42 @@
+# SPDX-License-Identifier: MIT
+"""Every document that the tool prints keeps to the schema."""
+import os
+import unittest
+
+import documents
+from jsonschema import Draft202012Validator
+
+
+class Documents(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        Draft202012Validator.check_schema(documents.SCHEMA)
+        cls.validator = Draft202012Validator(documents.SCHEMA)
+        cls.outline = documents.Outline()
+
+    def validate_all(self, named_documents, least):
+        count = 0
+        for name, document in named_documents:
+            count += 1
+            for error in self.validator.iter_errors(self.outline.of(document)):
+                self.fail(f"{name}: {error.json_path}: {error.message[:400]}")
+        self.assertGreaterEqual(count, least)
+
+    def test_examples(self):
+        self.validate_all(documents.traces("examples", "*.ct"), 2)
+
+    def test_golden_cases(self):
+        self.validate_all(documents.golden_cases(), 30)
+
+    def test_damaged_traces(self):
+        self.validate_all(documents.traces("fuzz/corpus/file"), 100)
+
+    def test_real_traces(self):
+        folder = "../shared/traces"
+        if not (documents.ROOT / folder).is_dir() and "CODETRACE_REQUIRE_TRACES" not in os.environ:
+            self.skipTest("there are no traces beside the checkout")
+        self.validate_all(documents.traces(folder, "*.ct"), 1)
+
+
+if __name__ == "__main__":
+    unittest.main()
