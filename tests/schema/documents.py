@@ -66,12 +66,9 @@ class Outline:
         self._seen = set()
 
     def of(self, document):
-        result = dict(document)
-        for key in ("cl", "cp", "fn"):
-            if isinstance(document.get(key), list):
-                result[key] = [item for index, item in enumerate(document[key])
-                               if self._is_new(key, item) or (key, index) == ("cp", 0)]
-        return result
+        return {key: [item for index, item in enumerate(items)
+                      if self._is_new(key, item) or (key, index) == ("cp", 0)]
+                for key, items in document.items()}
 
     def _is_new(self, key, item):
         name = (item.get("name"), item.get("op")) if key == "cp" else None

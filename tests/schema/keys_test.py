@@ -51,6 +51,15 @@ class Keys(unittest.TestCase):
                   for each in SCHEMA["properties"]["cp"]["items"]["anyOf"]}
         names = {form for form in forms.FORMS if form.isupper()}
         self.assertEqual(listed, names - {"STARTUP"})
+        for form in names:
+            self.assertEqual(forms.FORMS[form]["properties"]["name"].get("const"), form)
+
+    def test_required_keys_of_the_document_and_of_values(self):
+        for form, required in [
+                (forms.ROOT_FORM, ["cl", "cp", "fn"]), ("string_value", ["string"]),
+                ("array_value", ["array"]), ("object_value", ["handle"]),
+                ("resource_value", ["handle", "resource"])]:
+            self.assertEqual(forms.FORMS[form]["required"], required, form)
 
     def test_documentation_agrees(self):
         tables = documented()

@@ -11,20 +11,19 @@ from jsonschema import Draft202012Validator
 # Of each JSON type a value that no key takes when its type is wrong.
 WRONG = {"null": None, "boolean": False, "number": -0.5, "string": "?", "array": [{"?": 0}],
          "object": {"?": {"?": 0}}}
-JSON_TYPES = {type(None): "null", bool: "boolean", int: "number", float: "number", str: "string"}
 
 
 def allowed_types(schema):
-    """The JSON types that a key may have, its objects left out: those are never the wrong one."""
+    """The types of WRONG that a key may have: a right type makes those of arrays and objects no
+    better, nor the number where an integer is asked for."""
     schema = forms.resolve(schema)
     if "anyOf" in schema:
         return set().union(*map(allowed_types, schema["anyOf"]))
-    if "const" in schema:
-        return set()
-    if "enum" in schema or "pattern" in schema or schema.get("type") == "integer":
+    if not {"const", "enum", "pattern"}.isdisjoint(schema):
         return set()
     types = schema["type"]
-    return set(types if isinstance(types, list) else [types]) - {"object", "array"}
+    return set(types if isinstance(types, list) else [types]) & {
+        "null", "boolean", "number", "string"}
 
 
 def wrong_values(schema):
@@ -53,6 +52,13 @@ def at(document, path):
     for step in path:
         document = document[step]
     return document
+
+
+def make_incomplete(node, kept):
+    """Leaves one key that an incomplete node cannot have."""
+    for key in {"return", "exception", "ms_delta", "mem_delta"} - {kept}:
+        node.pop(key, None)
+    node["incomplete"] = True
 
 
 class Mutations(unittest.TestCase):
@@ -105,23 +111,38 @@ class Mutations(unittest.TestCase):
                                     f"with {key}")
 
     def test_contradictions(self):
-        ended = [("FUNCTION_CALL", "return"), ("FUNCTION_CALL", "exception"),
-                 ("INCLUDE_CALL", "exception"), ("SAPI_WRITE", "ms_delta"),
-                 ("SAPI_WRITE", "mem_delta"), ("STARTUP", "ms_delta"), ("STARTUP", "mem_delta")]
-        for form, key in ended:
-            self.expect_refused(form, key, lambda it: it.update(incomplete=True), "incomplete")
+        for form, key in [
+                ("FUNCTION_CALL", "return"), ("FUNCTION_CALL", "exception"),
+                ("INCLUDE_CALL", "exception"), ("SAPI_WRITE", "ms_delta"),
+                ("SAPI_WRITE", "mem_delta"), ("STARTUP", "ms_delta"), ("STARTUP", "mem_delta")]:
+            self.expect_refused(form, key, lambda it, k=key: make_incomplete(it, k), "incomplete")
+        second_root = {"id": 1, "name": "STARTUP", "parent_id": 0}
+        not_a_root = {"id": 0, "name": "SAPI_FLUSH", "parent_id": 0}
         for form, key, change in [
+                ("STARTUP", "id", lambda it: it.update(id=1)),
                 ("FUNCTION_CALL", "return", lambda it: it.update(exception=None)),
                 ("FUNCTION_CALL", "args", lambda it: it.update(arg_count=0)),
-                ("FUNCTION_CALL", "args", lambda it: it.pop("args")),
                 ("SAPI_HEADER", "header", lambda it: it.update(op="DELETE ALL")),
                 ("SAPI_HEADER", "header", lambda it: it.update(op="SET STATUS")),
-                ("SAPI_HEADER", "header", lambda it: it.pop("header")),
-                ("SAPI_HEADER", "header", lambda it: it.pop("op")),
                 ("document", "cp", lambda it: it["cp"].append(it["cp"][0])),
-                ("document", "cp", lambda it: it["cp"].insert(0, {
-                    "id": 1, "name": "SAPI_FLUSH", "parent_id": 0}))]:
+                ("document", "cp", lambda it: it["cp"].append(second_root)),
+                ("document", "cp", lambda it: it["cp"].insert(0, not_a_root))]:
             self.expect_refused(form, key, change, "contradiction")
+
+    def test_keys_that_need_others(self):
+        for form, key, needed in [
+                ("STARTUP", "mem_delta", "sys_mem"), ("FUNCTION_CALL", "mem_delta", "mem"),
+                ("STARTUP", "ms_delta", "ts"), ("FUNCTION_CALL", "ms", "ts"),
+                ("FUNCTION_CALL", "filename", "line_no"), ("FUNCTION_CALL", "line_no", "filename"),
+                ("function", "filename", "line_no"), ("function", "line_no", "filename"),
+                ("class", "filename", "line_no"), ("class", "line_no", "filename"),
+                ("FUNCTION_CALL", "args", "args"), ("SAPI_HEADER", "header", "header"),
+                ("SAPI_HEADER", "header", "op")]:
+            self.expect_refused(form, key, lambda it, k=needed: it.pop(k), f"without {needed}")
+
+    def test_only_objects_are_documents(self):
+        for value in WRONG.values():
+            self.assertFalse(self.validator.is_valid(value), value)
 
 
 if __name__ == "__main__":
