@@ -2,6 +2,8 @@
 """Every document that the tool prints keeps to the schema."""
 import itertools
 import os
+import pathlib
+import tempfile
 import unittest
 
 import documents
@@ -39,6 +41,14 @@ class Documents(unittest.TestCase):
 
     def test_damaged_traces(self):
         self.validate_all(documents.traces("fuzz/corpus/file"), 100)
+
+    def test_nanoseconds_out_of_range(self):
+        trace = bytearray((documents.ROOT / "examples/notes.ct").read_bytes())
+        with tempfile.TemporaryDirectory() as folder:
+            for word in (999_999_999, 0x7fffffff, 0x80000000, 0xfffff830):
+                trace[48:52] = word.to_bytes(4, "little")  # of STARTUP, the first checkpoint
+                (pathlib.Path(folder) / f"{word:x}.ct").write_bytes(trace)
+            self.validate_all(documents.traces(folder, "*.ct"), 4)
 
     def test_real_traces(self):
         folder = "../shared/traces"
