@@ -140,9 +140,21 @@ class Mutations(unittest.TestCase):
                 ("SAPI_HEADER", "header", "op")]:
             self.expect_refused(form, key, lambda it, k=needed: it.pop(k), f"without {needed}")
 
-    def test_only_objects_are_documents(self):
+    def test_limits(self):
+        for form, key, values in [
+                ("FUNCTION_CALL", "ts", ["1", "1.5", "1,000000", " 1.000000"]),
+                ("FUNCTION_CALL", "ms", [0, -1]), ("FUNCTION_CALL", "id", [-1, 2**31]),
+                ("FUNCTION_CALL", "line_no", [-2**31 - 1, 2**31]),
+                ("FUNCTION_CALL", "mem", [-2**63 - 1, 2**63]),
+                ("function", "line_no", [-1, 2**32]), ("string_value", "orig_sz", [0, 2**31])]:
+            for value in values:
+                self.expect_refused(form, key, lambda it, k=key, v=value: it.update({k: v}), value)
+
+    def test_objects_cannot_be_anything_else(self):
         for value in WRONG.values():
             self.assertFalse(self.validator.is_valid(value), value)
+            for key in ("cl", "cp", "fn"):
+                self.expect_refused("document", key, lambda it, k=key, v=value: it[k].append(v), value)
 
 
 if __name__ == "__main__":
