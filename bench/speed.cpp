@@ -116,22 +116,26 @@ Speed::Row Speed::measure(const std::string& trace, char output, int runs, const
   return row;
 }
 
+// A trace of a real program, whose calls nobody counted, has no figures a call.
 void Speed::print_outputs(const std::string& trace, std::uint64_t calls, int runs) {
   const auto size = static_cast<double>(fs::file_size(trace));
   std::printf(
-      "| Output | s | ns a call | MB/s in | MB/s out | floors | MiB | bytes a call beside the file "
-      "|\n");
-  std::printf("|---|---|---|---|---|---|---|---|\n");
-  const auto count = static_cast<double>(std::max<std::uint64_t>(calls, 1));
+      "| Output | s | MB/s in | MB/s out | floors | MiB | ns a call | bytes a call beside the file "
+      "|\n"
+      "|---|---|---|---|---|---|---|---|\n");
+  const auto print_each = [&](double value) {
+    calls != 0 ? std::printf(" %.0f |", value / static_cast<double>(calls)) : std::printf(" |");
+  };
   for (const char output : std::string("STJDB")) {
     const Row row = measure(trace, output, runs);
     growth_.push_back({output, calls, row.tool.seconds});
-    const double beside_file = row.tool.mebibytes * mebibyte - size;
-    std::printf("| `-%c` | %.3f | %.0f | %.0f | %.0f | %.2f | %.1f | %.0f |\n", output,
-                row.tool.seconds, 1e9 * row.tool.seconds / count, size / 1e6 / row.tool.seconds,
+    std::printf("| `-%c` | %.3f | %.0f | %.0f | %.2f | %.1f |", output, row.tool.seconds,
+                size / 1e6 / row.tool.seconds,
                 static_cast<double>(row.output) / 1e6 / row.tool.seconds,
-                row.tool.seconds / std::max(row.floor.seconds, 1e-3), row.tool.mebibytes,
-                beside_file / count);
+                row.tool.seconds / std::max(row.floor.seconds, 1e-3), row.tool.mebibytes);
+    print_each(1e9 * row.tool.seconds);
+    print_each(row.tool.mebibytes * mebibyte - size);
+    std::printf("\n");
     std::fflush(stdout);
   }
   std::printf("\n");

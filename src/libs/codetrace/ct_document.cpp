@@ -28,13 +28,19 @@ void write_entities(JsonWriter& json, std::string_view key, const Entities& enti
   json.end_array();
 }
 
-void write_nodes(JsonWriter& json, Storage& storage) {
+void tell(const NodeCounter& count, Storage::NodeId id) {
+  constexpr Storage::NodeId now_and_then = 1024;
+  if (id % now_and_then == 0 && count) count(id);
+}
+
+void write_nodes(JsonWriter& json, Storage& storage, const NodeCounter& count) {
   NodeReader reader(storage);
   Node::Workspace work;
   JsonMembers members;
   json.key("cp");
   json.begin_array();
   for (Storage::NodeId id = 0; id != storage.node_count() && json.ok(); ++id) {
+    tell(count, id);
     collect_node(reader.read(id), members, work);
     json.element();
     members.write(json);
@@ -51,11 +57,12 @@ QJsonArray as_array(const Entities& entities) {
 
 }  // namespace
 
-void write_text(Storage& storage, Writer& out) {
+void write_text(Storage& storage, Writer& out, const NodeCounter& count) {
   NodeReader reader(storage);
   Node::Workspace work;
   Outline outline;
   for (Storage::NodeId id = 0; id != storage.node_count() && out.ok(); ++id) {
+    tell(count, id);
     const Node::Base& node = reader.read(id);
     const std::size_t depth = outline.place(id, node.parent_id());
     out.fill(' ', 2 * depth);
@@ -66,11 +73,11 @@ void write_text(Storage& storage, Writer& out) {
   }
 }
 
-void write_json(Storage& storage, Writer& out) {
+void write_json(Storage& storage, Writer& out, const NodeCounter& count) {
   JsonWriter json(out);
   json.begin_object();
   write_entities(json, "cl", storage.class_entries());
-  write_nodes(json, storage);
+  write_nodes(json, storage, count);
   write_entities(json, "fn", storage.functions());
   json.end_object();
   out.put("\n\n");

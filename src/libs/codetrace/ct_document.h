@@ -6,6 +6,7 @@
 
 #include <QJsonObject>
 #include <cstdint>
+#include <functional>
 
 #include "ct_plain_array.h"
 #include "ct_storage.h"
@@ -13,12 +14,15 @@
 
 namespace CT {
 
+// Told now and then how many nodes are written. Empty if nobody wants to know.
+using NodeCounter = std::function<void(Storage::NodeId)>;
+
 // One line a node, two blanks deeper than its parent's; "? " before what is not complete.
-void write_text(Storage& storage, Writer& out);
+void write_text(Storage& storage, Writer& out, const NodeCounter& count = {});
 
 // The nodes, functions and classes as QJsonDocument::toJson would print them indented, and one more
 // newline.
-void write_json(Storage& storage, Writer& out);
+void write_json(Storage& storage, Writer& out, const NodeCounter& count = {});
 
 // The same document for programs that work with Qt's classes: the whole of it in memory.
 QJsonObject as_json(Storage& storage);

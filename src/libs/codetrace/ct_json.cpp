@@ -21,16 +21,18 @@ void JsonWriter::end(char bracket) {
   first_ = false;
 }
 
+// The usual few levels are copied as one block of fixed size; the rest of it is written over.
 void JsonWriter::new_line() {
+  constexpr std::size_t usual = 32;
   const std::size_t blanks = 4 * depth_;
-  if (blanks >= Writer::max_room) {
-    out_.put('\n');
+  char* room = out_.room(1 + usual);
+  *room = '\n';
+  if (blanks > usual) {
+    out_.advance(room + 1);
     out_.fill(' ', blanks);
     return;
   }
-  char* room = out_.room(1 + blanks);
-  *room = '\n';
-  std::memset(room + 1, ' ', blanks);
+  std::memset(room + 1, ' ', usual);
   out_.advance(room + 1 + blanks);
 }
 
@@ -41,9 +43,16 @@ void JsonWriter::element() {
 }
 
 void JsonWriter::key(std::string_view name) {
-  begin_key();
-  out_.put(name);
-  end_key();
+  element();
+  constexpr std::size_t signs = 4;
+  char* at = out_.room(name.size() + signs);
+  *at++ = '"';
+  std::memcpy(at, name.data(), name.size());
+  at += name.size();
+  *at++ = '"';
+  *at++ = ':';
+  if (indented_) *at++ = ' ';
+  out_.advance(at);
 }
 
 void JsonWriter::begin_key() {

@@ -15,6 +15,7 @@
 #include "ct_file.h"
 #include "ct_file_dump.h"
 #include "ct_output.h"
+#include "ct_progress.h"
 #include "ct_storage.h"
 #include "ct_walk.h"
 #include "ct_writer.h"
@@ -50,34 +51,50 @@ int end_early(const CT::Args& args) {
   return error == EPIPE ? 1 : fail(write_failed, CT::Output({}).name(), qt_error_string(error));
 }
 
-void write_outputs(const CT::Args& args, const CT::File& file, CT::Writer& out) {
+bool chosen(const CT::Args& args, CT::OutputFormat format) { return args.formats.contains(format); }
+
+// Builds the tree, and dumps each checkpoint on the way if that is wanted.
+void read_tree(const CT::File& file, bool dumps, CT::Storage& storage, CT::Writer& out,
+               CT::Progress& progress) {
+  constexpr std::uint64_t now_and_then = 1024;
+  std::uint64_t count = 0;
+  CT::read_checkpoints(file, storage, [&](const CT::Checkpoint::Base& record) {
+    if (count % now_and_then == 0) {
+      progress.show("reading", record.view().offset(), file.data().size());
+    }
+    if (dumps) {
+      if (count != 0) out.put('\n');
+      record.dump(out);
+    }
+    ++count;
+    return out.ok();
+  });
+}
+
+void write_outputs(const CT::Args& args, const CT::File& file, CT::Writer& out,
+                   CT::Progress& progress) {
   using CT::OutputFormat;
-  const auto chosen = [&](OutputFormat format) { return args.formats.contains(format); };
-  if (chosen(OutputFormat::HEADERS)) {
+  if (chosen(args, OutputFormat::HEADERS)) {
     klog(3, "Outputting Code Trace dump file headers");
     CT::write_headers(file, out);
   }
-  if (chosen(OutputFormat::BINARY)) {
+  if (chosen(args, OutputFormat::BINARY)) {
     klog(3, "Outputting Code Trace dump file binary data");
     CT::write_binary(file, out);
   }
   CT::Storage storage(file);
-  const bool dumps = chosen(OutputFormat::DUMP);
-  bool first_dump = true;
-  CT::read_checkpoints(file, storage, [&](const CT::Checkpoint::Base& record) {
-    if (!dumps) return true;
-    if (!first_dump) out.put('\n');
-    first_dump = false;
-    record.dump(out);
-    return out.ok();
-  });
-  if (chosen(OutputFormat::JSON)) {
+  read_tree(file, chosen(args, OutputFormat::DUMP), storage, out, progress);
+  const auto count = [&](CT::Storage::NodeId done) {
+    progress.show("writing", static_cast<std::uint64_t>(done),
+                  static_cast<std::uint64_t>(storage.node_count()));
+  };
+  if (chosen(args, OutputFormat::JSON)) {
     klog(3, "Outputting Code Trace dump file as a JSON document");
-    CT::write_json(storage, out);
+    CT::write_json(storage, out, count);
   }
-  if (chosen(OutputFormat::TEXT)) {
+  if (chosen(args, OutputFormat::TEXT)) {
     klog(3, "Outputting Code Trace dump files as TEXT");
-    CT::write_text(storage, out);
+    CT::write_text(storage, out, count);
   }
 }
 
@@ -99,7 +116,8 @@ int run(int argc, char** argv) {
   }
   CT::StreamWriter out(output);
   try {
-    write_outputs(args, file, out);
+    CT::Progress progress(output.descriptor());
+    write_outputs(args, file, out, progress);
   } catch (const std::bad_alloc&) {
     return fail(write_failed, output.name(), qt_error_string(ENOMEM));
   }

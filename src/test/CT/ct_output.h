@@ -28,6 +28,8 @@ class Output final : public Sink {
   // Closes the file, which may be when a device says that it is full. False if anything was lost.
   bool close();
 
+  // Where the bytes go; negative before open() and after close().
+  [[nodiscard]] int descriptor() const { return descriptor_; }
   // What went wrong first.
   [[nodiscard]] const QString& error_message() const { return error_; }
   // The reader of a pipe has left, as `head` does: nobody waits for a message.
