@@ -25,7 +25,7 @@ QString sql_of(const CT::Node::Base& node, const FunctionCall& call, Prepared& p
   const std::size_t place = call.function()->class_entry() == nullptr ? 1 : 0;
   const auto args = call.args();
   if (!takes_sql.match(name).hasMatch() || place >= args.size()) return {};
-  const QString sql = args[place].to_escaped_string(true);
+  QString sql = args[place].to_escaped_string(true);
   const auto* returned = node.end_as<FunctionReturn>();
   if (returned != nullptr) prepared[returned->value().object_handle()] = sql;
   return sql;
