@@ -26,6 +26,8 @@ FILENAME ~ /\.md$/ {
 
 /^\/\/ SPDX/ { print "/// @file"; next }
 /^}.*\/\/ namespace/ { print; next }
+# Code in a comment is indented.
+/^\/\/   / { print "///    " substr($0, 3); next }
 match($0, /^ *\/\//) {
   print substr($0, 1, RLENGTH) "/" plain(substr($0, RLENGTH + 1))
   next

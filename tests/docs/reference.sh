@@ -11,4 +11,4 @@ mkdir -p -- "$2"
   cat docs/Doxyfile
   printf 'OUTPUT_DIRECTORY = "%s"\n' "$2"
 } | doxygen -
-[[ -s $2/html/index.html ]]
+[[ -s $2/doxygen/index.html ]]
