@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Second lines of defence for a program that reads files from strangers, in every optimised build
 # without sanitizers (which bring their own, and do not get on with _FORTIFY_SOURCE).
 include(CheckPIESupported)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # CODETRACE_SANITIZE: a list for -fsanitize=, such as "address,undefined". Applies to everything
 # that is built, so that library, tool and tests agree.
 set(CODETRACE_SANITIZE "" CACHE STRING "Sanitizers to build with")

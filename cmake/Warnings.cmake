@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Warnings for our own code; errors in the developer and CI presets.
 option(CODETRACE_WERROR "Treat warnings as errors" OFF)
 

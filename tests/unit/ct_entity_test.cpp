@@ -256,6 +256,17 @@ TEST_P(Entity, AFunctionOutsideOfACacheBringsItsClassWhole) {
             R"({"class":{"filename":"/a.php","line_no":3,"name":"A"},"name":"f"})");
 }
 
+TEST_P(Entity, AFunctionsFullNameBeginsWithItsClass) {
+  const Ref method =
+      trace_.function({.name = "run", .class_entry = trace_.klass({.name = "App\\A"})});
+  const Ref plain = trace_.function({.name = "strlen"});
+  const Ref nameless = trace_.function({.class_entry = trace_.klass({.name = "B"})});
+  const Entities entities(trace_);
+  EXPECT_EQ(entities.lone_function(method).full_name(), QStringLiteral("App\\A::run"));
+  EXPECT_EQ(entities.lone_function(plain).full_name(), QStringLiteral("strlen"));
+  EXPECT_EQ(entities.lone_function(nameless).full_name(), QStringLiteral("B::"));
+}
+
 TEST_P(Entity, AFunctionWhoseClassIsNotWholeHasNone) {
   const Ref ref = trace_.function({.name = "f", .class_entry = trace_.add_data_end() + 40});
   Entities entities(trace_);

@@ -65,6 +65,18 @@ TEST(Node, KeepsWhatItIsMadeOf) {
   });
 }
 
+TEST(Node, GivesItsRecordsAsTheirClass) {
+  for_both_orders("include \"a\"\ninclude_return of 1", [](OpenTrace& trace) {
+    const auto node = make<Node::IncludeCall>(trace.record(0));
+    EXPECT_EQ(node->begin_as<Checkpoint::IncludeCall>(), node->begin().get());
+    EXPECT_EQ(node->begin_as<Checkpoint::FunctionCall>(), nullptr);
+    EXPECT_EQ(node->end_as<Checkpoint::IncludeReturn>(), nullptr);
+    node->add_end(trace.record(1));
+    EXPECT_EQ(node->end_as<Checkpoint::IncludeReturn>(), node->end().get());
+    EXPECT_EQ(node->end_as<Checkpoint::IncludeException>(), nullptr);
+  });
+}
+
 TEST(Node, MethodCallHasATypeOfItsOwnAndTheNameOfAFunctionCall) {
   for_both_orders("F: function user \"f\"\nmethod fn F this null\ncall fn F", [](OpenTrace& trace) {
     const auto method = make<Node::FunctionCall>(trace.record(0));

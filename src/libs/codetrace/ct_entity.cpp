@@ -137,6 +137,12 @@ std::uint8_t Function::type_byte() const {
   return first;
 }
 
+QString Function::full_name() const {
+  const QString own = name().to_string();
+  return class_entry_ == nullptr ? own
+                                 : class_entry_->name().to_string() + QStringLiteral("::") + own;
+}
+
 void Function::collect(JsonMembers& members) const {
   members.string(Key::name, name());
   if (index_ >= 0) members.number(Key::id, index_);

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <QJsonObject>
+#include <QString>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -84,6 +85,8 @@ class Function {
   [[nodiscard]] std::uint8_t type_byte() const;
   [[nodiscard]] bool is_user() const { return type_byte() == user_defined; }
   [[nodiscard]] String name() const { return section_str(*file_, name_); }
+  // "Class::name", or the name alone for a plain function.
+  [[nodiscard]] QString full_name() const;
   // Null for a plain function.
   [[nodiscard]] const std::shared_ptr<ClassEntry>& class_entry() const { return class_entry_; }
   [[nodiscard]] std::uint32_t flags() const { return flags_; }

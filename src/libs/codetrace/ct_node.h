@@ -72,6 +72,16 @@ class Base {
   [[nodiscard]] const Record& begin() const { return begin_; }
   // Null until add_end.
   [[nodiscard]] const Record& end() const { return end_; }
+  // The same as records of their class, such as Checkpoint::FunctionCall; null if they are of
+  // another one, or not there.
+  template <class Class>
+  [[nodiscard]] const Class* begin_as() const {
+    return as<Class>(begin_);
+  }
+  template <class Class>
+  [[nodiscard]] const Class* end_as() const {
+    return as<Class>(end_);
+  }
 
   // Closes the node. A figure that only one of both records has the fields for keeps its value.
   void add_end(Record end);
