@@ -15,6 +15,7 @@
 
 #include "ct_entity.h"
 #include "ct_view.h"
+#include "kcommon/k_export.h"
 
 namespace CT::Checkpoint {
 
@@ -41,7 +42,7 @@ struct ArrayFrame {
   bool has_key;         // the current pair's key is complete
 };
 
-class ValueTape {
+class CODETRACE_EXPORT ValueTape {
  public:
   using Index = std::uint32_t;
 
