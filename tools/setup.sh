@@ -5,7 +5,7 @@
 
 root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd -P)
 build_packages=(g++ cmake ninja-build qt6-base-dev libfmt-dev)
-test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev jq)
+test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev jq pkg-config)
 
 say() { printf 'codetrace set-up: %s\n' "$*" >&2; }
 die() {
