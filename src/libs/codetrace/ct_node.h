@@ -131,7 +131,7 @@ class CODETRACE_EXPORT Span : public Base {
 // The constructors take the begin record, the request's start time and memory, the node's number
 // and its parent's.
 template <class Parent, Base::Type fixed_type>
-class CODETRACE_EXPORT Typed : public Parent {
+class Typed : public Parent {
  public:
   Typed(Base::Record begin, const KTime::Timestamp& start_time, std::uint64_t start_memory,
         std::int32_t id, std::int32_t parent_id)
