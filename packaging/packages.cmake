@@ -18,18 +18,20 @@ set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/prepare.cmake)
 
 set(CPACK_COMPONENTS_ALL tool library development)
 set(library_package libcodetrace${PROJECT_VERSION_MAJOR})
-set(about "A Code Trace file is the binary dump that a tracing extension inside PHP writes for one
-request: calls with arguments and results, includes, output, headers, errors and exceptions, with
-times and memory.")
+set(about "A Code Trace file is the binary dump that a tracing extension inside PHP writes
+for one request: calls with arguments and results, includes, output, headers,
+errors and exceptions, with times and memory.")
 set(tool_summary "reader of PHP request traces")
 set(tool_text "${about}
-This tool prints such a file as an indented tree, as JSON, checkpoint by checkpoint or as hex.")
+This tool prints such a file as an indented tree, as JSON, checkpoint by
+checkpoint or as hex.")
 set(library_summary "library that reads PHP request traces")
 set(library_text "${about}
 This is the library for programs that read such files.")
 set(development_summary "library that reads PHP request traces (development files)")
 set(development_text "${about}
-These are the headers, the static library and the files for CMake and pkg-config.")
+These are the headers, the static library and the files for CMake and
+pkg-config.")
 
 include(${CMAKE_CURRENT_LIST_DIR}/${CODETRACE_PACKAGES}.cmake)
 include(CPack)
