@@ -1,7 +1,7 @@
 # Run by cpack when the files of all packages lie in its folder: compresses manual pages as
 # packages have them, and gives every file the time of the last change to the sources.
 set(staged ${CPACK_TEMPORARY_DIRECTORY})
-file(GLOB_RECURSE pages ${staged}/*/share/man/*.[1-9])
+file(GLOB_RECURSE pages ${staged}/*/usr/share/man/*.[1-9])
 foreach(page IN LISTS pages)
   execute_process(COMMAND gzip -9nf ${page} COMMAND_ERROR_IS_FATAL ANY)
 endforeach()
