@@ -6,7 +6,7 @@
 root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd -P)
 build_packages=(g++ cmake ninja-build qt6-base-dev libfmt-dev)
 test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev jq codespell mandoc
-  bash-completion zsh fish python3-jsonschema)
+  bash-completion zsh fish pkg-config python3-jsonschema)
 
 say() { printf 'codetrace set-up: %s\n' "$*" >&2; }
 die() {

@@ -17,6 +17,7 @@
 
 #include "ct_entity.h"
 #include "ct_view.h"
+#include "kcommon/k_export.h"
 #include "kcommon/k_timestamp.h"
 
 namespace CT::Checkpoint {
@@ -44,9 +45,9 @@ enum class Type : std::uint8_t {
 };
 
 // The type's name as every output shows it; "INVALID" for a code that has none.
-std::string_view type_name(Type type);
+CODETRACE_EXPORT std::string_view type_name(Type type);
 
-class Base {
+class CODETRACE_EXPORT Base {
  public:
   // Decodes the common fields and leaves the cursor behind them; on a view that stands on no
   // checkpoint, or on one of a type that has no name, the record stays invalid.

@@ -14,12 +14,14 @@
 #include <cstring>
 #include <string_view>
 
+#include "kcommon/k_export.h"
+
 namespace CT {
 
 // Reads integers in the writer's byte order. After a failed read every later read returns zero
 // and the position stays at the start of the field that was not whole, so a decoder reads straight
 // down and asks once.
-class Cursor {
+class CODETRACE_EXPORT Cursor {
  public:
   // A cursor over nothing: every read fails.
   Cursor() = default;
@@ -81,7 +83,7 @@ class Cursor {
 
 // One section of the file with the address at which it lay in the writer's memory. A reference is
 // such an address; 0 refers to nothing. Differences are taken modulo 2^64.
-class Section {
+class CODETRACE_EXPORT Section {
  public:
   Section() = default;
 

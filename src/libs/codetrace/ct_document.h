@@ -11,6 +11,7 @@
 #include "ct_plain_array.h"
 #include "ct_storage.h"
 #include "ct_writer.h"
+#include "kcommon/k_export.h"
 
 namespace CT {
 
@@ -18,17 +19,17 @@ namespace CT {
 using NodeCounter = std::function<void(Storage::NodeId)>;
 
 // One line a node, two blanks deeper than its parent's; "? " before what is not complete.
-void write_text(Storage& storage, Writer& out, const NodeCounter& count = {});
+CODETRACE_EXPORT void write_text(Storage& storage, Writer& out, const NodeCounter& count = {});
 
 // The nodes, functions and classes as QJsonDocument::toJson would print them indented, and one more
 // newline.
-void write_json(Storage& storage, Writer& out, const NodeCounter& count = {});
+CODETRACE_EXPORT void write_json(Storage& storage, Writer& out, const NodeCounter& count = {});
 
 // The same document for programs that work with Qt's classes: the whole of it in memory.
-QJsonObject as_json(Storage& storage);
+CODETRACE_EXPORT QJsonObject as_json(Storage& storage);
 
 // How deep a node stands, told node by node in order of creation.
-class Outline {
+class CODETRACE_EXPORT Outline {
  public:
   // The number of the node's ancestors among those placed before. A node without parent (negative)
   // is placed under the last one.

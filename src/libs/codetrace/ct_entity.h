@@ -18,6 +18,7 @@
 #include "ct_place_index.h"
 #include "ct_string.h"
 #include "ct_view.h"
+#include "kcommon/k_export.h"
 
 namespace CT {
 
@@ -28,15 +29,15 @@ struct ClassEntry;
 class EntityCache;
 
 // The descriptor that a reference means; null for 0 and where it is not whole.
-const Function* resolve_function(const File& file, std::uint64_t reference);
-const ClassEntry* resolve_class(const File& file, std::uint64_t reference);
+CODETRACE_EXPORT const Function* resolve_function(const File& file, std::uint64_t reference);
+CODETRACE_EXPORT const ClassEntry* resolve_class(const File& file, std::uint64_t reference);
 
 namespace Checkpoint {
 
 // The type of functions and classes that are defined in a script; any other is the engine's own.
 constexpr std::uint8_t user_defined = 2;
 
-class ClassEntry final : public JsonPart {
+class CODETRACE_EXPORT ClassEntry final : public JsonPart {
  public:
   // Decodes the record. `id` is its number in the cache, or -1 outside of one.
   // Requires: a record from resolve_class.
@@ -70,7 +71,7 @@ class ClassEntry final : public JsonPart {
   std::uint8_t type_ = 0;
 };
 
-class Function {
+class CODETRACE_EXPORT Function {
  public:
   // As ClassEntry; `index` is the number in the cache, or -1. The class is taken from the cache, or
   // decoded for this function alone without one. Requires: a descriptor from resolve_function.
@@ -113,7 +114,7 @@ class Function {
 }  // namespace Checkpoint
 
 // Requires: every view is of the same file.
-class EntityCache {
+class CODETRACE_EXPORT EntityCache {
  public:
   // The shared entry of a record, decoded and numbered at its first sighting.
   std::shared_ptr<Checkpoint::ClassEntry> get_class_entry(const CheckpointView& view,

@@ -15,11 +15,12 @@
 #include <memory>
 
 #include "ct_cursor.h"
+#include "kcommon/k_export.h"
 
 namespace CT {
 
 // The header in host order; on disk it is packed and always big-endian.
-struct FileHeader {
+struct CODETRACE_EXPORT FileHeader {
   static constexpr std::size_t disk_size = 36;
   static constexpr std::uint8_t big_endian_flag = 0x02;
 
@@ -34,7 +35,7 @@ struct FileHeader {
   std::uint64_t orig_add_data = 0;  // where ADD DATA lay there
 };
 
-class File {
+class CODETRACE_EXPORT File {
  public:
   explicit File(QString name) : name_(std::move(name)) {}
 

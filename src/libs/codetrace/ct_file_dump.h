@@ -7,16 +7,17 @@
 
 #include "ct_file.h"
 #include "ct_writer.h"
+#include "kcommon/k_export.h"
 
 namespace CT {
 
 // One header field a line. Requires: an open file.
-void write_headers(const File& file, Writer& out);
+CODETRACE_EXPORT void write_headers(const File& file, Writer& out);
 
 // Both sections as hex, each under a line with its size. Requires: an open file.
-void write_binary(const File& file, Writer& out);
+CODETRACE_EXPORT void write_binary(const File& file, Writer& out);
 
 // `size` bytes at `bytes` as "0x00, 0x01, ...", sixteen a line; nothing at all for none.
-void hexdump(const unsigned char* bytes, std::uint64_t size, Writer& out);
+CODETRACE_EXPORT void hexdump(const unsigned char* bytes, std::uint64_t size, Writer& out);
 
 }  // namespace CT

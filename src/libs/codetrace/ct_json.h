@@ -10,10 +10,11 @@
 #include <string_view>
 
 #include "ct_writer.h"
+#include "kcommon/k_export.h"
 
 namespace CT {
 
-class JsonWriter {
+class CODETRACE_EXPORT JsonWriter {
  public:
   enum class Form { indented, compact };
 

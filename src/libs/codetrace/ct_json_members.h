@@ -14,6 +14,7 @@
 
 #include "ct_json.h"
 #include "ct_string.h"
+#include "kcommon/k_export.h"
 
 namespace CT {
 
@@ -54,10 +55,10 @@ enum class Key : std::uint8_t {
   url,
 };
 
-std::string_view key_name(Key key);
+CODETRACE_EXPORT std::string_view key_name(Key key);
 
 // A member's value that is more than a number or a text.
-class JsonPart {
+class CODETRACE_EXPORT JsonPart {
  public:
   virtual ~JsonPart() = default;
   virtual void write_json(JsonWriter& out) const = 0;
@@ -70,7 +71,7 @@ class JsonPart {
   JsonPart& operator=(const JsonPart&) = default;
 };
 
-class JsonMembers {
+class CODETRACE_EXPORT JsonMembers {
  public:
   void clear() { present_ = 0; }
 

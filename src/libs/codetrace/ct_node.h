@@ -19,11 +19,12 @@
 #include "ct_records.h"
 #include "ct_value_json.h"
 #include "ct_value_text.h"
+#include "kcommon/k_export.h"
 
 namespace CT::Node {
 
 // Working memory for rendering, reused from node to node. Rendered members borrow from it.
-struct Workspace {
+struct CODETRACE_EXPORT Workspace {
   Checkpoint::ValueTape this_value;
   Checkpoint::ValueTape args;
   Checkpoint::ValueTape result;
@@ -35,7 +36,7 @@ struct Workspace {
   MemoryWriter timestamp;
 };
 
-class Base {
+class CODETRACE_EXPORT Base {
  public:
   enum class Type : std::int32_t {
     STARTUP,
@@ -123,13 +124,13 @@ class Base {
 
 // The type's name in outputs and messages; "INVALID" for a value outside of the enumeration.
 // Kept: a method call goes by the name of a function call.
-std::string_view type_name(Base::Type type);
+CODETRACE_EXPORT std::string_view type_name(Base::Type type);
 
 // The type of the node that a checkpoint of this type begins; CRASH for one that begins none.
 Base::Type type_of_begin(Checkpoint::Type begin);
 
 // A node that has a begin and an end.
-class Span : public Base {
+class CODETRACE_EXPORT Span : public Base {
  public:
   [[nodiscard]] bool is_complete() const override { return is_valid() && end() != nullptr; }
 
@@ -147,14 +148,14 @@ class Typed : public Parent {
       : Parent(fixed_type, std::move(begin), start_time, start_memory, id, parent_id) {}
 };
 
-class Startup final : public Typed<Span, Base::Type::STARTUP> {
+class CODETRACE_EXPORT Startup final : public Typed<Span, Base::Type::STARTUP> {
  public:
   using Typed::Typed;
   bool write_text(Writer& out, Workspace& work) const override;
   void collect(JsonMembers& members, Workspace& work) const override;
 };
 
-class FunctionCall final : public Span {
+class CODETRACE_EXPORT FunctionCall final : public Span {
  public:
   // Of type METHOD_CALL if the begin record is of that type.
   FunctionCall(const Record& begin, const KTime::Timestamp& start_time, std::uint64_t start_memory,
@@ -168,54 +169,54 @@ class FunctionCall final : public Span {
                       Workspace& work) const;
 };
 
-class IncludeCall final : public Typed<Span, Base::Type::INCLUDE_CALL> {
+class CODETRACE_EXPORT IncludeCall final : public Typed<Span, Base::Type::INCLUDE_CALL> {
  public:
   using Typed::Typed;
   bool write_text(Writer& out, Workspace& work) const override;
   void collect(JsonMembers& members, Workspace& work) const override;
 };
 
-class SapiWrite final : public Typed<Span, Base::Type::SAPI_WRITE> {
+class CODETRACE_EXPORT SapiWrite final : public Typed<Span, Base::Type::SAPI_WRITE> {
  public:
   using Typed::Typed;
   bool write_text(Writer& out, Workspace& work) const override;
   void collect(JsonMembers& members, Workspace& work) const override;
 };
 
-class SapiFlush final : public Typed<Base, Base::Type::SAPI_FLUSH> {
+class CODETRACE_EXPORT SapiFlush final : public Typed<Base, Base::Type::SAPI_FLUSH> {
  public:
   using Typed::Typed;
   bool write_text(Writer& out, Workspace& work) const override;
 };
 
-class SapiHeader final : public Typed<Base, Base::Type::SAPI_HEADER> {
- public:
-  using Typed::Typed;
-  bool write_text(Writer& out, Workspace& work) const override;
-  void collect(JsonMembers& members, Workspace& work) const override;
-};
-
-class SapiSendHeaders final : public Typed<Base, Base::Type::SAPI_SEND_HEADERS> {
+class CODETRACE_EXPORT SapiHeader final : public Typed<Base, Base::Type::SAPI_HEADER> {
  public:
   using Typed::Typed;
   bool write_text(Writer& out, Workspace& work) const override;
   void collect(JsonMembers& members, Workspace& work) const override;
 };
 
-class ScriptExit final : public Typed<Base, Base::Type::SCRIPT_EXIT> {
- public:
-  using Typed::Typed;
-  bool write_text(Writer& out, Workspace& work) const override;
-};
-
-class ScriptError final : public Typed<Base, Base::Type::SCRIPT_ERROR> {
+class CODETRACE_EXPORT SapiSendHeaders final : public Typed<Base, Base::Type::SAPI_SEND_HEADERS> {
  public:
   using Typed::Typed;
   bool write_text(Writer& out, Workspace& work) const override;
   void collect(JsonMembers& members, Workspace& work) const override;
 };
 
-class UserEvent final : public Typed<Base, Base::Type::USER_EVENT> {
+class CODETRACE_EXPORT ScriptExit final : public Typed<Base, Base::Type::SCRIPT_EXIT> {
+ public:
+  using Typed::Typed;
+  bool write_text(Writer& out, Workspace& work) const override;
+};
+
+class CODETRACE_EXPORT ScriptError final : public Typed<Base, Base::Type::SCRIPT_ERROR> {
+ public:
+  using Typed::Typed;
+  bool write_text(Writer& out, Workspace& work) const override;
+  void collect(JsonMembers& members, Workspace& work) const override;
+};
+
+class CODETRACE_EXPORT UserEvent final : public Typed<Base, Base::Type::USER_EVENT> {
  public:
   using Typed::Typed;
   bool write_text(Writer& out, Workspace& work) const override;

@@ -11,10 +11,11 @@
 #include "ct_checkpoint.h"
 #include "ct_value.h"
 #include "ct_value_tape.h"
+#include "kcommon/k_export.h"
 
 namespace CT::Checkpoint {
 
-class Startup final : public Base {
+class CODETRACE_EXPORT Startup final : public Base {
  public:
   Startup(const CheckpointView& view, Cursor& cursor, EntityCache* cache);
   [[nodiscard]] String url() const { return text(url_); }  // the final one, after rewriting
@@ -31,12 +32,12 @@ class Startup final : public Base {
   const unsigned char* method_ = nullptr;
 };
 
-class Shutdown final : public Base {
+class CODETRACE_EXPORT Shutdown final : public Base {
  public:
   using Base::Base;
 };
 
-class IncludeCall final : public Base {
+class CODETRACE_EXPORT IncludeCall final : public Base {
  public:
   IncludeCall(const CheckpointView& view, Cursor& cursor, EntityCache* cache);
   [[nodiscard]] String include() const { return text(include_); }  // as the script wrote it
@@ -48,7 +49,7 @@ class IncludeCall final : public Base {
 };
 
 // What ends a span: it carries the address of the checkpoint that began it.
-class End : public Base {
+class CODETRACE_EXPORT End : public Base {
  public:
   // Invalid if the start reference is not whole.
   End(const CheckpointView& view, Cursor& cursor, EntityCache* cache);
@@ -62,7 +63,7 @@ class End : public Base {
 };
 
 // An end with one value.
-class EndWithValue : public End {
+class CODETRACE_EXPORT EndWithValue : public End {
  public:
   EndWithValue(const CheckpointView& view, Cursor& cursor, EntityCache* cache);
   [[nodiscard]] KVal value() const;
@@ -77,33 +78,33 @@ class EndWithValue : public End {
   EntityCache* cache_;
 };
 
-class FunctionReturn final : public EndWithValue {
+class CODETRACE_EXPORT FunctionReturn final : public EndWithValue {
  public:
   using Base::dump;
   using EndWithValue::EndWithValue;
   void dump(Writer& out) const override;
 };
 
-class FunctionException final : public EndWithValue {
+class CODETRACE_EXPORT FunctionException final : public EndWithValue {
  public:
   using Base::dump;
   using EndWithValue::EndWithValue;
   void dump(Writer& out) const override;
 };
 
-class IncludeReturn final : public End {
+class CODETRACE_EXPORT IncludeReturn final : public End {
  public:
   using End::End;
 };
 
-class IncludeException final : public EndWithValue {
+class CODETRACE_EXPORT IncludeException final : public EndWithValue {
  public:
   using Base::dump;
   using EndWithValue::EndWithValue;
   void dump(Writer& out) const override;
 };
 
-class SapiWriteStart final : public Base {
+class CODETRACE_EXPORT SapiWriteStart final : public Base {
  public:
   SapiWriteStart(const CheckpointView& view, Cursor& cursor, EntityCache* cache);
   [[nodiscard]] String body() const { return body_; }  // may be cut
@@ -114,12 +115,12 @@ class SapiWriteStart final : public Base {
   String body_;
 };
 
-class SapiWriteEnd final : public End {
+class CODETRACE_EXPORT SapiWriteEnd final : public End {
  public:
   using End::End;
 };
 
-class SapiFlush final : public Base {
+class CODETRACE_EXPORT SapiFlush final : public Base {
  public:
   SapiFlush(const CheckpointView& view, Cursor& cursor, EntityCache* cache);
 };
@@ -127,7 +128,7 @@ class SapiFlush final : public Base {
 // Operations of PHP's sapi_header_op. The first three carry a header line.
 enum class HeaderOp : std::uint8_t { replace, add, delete_, delete_all, set_status };
 
-class SapiHeader final : public Base {
+class CODETRACE_EXPORT SapiHeader final : public Base {
  public:
   SapiHeader(const CheckpointView& view, Cursor& cursor, EntityCache* cache);
   // As read: codes above HeaderOp::set_status occur.
@@ -147,7 +148,7 @@ class SapiHeader final : public Base {
   String header_;
 };
 
-class SapiSendHeaders final : public Base {
+class CODETRACE_EXPORT SapiSendHeaders final : public Base {
  public:
   SapiSendHeaders(const CheckpointView& view, Cursor& cursor, EntityCache* cache);
   [[nodiscard]] std::uint32_t code() const { return code_; }  // HTTP response code
@@ -160,12 +161,12 @@ class SapiSendHeaders final : public Base {
   String status_;
 };
 
-class ScriptExit final : public Base {
+class CODETRACE_EXPORT ScriptExit final : public Base {
  public:
   using Base::Base;
 };
 
-class ScriptError final : public Base {
+class CODETRACE_EXPORT ScriptError final : public Base {
  public:
   ScriptError(const CheckpointView& view, Cursor& cursor, EntityCache* cache);
   [[nodiscard]] std::uint32_t error_num() const { return error_num_; }  // PHP's E_* constants
@@ -178,7 +179,7 @@ class ScriptError final : public Base {
   String error_message_;
 };
 
-class UserEvent final : public Base {
+class CODETRACE_EXPORT UserEvent final : public Base {
  public:
   UserEvent(const CheckpointView& view, Cursor& cursor, EntityCache* cache);
   [[nodiscard]] String event_name() const { return text(event_name_); }
@@ -190,7 +191,7 @@ class UserEvent final : public Base {
 };
 
 // A call of a function or a method; the latter has `this`.
-class FunctionCall final : public Base {
+class CODETRACE_EXPORT FunctionCall final : public Base {
  public:
   // Invalid, with nothing behind it read, if no descriptor can be found. The function comes from
   // the cache, or is decoded for this record alone without one.
@@ -222,7 +223,7 @@ class FunctionCall final : public Base {
 };
 
 // Room for a record of any class, to be filled again and again without allocation.
-class Record {
+class CODETRACE_EXPORT Record {
  public:
   // Makes the record of the view's type and takes note of damage; null for a type that has no
   // record. It lives until the next call.
@@ -236,6 +237,6 @@ class Record {
 };
 
 // The same as an object of its own.
-std::shared_ptr<Base> make_record(const CheckpointView& view, EntityCache* cache);
+CODETRACE_EXPORT std::shared_ptr<Base> make_record(const CheckpointView& view, EntityCache* cache);
 
 }  // namespace CT::Checkpoint

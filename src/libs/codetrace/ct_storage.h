@@ -16,10 +16,11 @@
 #include "ct_node.h"
 #include "ct_plain_array.h"
 #include "ct_records.h"
+#include "kcommon/k_export.h"
 
 namespace CT {
 
-class Storage : public EntityCache {
+class CODETRACE_EXPORT Storage : public EntityCache {
  public:
   // A node's number, which is also its place in order of creation.
   using NodeId = std::int32_t;
@@ -83,7 +84,7 @@ class Storage : public EntityCache {
 
 // Makes nodes one at a time in the same room, without allocation: for the outputs, which look at
 // each node once.
-class NodeReader {
+class CODETRACE_EXPORT NodeReader {
  public:
   // Borrows: the storage.
   explicit NodeReader(Storage& storage) : storage_(&storage) {}

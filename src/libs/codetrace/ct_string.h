@@ -10,10 +10,11 @@
 
 #include "ct_json.h"
 #include "ct_writer.h"
+#include "kcommon/k_export.h"
 
 namespace CT::Checkpoint {
 
-struct String {
+struct CODETRACE_EXPORT String {
   // orig_sz of texts that the tracer never cuts.
   static constexpr std::int32_t uncuttable = -1;
   // What stands behind a text that was cut, and marks a cut array.

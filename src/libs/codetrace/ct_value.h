@@ -13,10 +13,11 @@
 #include <vector>
 
 #include "ct_value_tape.h"
+#include "kcommon/k_export.h"
 
 namespace CT::Checkpoint {
 
-class KVal {
+class CODETRACE_EXPORT KVal {
  public:
   // Undef.
   KVal() = default;

@@ -14,11 +14,12 @@
 #include "ct_plain_array.h"
 #include "ct_value_key.h"
 #include "ct_value_tape.h"
+#include "kcommon/k_export.h"
 
 namespace CT::Checkpoint {
 
 // Writes values of a tape; keeps its working memory from one to the next.
-class ValueJsonWriter {
+class CODETRACE_EXPORT ValueJsonWriter {
  public:
   // Undef, for which JSON has nothing, is written as null; inside an object its key is left out.
   void write(const ValueTape& tape, ValueTape::Index root, JsonWriter& out);
@@ -53,7 +54,7 @@ class ValueJsonWriter {
 };
 
 // Values of a tape as members of an object. They borrow tape and writer.
-class ValuePart final : public JsonPart {
+class CODETRACE_EXPORT ValuePart final : public JsonPart {
  public:
   void set(const ValueTape& tape, ValueTape::Index value, ValueJsonWriter& writer) {
     tape_ = &tape;
@@ -70,7 +71,7 @@ class ValuePart final : public JsonPart {
 };
 
 // The same for all the values of a tape, as one JSON array.
-class ValueListPart final : public JsonPart {
+class CODETRACE_EXPORT ValueListPart final : public JsonPart {
  public:
   void set(const ValueTape& tape, ValueJsonWriter& writer) {
     tape_ = &tape;
@@ -89,6 +90,6 @@ constexpr std::size_t qt_json_levels = 1000;
 
 // The same value for programs that work with Qt's classes. Undefined for undef, and for values of
 // more than `qt_json_levels` levels.
-QJsonValue to_qt_json(const ValueTape& tape, ValueTape::Index root);
+CODETRACE_EXPORT QJsonValue to_qt_json(const ValueTape& tape, ValueTape::Index root);
 
 }  // namespace CT::Checkpoint

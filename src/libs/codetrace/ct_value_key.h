@@ -17,6 +17,7 @@
 #include "ct_value_tape.h"
 #include "ct_value_text.h"
 #include "ct_writer.h"
+#include "kcommon/k_export.h"
 
 namespace CT::Checkpoint {
 
@@ -64,7 +65,7 @@ class KeyTexts {
   };
 
   // Renders like any text writer, but leaves long names out and notes them.
-  class NameNoter final : public ValueTextWriter {
+  class CODETRACE_EXPORT NameNoter final : public ValueTextWriter {
    public:
     explicit NameNoter(KeyTexts& texts) : texts_(texts) {}
 

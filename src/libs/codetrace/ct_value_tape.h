@@ -16,6 +16,7 @@
 #include "ct_entity.h"
 #include "ct_plain_array.h"
 #include "ct_view.h"
+#include "kcommon/k_export.h"
 
 namespace CT::Checkpoint {
 
@@ -42,7 +43,7 @@ struct ArrayFrame {
   bool has_key;         // the current pair's key is complete
 };
 
-class ValueTape {
+class CODETRACE_EXPORT ValueTape {
  public:
   using Index = std::uint32_t;
 

@@ -6,11 +6,12 @@
 #include "ct_plain_array.h"
 #include "ct_value_tape.h"
 #include "ct_writer.h"
+#include "kcommon/k_export.h"
 
 namespace CT::Checkpoint {
 
 // Writes values of a tape; keeps its working memory from one to the next.
-class ValueTextWriter {
+class CODETRACE_EXPORT ValueTextWriter {
  public:
   ValueTextWriter() = default;
   ValueTextWriter(const ValueTextWriter&) = delete;

@@ -13,10 +13,11 @@
 #include "ct_cursor.h"
 #include "ct_file.h"
 #include "ct_string.h"
+#include "kcommon/k_export.h"
 
 namespace CT {
 
-class CheckpointView {
+class CODETRACE_EXPORT CheckpointView {
  public:
   // Stands before the first checkpoint. Borrows: the file; one that is not open has no checkpoint.
   explicit CheckpointView(const File& file) : file_(&file) {}

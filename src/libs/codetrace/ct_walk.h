@@ -9,6 +9,7 @@
 #include "ct_file.h"
 #include "ct_records.h"
 #include "ct_storage.h"
+#include "kcommon/k_export.h"
 
 namespace CT {
 
@@ -17,6 +18,7 @@ namespace CT {
 using RecordVisitor = std::function<bool(const Checkpoint::Base&)>;
 
 // Requires: a storage made for this file. An unopened file has no checkpoints.
-void read_checkpoints(const File& file, Storage& storage, const RecordVisitor& visit = {});
+CODETRACE_EXPORT void read_checkpoints(const File& file, Storage& storage,
+                                       const RecordVisitor& visit = {});
 
 }  // namespace CT

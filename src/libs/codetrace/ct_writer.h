@@ -12,9 +12,11 @@
 #include <memory>
 #include <string_view>
 
+#include "kcommon/k_export.h"
+
 namespace CT {
 
-class Writer {
+class CODETRACE_EXPORT Writer {
  public:
   // The most that `room` may be asked for.
   static constexpr std::size_t max_room = 512;
@@ -73,14 +75,14 @@ class Writer {
 };
 
 // Takes what a StreamWriter hands on.
-class Sink {
+class CODETRACE_EXPORT Sink {
  public:
   virtual ~Sink() = default;
   // True when every byte was taken.
   virtual bool write(std::string_view bytes) = 0;
 };
 
-class StreamWriter final : public Writer {
+class CODETRACE_EXPORT StreamWriter final : public Writer {
  public:
   // Borrows: the sink, which must outlive the writer. Nothing is written by the destructor.
   explicit StreamWriter(Sink& sink);
@@ -96,7 +98,7 @@ class StreamWriter final : public Writer {
   std::unique_ptr<char[]> buffer_;
 };
 
-class MemoryWriter final : public Writer {
+class CODETRACE_EXPORT MemoryWriter final : public Writer {
  public:
   MemoryWriter() { make_room(); }
 

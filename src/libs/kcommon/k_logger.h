@@ -17,7 +17,9 @@
 #include <string_view>
 #include <vector>
 
-class KLogger {
+#include "k_export.h"
+
+class CODETRACE_EXPORT KLogger {
  public:
   using Level = std::int8_t;
 
@@ -78,7 +80,7 @@ class KLogger {
 };
 
 // A format together with the place of the call, noted by the compiler as the text is passed.
-struct KLogFormat {
+struct CODETRACE_EXPORT KLogFormat {
   KLogFormat(const char* format, const char* at_file = __builtin_FILE(),
              int at_line = __builtin_LINE())
       : text(format), file(at_file), line(at_line) {}

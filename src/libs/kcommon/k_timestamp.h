@@ -9,9 +9,11 @@
 #include <cmath>
 #include <cstdint>
 
+#include "k_export.h"
+
 namespace KTime {
 
-struct Timestamp {
+struct CODETRACE_EXPORT Timestamp {
   std::int64_t seconds = 0;
   std::uint32_t nanoseconds = 0;  // kept as stored, not brought below a second
 
