@@ -25,8 +25,8 @@ build_library() {
 # Nothing that differs from machine to machine, and no types but those of our headers.
 describe() {
   abidw --headers-dir "$root/src/libs" --drop-private-types --exported-interfaces-only \
-    --suppressions "$root/packaging/abi/others.ini" --no-corpus-path --no-comp-dir-path --no-show-locs --no-parameter-names \
-    --out-file "$2" "$1"
+    --suppressions "$root/packaging/abi/others.ini" --no-corpus-path --no-comp-dir-path \
+    --no-show-locs --no-parameter-names --out-file "$2" "$1"
 }
 
 install_packages abigail-tools
