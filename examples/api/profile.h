@@ -3,10 +3,10 @@
 // How often the functions of a request were called, and how much time each took by itself.
 #pragma once
 
+#include <codetrace/codetrace.h>
+
 #include <cstdint>
 #include <vector>
-
-#include "ct_storage.h"
 
 struct Figures {
   std::int64_t calls = 0;

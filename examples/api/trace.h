@@ -3,15 +3,11 @@
 // A trace that is read whole: how all of these programs begin.
 #pragma once
 
+#include <codetrace/codetrace.h>
 #include <fmt/core.h>
 
 #include <QFile>
 #include <memory>
-
-#include "ct_file.h"
-#include "ct_storage.h"
-#include "ct_walk.h"
-#include "kcommon/k_logger.h"
 
 struct Trace {
   CT::File file;  // owns the bytes, so it comes first and goes last
