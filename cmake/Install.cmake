@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What `cmake --install` installs, in three components: `tool`; `library`, the shared library as
 # programs load it; `development`, all that building a program takes.
 include(GNUInstallDirs)

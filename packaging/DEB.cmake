@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Debian's view of the three packages.
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)

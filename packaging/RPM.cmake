@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The same packages for systems with rpm; what they need is found in their files.
 set(CPACK_RPM_COMPONENT_INSTALL ON)
 set(CPACK_RPM_MAIN_COMPONENT tool)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What the packages are called, say and need. CODETRACE_PACKAGES is the kind of packages that this
 # build folder makes; packaging/build.sh makes both kinds.
 set(CODETRACE_PACKAGES "" CACHE STRING "Make packages of this kind with cpack: DEB or RPM")

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Run by cpack when the files of all packages lie in its folder: compresses manual pages as
 # packages have them, and gives every file the time of the last change to the sources.
 set(staged ${CPACK_TEMPORARY_DIRECTORY})
