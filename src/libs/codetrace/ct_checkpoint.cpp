@@ -41,28 +41,29 @@ Base::Base(const CheckpointView& view, Cursor& cursor, EntityCache* /*cache*/) :
   if (!view.is_valid() || view.type() >= static_cast<std::uint8_t>(Type::INVALID)) return;
   type_ = static_cast<Type>(view.type());
   valid_ = true;
-  cursor = view.cursor();
+  Cursor at = view.cursor();  // a copy, which the compiler keeps in registers
   if (view.has_timestamp()) {
-    const std::uint64_t seconds = cursor.u64();
-    const std::uint32_t nanoseconds = cursor.u32();
-    if (cursor.ok()) {
+    const std::uint64_t seconds = at.u64();
+    const std::uint32_t nanoseconds = at.u32();
+    if (at.ok()) {
       flags_ |= 1;
       timestamp_ = {static_cast<std::int64_t>(seconds), nanoseconds};
     }
   }
   if (view.has_memory()) {
-    memory_ = cursor.u64();
-    if (cursor.ok()) flags_ |= 2;
+    memory_ = at.u64();
+    if (at.ok()) flags_ |= 2;
   }
   if (view.has_location()) {
-    const unsigned char* filename = view.get_add_data_ptr(cursor);
-    const std::uint32_t line_no = cursor.u32();
-    if (cursor.ok()) {
+    const unsigned char* filename = view.get_add_data_ptr(at);
+    const std::uint32_t line_no = at.u32();
+    if (at.ok()) {
       flags_ |= 4;
       filename_ = filename;
       line_no_ = line_no;
     }
   }
+  cursor = at;
 }
 
 void Base::note_damage(const Cursor& cursor) {

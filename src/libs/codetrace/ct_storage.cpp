@@ -230,7 +230,21 @@ std::shared_ptr<Node::Base> Storage::node(NodeId id) {
   return made;
 }
 
+// Begin and end of a node lie far apart, and behind what the processor fetches by itself.
+void NodeReader::fetch_ahead(Storage::NodeId id) const {
+  constexpr Storage::NodeId ahead = 8;
+  if (id >= storage_->node_count() - ahead) return;
+  const Storage::Entry& place = storage_->entry(id + ahead);
+  const Section& data = storage_->file_->data();
+  for (const std::uint32_t offset : {place.begin, place.end}) {
+    if (offset == Storage::no_end) continue;
+    __builtin_prefetch(data.data() + offset);
+    __builtin_prefetch(data.data() + offset + 64);
+  }
+}
+
 const Node::Base& NodeReader::read(Storage::NodeId id) {
+  fetch_ahead(id);
   const Storage::Entry& place = storage_->entry(id);
   // Pointers that own nothing: the records live in this reader.
   const auto record = [&](Checkpoint::Record& room, std::uint32_t offset) {

@@ -93,6 +93,8 @@ class CODETRACE_EXPORT NodeReader {
   const Node::Base& read(Storage::NodeId id);
 
  private:
+  void fetch_ahead(Storage::NodeId id) const;
+
   Storage* storage_;
   Checkpoint::Record begin_;
   Checkpoint::Record end_;

@@ -95,15 +95,40 @@ struct Json {
 #endif
 };
 
-// The first byte from `p` on that the form escapes or that is not ASCII.
-template <class Form>
-const unsigned char* skip_plain(const unsigned char* p, const unsigned char* end) {
 #ifdef __SSE2__
-  while (end - p >= 16) {
-    const __m128i v = _mm_loadu_si128(static_cast<const __m128i*>(static_cast<const void*>(p)));
-    const int stops = _mm_movemask_epi8(_mm_or_si128(v, Form::special(v)));
-    if (stops != 0) return p + std::countr_zero(static_cast<unsigned>(stops));
-    p += 16;
+// A bit for each of 16 bytes that the form escapes or that is not ASCII.
+template <class Form>
+unsigned stops(__m128i v) {
+  return static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(v, Form::special(v))));
+}
+
+__m128i load_16(const unsigned char* p) {
+  return _mm_loadu_si128(static_cast<const __m128i*>(static_cast<const void*>(p)));
+}
+
+__m128i load_8(const unsigned char* p) {
+  return _mm_loadl_epi64(static_cast<const __m128i*>(static_cast<const void*>(p)));
+}
+#endif
+
+// The first byte from `p` on that the form escapes or that is not ASCII. The text begins at
+// `first`: what is left of it behind whole blocks is looked at in blocks that overlap.
+template <class Form>
+const unsigned char* skip_plain(const unsigned char* first, const unsigned char* p,
+                                const unsigned char* end) {
+#ifdef __SSE2__
+  for (; end - p >= 16; p += 16) {
+    const unsigned found = stops<Form>(load_16(p));
+    if (found != 0) return p + std::countr_zero(found);
+  }
+  if (p != end && end - first >= 16) {
+    const unsigned found = stops<Form>(load_16(end - 16)) >> (16 - (end - p));
+    return found != 0 ? p + std::countr_zero(found) : end;
+  }
+  if (end - p >= 8) {
+    const unsigned found = stops<Form>(_mm_unpacklo_epi64(load_8(p), load_8(end - 8)));
+    if (found == 0) return end;
+    return (found & 0xFF) != 0 ? p + std::countr_zero(found) : end - 16 + std::countr_zero(found);
   }
 #endif
   while (p != end && *p < 0x80 && !Form::escapes(*p)) ++p;
@@ -114,15 +139,16 @@ template <class Form>
 void put_as(Writer& out, std::string_view stored) {
   stored = without_byte_order_mark(stored);
   if (stored.empty()) return;
-  const auto* run = static_cast<const unsigned char*>(static_cast<const void*>(stored.data()));
-  const unsigned char* end = run + stored.size();
-  const unsigned char* p = run;
+  const auto* first = static_cast<const unsigned char*>(static_cast<const void*>(stored.data()));
+  const unsigned char* end = first + stored.size();
+  const unsigned char* run = first;
+  const unsigned char* p = first;
   const auto put_run = [&] {
     out.put(stored.substr(stored.size() - static_cast<std::size_t>(end - run),
                           static_cast<std::size_t>(p - run)));
   };
   while (true) {
-    p = skip_plain<Form>(p, end);
+    p = skip_plain<Form>(first, p, end);
     if (p == end) break;
     if (*p >= 0x80) {
       if (const std::size_t length = sequence_length(p, end); length != 0) {

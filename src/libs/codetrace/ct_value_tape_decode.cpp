@@ -18,7 +18,7 @@ struct Header {
 };
 
 // Steps over it; the cursor fails if it is not whole.
-Header read_header(Cursor& cursor) {
+inline Header read_header(Cursor& cursor) {
   std::uint8_t code = cursor.u8();
   // Kept: a code that does not exist is undef, and reading goes on behind it, out of step.
   if (code > last_type) code = 0;
@@ -47,13 +47,16 @@ Header read_header(Cursor& cursor) {
 // followed as deep as the data goes.
 class TapeDecoder {
  public:
-  TapeDecoder(ValueTape& tape, Cursor& cursor, EntityCache* cache)
+  // Takes a copy of the cursor, which the compiler keeps in registers.
+  TapeDecoder(ValueTape& tape, const Cursor& cursor, EntityCache* cache)
       : tape_(tape), items_(tape.items_), frames_(tape.frames_), cursor_(cursor), cache_(cache) {}
 
-  void run() {
+  // Returns the cursor behind the value.
+  Cursor run() {
     do {
       if (!read_value()) deliver();
     } while (!frames_.empty());
+    return cursor_;
   }
 
  private:
@@ -147,7 +150,7 @@ class TapeDecoder {
   ValueTape& tape_;
   PlainArray<ValueTape::Item>& items_;
   PlainArray<ArrayFrame>& frames_;
-  Cursor& cursor_;
+  Cursor cursor_;
   EntityCache* cache_;
 };
 
@@ -157,22 +160,24 @@ ValueTape::Index ValueTape::decode(Cursor& cursor, EntityCache* cache) {
     items_.push_back({0, 0, 0, 0, no_class});
     return root;
   }
-  TapeDecoder(*this, cursor, cache).run();
+  cursor = TapeDecoder(*this, cursor, cache).run();
   return root;
 }
 
 // Nothing is kept, so of the arrays that are open it is enough to know how many values they still
 // want all together: fewer than 2^32 for each of less than 2^24 arrays.
 void scan_value(Cursor& cursor, const CheckpointView& view, EntityCache* cache) {
-  for (std::uint64_t wanted = 1; wanted != 0 && cursor.ok(); --wanted) {
-    const Header value = read_header(cursor);
-    if (!cursor.ok()) return;
+  Cursor at = cursor;
+  for (std::uint64_t wanted = 1; wanted != 0 && at.ok(); --wanted) {
+    const Header value = read_header(at);
+    if (!at.ok()) break;
     if (value.type == ValueType::object && cache != nullptr) {
       const CT::ClassEntry* record = resolve_class(view.file(), value.reference);
       if (record != nullptr) cache->get_class_entry(view, record);
     }
     if (value.count > 0) wanted += 2 * static_cast<std::uint64_t>(value.count);
   }
+  cursor = at;
 }
 
 }  // namespace CT::Checkpoint

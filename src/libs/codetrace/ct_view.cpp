@@ -5,17 +5,6 @@
 
 namespace CT {
 
-std::uint32_t normalise_header(const unsigned char* word, bool big_endian) {
-  Cursor cursor(word, word + CheckpointView::header_size, big_endian);
-  const std::uint32_t value = cursor.u32();
-  if (!big_endian) return value;
-  const std::uint32_t lead = value >> 24;
-  const std::uint32_t timestamp = (lead & 4) << 3;
-  const std::uint32_t memory = (lead & 2) << 5;
-  const std::uint32_t location = (lead & 1) << 7;
-  return (value << 8) | location | memory | timestamp | (lead >> 3);
-}
-
 CheckpointView CheckpointView::revisit(const File& file, std::uint32_t offset) {
   CheckpointView view(file);
   view.first_sighting_ = false;
@@ -44,23 +33,7 @@ bool CheckpointView::step() {
   return false;
 }
 
-void CheckpointView::read_header() { header_ = normalise_header(checkpoint_, file_->big_endian()); }
-
 namespace Checkpoint {
-
-String get_cut_str(Cursor& cursor) {
-  const std::int32_t word = cursor.i32();
-  auto length = static_cast<std::uint32_t>(word);
-  std::int32_t orig_sz = word;
-  if (word < 0) {
-    length = cursor.u32();
-    // -2^31 has no positive counterpart and stays as it is.
-    orig_sz = static_cast<std::int32_t>(0U - static_cast<std::uint32_t>(word));
-  }
-  const unsigned char* text = cursor.bytes(length);
-  if (text == nullptr) return {};
-  return {Section::as_chars(text), length, orig_sz};
-}
 
 String get_inline_str(Cursor& cursor) {
   const std::uint64_t size = cursor.u64();

@@ -17,6 +17,19 @@
 
 namespace CT {
 
+// The header word in its one form: bits 0-4 type, 5 timestamp, 6 memory, 7 location, 8-31 payload
+// size. A big-endian writer lays out its bit fields from the other end, so this is no byte swap.
+inline std::uint32_t normalise_header(const unsigned char* word, bool big_endian) {
+  Cursor cursor(word, word + sizeof(std::uint32_t), big_endian);
+  const std::uint32_t value = cursor.u32();
+  if (!big_endian) return value;
+  const std::uint32_t lead = value >> 24;
+  const std::uint32_t timestamp = (lead & 4) << 3;
+  const std::uint32_t memory = (lead & 2) << 5;
+  const std::uint32_t location = (lead & 1) << 7;
+  return (value << 8) | location | memory | timestamp | (lead >> 3);
+}
+
 class CODETRACE_EXPORT CheckpointView {
  public:
   // Stands before the first checkpoint. Borrows: the file; one that is not open has no checkpoint.
@@ -73,7 +86,7 @@ class CODETRACE_EXPORT CheckpointView {
   static constexpr std::uint32_t header_size = 4;
 
  private:
-  void read_header();
+  void read_header() { header_ = normalise_header(checkpoint_, file_->big_endian()); }
 
   const File* file_;
   const unsigned char* checkpoint_ = nullptr;
@@ -83,15 +96,23 @@ class CODETRACE_EXPORT CheckpointView {
   std::uint64_t left_ = 0;
 };
 
-// The header word in its one form: bits 0-4 type, 5 timestamp, 6 memory, 7 location, 8-31 payload
-// size. A big-endian writer lays out its bit fields from the other end, so this is no byte swap.
-std::uint32_t normalise_header(const unsigned char* word, bool big_endian);
-
 namespace Checkpoint {
 
 // A text in the payload with its length before it, and its original size if the tracer cut it.
 // Absent, and the cursor failed, if it is not whole.
-String get_cut_str(Cursor& cursor);
+inline String get_cut_str(Cursor& cursor) {
+  const std::int32_t word = cursor.i32();
+  auto length = static_cast<std::uint32_t>(word);
+  std::int32_t orig_sz = word;
+  if (word < 0) {
+    length = cursor.u32();
+    // -2^31 has no positive counterpart and stays as it is.
+    orig_sz = static_cast<std::int32_t>(0U - static_cast<std::uint32_t>(word));
+  }
+  const unsigned char* text = cursor.bytes(length);
+  if (text == nullptr) return {};
+  return {Section::as_chars(text), length, orig_sz};
+}
 
 // A text in the payload with a length n before it and a NUL behind its n bytes; none of both for
 // n = 0. It ends at its first NUL, or with the payload. Absent if the n bytes are not there.
