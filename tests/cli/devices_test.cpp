@@ -193,7 +193,9 @@ TEST_F(Devices, TraceThatShrinksWhileItIsRead) {
 
 TEST_F(Devices, ReaderThatLeavesEndsTheRunQuietly) {
   // Far more output than a pipe holds.
-  expect("codetrace -B '" CODETRACE_ROOT "/examples/notes.ct' | head -c 5", "\nDATA", "", 0);
+  expect("(codetrace -B '" CODETRACE_ROOT "/examples/notes.ct'; echo $? >status) | head -c 5",
+         "\nDATA", "", 0);
+  EXPECT_EQ(content("status"), "1\n");
 }
 
 TEST_F(Devices, OutputIntoTheTraceItselfIsRefused) {

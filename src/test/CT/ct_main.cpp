@@ -130,8 +130,9 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   hold_standard_descriptors();
-  // A file-size limit shows as a failed write, not as a signal.
+  // A file-size limit and a reader that leaves show as failed writes, not as signals.
   std::signal(SIGXFSZ, SIG_IGN);
+  std::signal(SIGPIPE, SIG_IGN);
   KLogger::instance().addSink(std::make_unique<KLogger::StdOutSink>(stdout, stderr, stdout), 1);
   int status = 1;
   try {
