@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # tools/coverage.sh [--lines]: how much of src the tests reach, without the branches that only exceptions
-# take. With --lines it also names the lines that are not reached. See docs/coverage.md.
+# take. With --lines it also names the lines that are not reached.
 set -euo pipefail
 # shellcheck source=tools/setup.sh
 source "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/setup.sh"
@@ -9,10 +9,12 @@ install_packages "${test_packages[@]}" gcovr
 cd -- "$root"
 folder=build/coverage
 cmake -S . -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCODETRACE_TESTS=ON \
-  -DCMAKE_CXX_FLAGS="--coverage -fprofile-update=atomic" >&2
+  -DCMAKE_CXX_FLAGS="-O1 --coverage" >&2
 cmake --build "$folder" >&2
 find "$folder" -name '*.gcda' -delete
-ctest --test-dir "$folder" -E '^(Docs|Package)' >"$folder/tests.log" 2>&1 ||
+# Left out: what reads no code, the hardening of a build without optimisation, and a test that runs the
+# tool as a user who may not write counters.
+ctest --test-dir "$folder" -E '^(Docs|Package|Hardening)|FilesOfOthers' >"$folder/tests.log" 2>&1 ||
   { tail -n 40 "$folder/tests.log"; die "not all tests passed"; }
 gcovr=(gcovr --root "$root" --filter src/ --exclude-throw-branches --exclude-unreachable-branches
   "$folder")

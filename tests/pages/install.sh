@@ -12,5 +12,5 @@ share=$prefix/share
 diff "$source/man/codetrace.1" "$share/man/man1/codetrace.1"
 diff "$source/man/codetrace.5" "$share/man/man5/codetrace.5"
 diff "$source/completions/codetrace.bash" "$share/bash-completion/completions/codetrace"
-diff "$source/completions/_codetrace" "$share/zsh/vendor-completions/_codetrace"
+diff "$source/completions/_codetrace" "$share/zsh/site-functions/_codetrace"
 diff "$source/completions/codetrace.fish" "$share/fish/vendor_completions.d/codetrace.fish"
