@@ -4,8 +4,6 @@
 // Markdown; FILEs
 //                                  are traces of real programs. The helpers lie beside this
 //                                  program.
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -15,6 +13,7 @@
 #include <vector>
 
 #include "measure.h"
+#include "temporary_file.h"
 
 namespace CT::Bench {
 
@@ -71,8 +70,9 @@ class Speed {
 
   std::string tool_;
   bool quick_;
-  std::string trace_ =
-      (fs::temp_directory_path() / ("speed." + std::to_string(getpid()) + ".ct")).string();
+  TemporaryFile file_{"speed.ct"};
+  TemporaryFile output_{"speed.out"};
+  std::string trace_ = file_.path().string();
   std::vector<Growth> growth_;
 };
 
@@ -179,25 +179,26 @@ void Speed::print_growth() {
 
 void Speed::print_sinks() {
   std::printf("### Sinks\n\n| Output | `/dev/null` | file | pipe |\n|---|---|---|---|\n");
-  const std::string file = trace_ + ".out";
   for (const char output : std::string("TJD")) {
     std::printf("| `-%c` |", output);
-    for (const char* sink : {"/dev/null", file.c_str(), static_cast<const char*>(nullptr)}) {
+    for (const char* sink :
+         {"/dev/null", output_.path().c_str(), static_cast<const char*>(nullptr)}) {
       const Row row = measure(trace_, output, 3, sink);
       std::printf(" %.3f s, %.2f floors |", row.tool.seconds, row.tool.seconds / row.floor.seconds);
       std::fflush(stdout);
     }
     std::printf("\n");
   }
-  fs::remove(file);
   std::printf("\n");
 }
 
 // Paired runs of the tool and of an empty program that links the same libraries.
 void Speed::print_start_up() const {
   std::printf("## Start-up\n\n| Program | ms | times the empty program |\n|---|---|---|\n");
-  const std::vector<std::vector<std::string>> commands = {
-      {beside("empty_program")}, {beside("no_libraries")}, {tool_, "-h"}, {tool_, trace_}};
+  const std::vector<std::vector<std::string>> commands = {{beside("empty_with_libraries")},
+                                                          {beside("empty_without_libraries")},
+                                                          {tool_, "-h"},
+                                                          {tool_, trace_}};
   const char* const names[] = {"empty, with the same libraries", "empty, without them",
                                "`codetrace -h`", "`codetrace` on the trace of no calls"};
   std::vector<std::vector<double>> times(commands.size());
@@ -232,7 +233,6 @@ void Speed::run(const std::vector<std::string>& real_traces) {
     growth_.clear();
     print_outputs(trace, 0, 5);
   }
-  fs::remove(trace_);
 }
 
 }  // namespace

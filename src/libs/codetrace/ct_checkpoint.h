@@ -108,7 +108,7 @@ class CODETRACE_EXPORT Base {
 };
 
 // The record as one of a class; null if it is of another. These classes have none below them, so
-// the types are compared, which costs a tenth of a dynamic_cast.
+// the types are compared, which is cheaper than a dynamic_cast.
 template <class Class>
 const Class* record_as(const Base& record) {
   static_assert(std::is_final_v<Class>);

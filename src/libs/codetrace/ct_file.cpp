@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "ct_file.h"
 
-#include <poll.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -29,14 +28,14 @@ class File::Source {
 
 class File::DiskSource final : public Source {
  public:
+  // Of a file that was opened by name, and so waits for its bytes.
   explicit DiskSource(int descriptor) : descriptor_(descriptor) {}
 
   std::int64_t read(unsigned char* to, std::size_t size) override {
     constexpr std::size_t largest = 1U << 30;
     while (true) {
       const ssize_t got = ::read(descriptor_, to, std::min(size, largest));
-      if (got >= 0) return got;
-      if (errno != EINTR && !(errno == EAGAIN && wait_for_bytes())) return -1;
+      if (got >= 0 || errno != EINTR) return got;
     }
   }
   [[nodiscard]] QString error() const override { return qt_error_string(errno); }
@@ -52,12 +51,6 @@ class File::DiskSource final : public Source {
   }
 
  private:
-  // For a descriptor that somebody else made non-blocking.
-  [[nodiscard]] bool wait_for_bytes() const {
-    pollfd wanted = {descriptor_, POLLIN, 0};
-    return poll(&wanted, 1, -1) > 0 || errno == EINTR;
-  }
-
   int descriptor_;
 };
 
@@ -82,7 +75,7 @@ class File::MemorySource final : public Source {
 
 namespace {
 
-// Large pages, where the system has them, halve what it costs to fill fresh memory. Only a hint.
+// Fresh memory in large pages, where the system has them, costs less to fill. Only a hint.
 void prefer_large_pages(void* memory, std::size_t size) {
   constexpr std::uintptr_t page = 4096;
   constexpr std::size_t least = std::size_t{4} << 20;

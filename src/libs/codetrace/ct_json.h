@@ -29,8 +29,8 @@ class CODETRACE_EXPORT JsonWriter {
 
   // Starts the next element of an array; exactly one value follows.
   void element();
-  // Starts the next member of an object; exactly one value follows. `name` is plain
-  // ASCII of at most 64 bytes.
+  // Starts the next member of an object; exactly one value follows. `name` is plain ASCII
+  // of at most 64 bytes.
   void key(std::string_view name);
   // The same for any text: its JSON form is put between the two calls.
   void begin_key();

@@ -236,10 +236,11 @@ void NodeReader::fetch_ahead(Storage::NodeId id) const {
   if (id >= storage_->node_count() - ahead) return;
   const Storage::Entry& place = storage_->entry(id + ahead);
   const Section& data = storage_->file_->data();
-  for (const std::uint32_t offset : {place.begin, place.end}) {
+  constexpr std::uint64_t cache_line = 64;
+  for (const std::uint64_t offset : {place.begin, place.end}) {
     if (offset == Storage::no_end) continue;
     __builtin_prefetch(data.data() + offset);
-    __builtin_prefetch(data.data() + offset + 64);
+    __builtin_prefetch(data.data() + std::min(offset + cache_line, data.size() - 1));
   }
 }
 

@@ -9,6 +9,7 @@ void ValueTape::reset(const CheckpointView& view) {
   payload_end_ = payload_ + view.size();
   items_.clear();
   classes_.clear();
+  frames_.clear();  // not empty if memory ended while a value was decoded
 }
 
 Cursor ValueTape::body(Index i, ValueType type) const {

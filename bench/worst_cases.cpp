@@ -3,6 +3,8 @@
 // worst_cases list                      the names of the cases
 // worst_cases write NAME N FILE         writes one of them
 // worst_cases run TOOL [--quick] [NAME...]   measures the tool and prints the table
+#include "worst_cases.h"
+
 #include <unistd.h>
 
 #include <cstdio>
@@ -13,8 +15,7 @@
 #include <string>
 #include <vector>
 
-#include "table.h"
-#include "worst_cases.h"
+#include "worst_table.h"
 
 namespace CT::Bench {
 

@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "table.h"
-
-#include <unistd.h>
+#include "worst_table.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -11,6 +9,7 @@
 #include <stdexcept>
 
 #include "measure.h"
+#include "temporary_file.h"
 #include "worst_cases.h"
 
 namespace CT::Bench {
@@ -26,33 +25,13 @@ constexpr double least_mebibytes = 32;
 // How much is read of an output that is multiplied by definition, at n; at 2n twice as much.
 constexpr std::uint64_t output_piece = std::uint64_t{128} << 20;
 
-// A file of its own in the folder for temporary files.
-class TemporaryFile {
- public:
-  explicit TemporaryFile(const char* size)
-      : path_(fs::temp_directory_path() /
-              ("worst_case." + std::to_string(getpid()) + "." + size + ".ct")) {}
-  ~TemporaryFile() {
-    std::error_code ignored;
-    fs::remove(path_, ignored);
-  }
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-  void write(std::string_view name, std::size_t n) const {
-    const Usage usage = run(
-        {fs::read_symlink("/proc/self/exe"), "write", std::string(name), std::to_string(n), path_},
-        {});
-    if (usage.status != 0) throw std::runtime_error("cannot write " + path_.string());
-  }
-  [[nodiscard]] double mebibytes() const {
-    return static_cast<double>(fs::file_size(path_)) / (1 << 20);
-  }
-  [[nodiscard]] const fs::path& path() const { return path_; }
-
- private:
-  fs::path path_;
-};
+// In a process of its own, so that this one stays small.
+void write_case(std::string_view name, std::size_t n, const TemporaryFile& file) {
+  const Usage usage = run({fs::read_symlink("/proc/self/exe"), "write", std::string(name),
+                           std::to_string(n), file.path()},
+                          {});
+  if (usage.status != 0) throw std::runtime_error("cannot write " + file.path().string());
+}
 
 class Table {
  public:
@@ -87,8 +66,8 @@ class Table {
   std::string tool_;
   bool quick_;
   bool good_ = true;
-  TemporaryFile once_{"n"};
-  TemporaryFile twice_{"2n"};
+  TemporaryFile once_{"worst_case.n.ct"};
+  TemporaryFile twice_{"worst_case.2n.ct"};
 };
 
 Usage Table::run_tool(const TemporaryFile& file, char output, std::uint64_t most) const {
@@ -122,8 +101,8 @@ Table::Pair Table::best_pair(char output, std::uint64_t most) const {
 
 void Table::measure(const WorstCase& worst) {
   const std::size_t share = quick_ ? 4 : 1;
-  once_.write(worst.name, worst.n / share);
-  twice_.write(worst.name, worst.n / share * 2);
+  write_case(worst.name, worst.n / share, once_);
+  write_case(worst.name, worst.n / share * 2, twice_);
   for (const char output : std::string_view("STJDB")) {
     const bool multiplied = worst.multiplied.find(output) != std::string_view::npos;
     print(worst, output, best_pair(output, multiplied ? output_piece / share : 0));
@@ -168,7 +147,7 @@ void Table::measure_sparse() {
   std::printf("\n%-14s %10s %-6s  %12s %7s %8s\n", "sparse file", "MiB", "", "allowed MiB", "s",
               "MiB");
   for (const Sparse& one : sparse) {
-    once_.write(one.name, one.n);
+    write_case(one.name, one.n, once_);
     Limits limits;
     limits.memory = one.memory;
     const fs::path errors = once_.path().string() + ".errors";
