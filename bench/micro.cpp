@@ -7,14 +7,14 @@
 #include <string>
 #include <string_view>
 
-#include "ct_file.h"
-#include "ct_number.h"
-#include "ct_records.h"
-#include "ct_storage.h"
-#include "ct_text.h"
-#include "ct_value_tape.h"
-#include "ct_walk.h"
-#include "ct_writer.h"
+#include "codetrace/ct_file.h"
+#include "codetrace/ct_storage.h"
+#include "codetrace/ct_walk.h"
+#include "codetrace/model/ct_records.h"
+#include "codetrace/model/ct_value_tape.h"
+#include "codetrace/render/ct_number.h"
+#include "codetrace/render/ct_text.h"
+#include "codetrace/render/ct_writer.h"
 #include "php_like.h"
 
 namespace CT::Bench {

@@ -11,9 +11,9 @@
 #include <memory>
 #include <vector>
 
-#include "ct_document.h"
-#include "ct_file.h"
-#include "ct_storage.h"
+#include "codetrace/ct_file.h"
+#include "codetrace/ct_storage.h"
+#include "codetrace/render/ct_document.h"
 
 namespace {
 

@@ -8,11 +8,11 @@
 #include <algorithm>
 #include <string>
 
-#include "ct_document.h"
-#include "ct_file.h"
-#include "ct_file_dump.h"
-#include "ct_storage.h"
-#include "ct_walk.h"
+#include "codetrace/ct_file.h"
+#include "codetrace/ct_storage.h"
+#include "codetrace/ct_walk.h"
+#include "codetrace/render/ct_document.h"
+#include "codetrace/render/ct_file_dump.h"
 #include "support.h"
 #include "written.h"
 

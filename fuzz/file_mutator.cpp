@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "ct_file.h"
+#include "codetrace/ct_file.h"
 #include "support.h"
 #include "trace_moves.h"
 

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "ct_value_json.h"
+#include "codetrace/render/ct_value_json.h"
 #include "support.h"
 #include "written.h"
 

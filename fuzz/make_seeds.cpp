@@ -14,7 +14,7 @@
 
 #include "awkward.h"
 #include "case_file.h"
-#include "ct_records.h"
+#include "codetrace/model/ct_records.h"
 #include "rich_trace.h"
 #include "support.h"
 #include "trace_text.h"

@@ -16,10 +16,10 @@
 #include <string>
 #include <string_view>
 
-#include "ct_checkpoint.h"
-#include "ct_file.h"
-#include "ct_view.h"
-#include "ct_writer.h"
+#include "codetrace/ct_file.h"
+#include "codetrace/model/ct_checkpoint.h"
+#include "codetrace/model/ct_view.h"
+#include "codetrace/render/ct_writer.h"
 #include "kcommon/k_logger.h"
 #include "trace_builder.h"
 

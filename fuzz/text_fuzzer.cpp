@@ -6,11 +6,11 @@
 #include <bit>
 #include <string>
 
-#include "ct_json.h"
-#include "ct_node.h"
-#include "ct_number.h"
-#include "ct_text.h"
-#include "ct_value.h"
+#include "codetrace/model/ct_value.h"
+#include "codetrace/render/ct_json.h"
+#include "codetrace/render/ct_number.h"
+#include "codetrace/render/ct_text.h"
+#include "codetrace/tree/ct_node.h"
 #include "plain_value.h"
 #include "support.h"
 #include "written.h"

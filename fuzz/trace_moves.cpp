@@ -4,8 +4,8 @@
 #include <algorithm>
 
 #include "checkpoint_draft.h"
-#include "ct_file.h"
-#include "ct_view.h"
+#include "codetrace/ct_file.h"
+#include "codetrace/model/ct_view.h"
 #include "support.h"
 
 namespace CT::Fuzz {

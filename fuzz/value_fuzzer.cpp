@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "ct_value.h"
-#include "ct_value_json.h"
-#include "ct_value_text.h"
+#include "codetrace/model/ct_value.h"
+#include "codetrace/render/ct_value_json.h"
+#include "codetrace/render/ct_value_text.h"
 #include "support.h"
 #include "written.h"
 

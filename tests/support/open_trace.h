@@ -16,11 +16,11 @@
 #include <string>
 #include <string_view>
 
-#include "ct_document.h"
-#include "ct_file.h"
-#include "ct_records.h"
-#include "ct_storage.h"
-#include "ct_walk.h"
+#include "codetrace/ct_file.h"
+#include "codetrace/ct_storage.h"
+#include "codetrace/ct_walk.h"
+#include "codetrace/model/ct_records.h"
+#include "codetrace/render/ct_document.h"
 #include "trace_builder.h"
 #include "trace_text.h"
 #include "written.h"

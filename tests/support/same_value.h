@@ -8,7 +8,7 @@
 #include <bit>
 #include <string>
 
-#include "ct_value.h"
+#include "codetrace/model/ct_value.h"
 #include "plain_value.h"
 
 namespace CT::Test {

@@ -11,8 +11,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "ct_file.h"
-#include "ct_value.h"
+#include "codetrace/ct_file.h"
+#include "codetrace/model/ct_value.h"
 #include "open_trace.h"
 #include "trace_builder.h"
 

@@ -11,8 +11,8 @@
 #include <string>
 #include <string_view>
 
-#include "ct_json.h"
-#include "ct_writer.h"
+#include "codetrace/render/ct_json.h"
+#include "codetrace/render/ct_writer.h"
 
 namespace CT::Test {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "ct_records.h"
+#include "codetrace/model/ct_records.h"
 #include "open_trace.h"
 
 namespace CT::Test {

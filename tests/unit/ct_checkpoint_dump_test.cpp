@@ -5,7 +5,7 @@
 #include <bit>
 #include <string>
 
-#include "ct_records.h"
+#include "codetrace/model/ct_records.h"
 #include "open_trace.h"
 #include "rich_trace.h"
 

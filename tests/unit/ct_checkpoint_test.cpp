@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ct_checkpoint.h"
+#include "codetrace/model/ct_checkpoint.h"
 
 #include <gtest/gtest.h>
 

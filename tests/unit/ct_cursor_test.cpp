@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ct_cursor.h"
+#include "codetrace/bytes/ct_cursor.h"
 
 #include <gtest/gtest.h>
 

@@ -9,9 +9,9 @@
 #include <string>
 #include <string_view>
 
-#include "ct_document.h"
-#include "ct_file_dump.h"
-#include "ct_walk.h"
+#include "codetrace/ct_walk.h"
+#include "codetrace/render/ct_document.h"
+#include "codetrace/render/ct_file_dump.h"
 #include "kcommon/k_logger.h"
 #include "open_trace.h"
 #include "rich_trace.h"

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "ct_document.h"
+#include "codetrace/render/ct_document.h"
 #include "open_trace.h"
 #include "rich_trace.h"
 

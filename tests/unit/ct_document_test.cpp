@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ct_document.h"
+#include "codetrace/render/ct_document.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ct_entity.h"
+#include "codetrace/model/ct_entity.h"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "ct_file.h"
+#include "codetrace/ct_file.h"
 #include "log_recorder.h"
 #include "open_trace.h"
 #include "temp_file.h"

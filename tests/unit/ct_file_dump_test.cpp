@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ct_file_dump.h"
+#include "codetrace/render/ct_file_dump.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ct_file.h"
+#include "codetrace/ct_file.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ct_json_members.h"
+#include "codetrace/render/ct_json_members.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Documents are built twice, by the streaming writer and by Qt, and compared byte for byte.
-#include "ct_json.h"
+#include "codetrace/render/ct_json.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "awkward.h"
-#include "ct_text.h"
+#include "codetrace/render/ct_text.h"
 #include "written.h"
 
 namespace CT::Test {

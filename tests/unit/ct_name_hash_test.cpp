@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ct_name_hash.h"
+#include "codetrace/render/keys/ct_name_hash.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "awkward.h"
-#include "ct_text.h"
+#include "codetrace/render/ct_text.h"
 #include "open_trace.h"
 #include "written.h"
 

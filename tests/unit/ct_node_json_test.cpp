@@ -6,7 +6,7 @@
 #include <string>
 
 #include "awkward.h"
-#include "ct_node.h"
+#include "codetrace/tree/ct_node.h"
 #include "open_trace.h"
 #include "rich_trace.h"
 #include "value_names.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ct_node.h"
+#include "codetrace/tree/ct_node.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "awkward.h"
-#include "ct_node.h"
+#include "codetrace/tree/ct_node.h"
 #include "open_trace.h"
 #include "rich_trace.h"
 

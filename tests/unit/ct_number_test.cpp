@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Doubles are held equal to Qt, which defines their forms; the rows are what Qt 6.4 prints.
-#include "ct_number.h"
+#include "codetrace/render/ct_number.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ct_place_index.h"
+#include "codetrace/model/ct_place_index.h"
 
 #include <gtest/gtest.h>
 

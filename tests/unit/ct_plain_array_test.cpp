@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ct_plain_array.h"
+#include "codetrace/bytes/ct_plain_array.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ct_records.h"
+#include "codetrace/model/ct_records.h"
 
 #include <gtest/gtest.h>
 

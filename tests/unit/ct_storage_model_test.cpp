@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "ct_storage.h"
+#include "codetrace/ct_storage.h"
 #include "log_recorder.h"
 #include "open_trace.h"
 

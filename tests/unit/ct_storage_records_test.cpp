@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "ct_storage.h"
+#include "codetrace/ct_storage.h"
 #include "log_recorder.h"
 #include "open_trace.h"
 #include "rich_trace.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ct_storage.h"
+#include "codetrace/ct_storage.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ct_string.h"
+#include "codetrace/model/ct_string.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Texts are held equal to QString::fromUtf8, which defines how bad bytes show.
-#include "ct_text.h"
+#include "codetrace/render/ct_text.h"
 
 #include <gtest/gtest.h>
 

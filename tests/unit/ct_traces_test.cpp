@@ -14,9 +14,9 @@
 #include <string>
 #include <string_view>
 
-#include "ct_document.h"
-#include "ct_file_dump.h"
-#include "ct_walk.h"
+#include "codetrace/ct_walk.h"
+#include "codetrace/render/ct_document.h"
+#include "codetrace/render/ct_file_dump.h"
 #include "log_recorder.h"
 #include "written.h"
 

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "awkward.h"
-#include "ct_value.h"
+#include "codetrace/model/ct_value.h"
 #include "same_value.h"
 #include "value_trace.h"
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "ct_value.h"
+#include "codetrace/model/ct_value.h"
 #include "open_trace.h"
 #include "value_trace.h"
 

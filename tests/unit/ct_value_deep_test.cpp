@@ -8,10 +8,10 @@
 #include <string>
 #include <string_view>
 
-#include "ct_records.h"
-#include "ct_value.h"
-#include "ct_value_json.h"
-#include "ct_value_text.h"
+#include "codetrace/model/ct_records.h"
+#include "codetrace/model/ct_value.h"
+#include "codetrace/render/ct_value_json.h"
+#include "codetrace/render/ct_value_text.h"
 #include "open_trace.h"
 #include "small_stack.h"
 

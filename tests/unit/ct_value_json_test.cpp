@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Streamed values are held equal to what Qt prints of the same value in Qt's classes.
-#include "ct_value_json.h"
+#include "codetrace/render/ct_value_json.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "awkward.h"
-#include "ct_value.h"
+#include "codetrace/model/ct_value.h"
 #include "plain_value.h"
 #include "value_trace.h"
 #include "written.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ct_value_key.h"
+#include "codetrace/render/keys/ct_value_key.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <random>
 #include <vector>
 
-#include "ct_value_json.h"
+#include "codetrace/render/ct_value_json.h"
 #include "open_trace.h"
 
 namespace CT::Checkpoint::Test {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ct_value_text.h"
+#include "codetrace/render/ct_value_text.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <string>
 
 #include "awkward.h"
-#include "ct_value.h"
+#include "codetrace/model/ct_value.h"
 #include "plain_value.h"
 #include "value_trace.h"
 #include "written.h"

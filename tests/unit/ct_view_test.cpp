@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ct_view.h"
+#include "codetrace/model/ct_view.h"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 #include <ostream>
 #include <string>
 
-#include "ct_view.h"
+#include "codetrace/model/ct_view.h"
 #include "open_trace.h"
 
 namespace CT::Test {

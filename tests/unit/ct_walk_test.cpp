@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ct_walk.h"
+#include "codetrace/ct_walk.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ct_writer.h"
+#include "codetrace/render/ct_writer.h"
 
 #include <gtest/gtest.h>
 

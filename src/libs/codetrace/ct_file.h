@@ -14,7 +14,7 @@
 #include <cstdlib>
 #include <memory>
 
-#include "ct_cursor.h"
+#include "codetrace/bytes/ct_cursor.h"
 #include "kcommon/k_export.h"
 
 namespace CT {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ct_storage.h"
+#include "codetrace/ct_storage.h"
 
 #include <algorithm>
 #include <bit>

@@ -12,10 +12,10 @@
 #include <memory>
 #include <variant>
 
-#include "ct_entity.h"
-#include "ct_node.h"
-#include "ct_plain_array.h"
-#include "ct_records.h"
+#include "codetrace/bytes/ct_plain_array.h"
+#include "codetrace/model/ct_entity.h"
+#include "codetrace/model/ct_records.h"
+#include "codetrace/tree/ct_node.h"
 #include "kcommon/k_export.h"
 
 namespace CT {

@@ -6,9 +6,9 @@
 
 #include <functional>
 
-#include "ct_file.h"
-#include "ct_records.h"
-#include "ct_storage.h"
+#include "codetrace/ct_file.h"
+#include "codetrace/ct_storage.h"
+#include "codetrace/model/ct_records.h"
 #include "kcommon/k_export.h"
 
 namespace CT {

@@ -10,15 +10,15 @@
 #include <memory>
 #include <new>
 
+#include "codetrace/ct_file.h"
+#include "codetrace/ct_storage.h"
+#include "codetrace/ct_walk.h"
+#include "codetrace/render/ct_document.h"
+#include "codetrace/render/ct_file_dump.h"
+#include "codetrace/render/ct_writer.h"
 #include "ct_args.h"
-#include "ct_document.h"
-#include "ct_file.h"
-#include "ct_file_dump.h"
 #include "ct_output.h"
 #include "ct_progress.h"
-#include "ct_storage.h"
-#include "ct_walk.h"
-#include "ct_writer.h"
 #include "kcommon/k_logger.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include <QString>
 #include <string_view>
 
-#include "ct_writer.h"
+#include "codetrace/render/ct_writer.h"
 
 namespace CT {
 

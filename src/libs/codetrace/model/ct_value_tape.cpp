@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+#include "codetrace/model/ct_value_tape.h"
+
+namespace CT::Checkpoint {
+
+void ValueTape::reset(const CheckpointView& view) {
+  file_ = &view.file();
+  payload_ = view.payload();
+  payload_end_ = payload_ + view.size();
+  items_.clear();
+  classes_.clear();
+  frames_.clear();  // not empty if memory ended while a value was decoded
+}
+
+Cursor ValueTape::body(Index i, ValueType type) const {
+  if (this->type(i) != type) return {};
+  const unsigned char* place = payload_ + items_[i].place;
+  // An array that stands for a text of the cut marker has that text's code in the file.
+  if (*place != static_cast<unsigned char>(type)) return {};
+  return {place + 1, payload_end_, file_->big_endian()};
+}
+
+std::int64_t ValueTape::as_long(Index i) const { return body(i, ValueType::long_).i64(); }
+
+double ValueTape::as_double(Index i) const { return body(i, ValueType::double_).f64(); }
+
+String ValueTape::string(Index i) const {
+  Cursor cursor = body(i, ValueType::string);
+  return get_cut_str(cursor);
+}
+
+std::int32_t ValueTape::declared_count(Index i) const { return body(i, ValueType::array).i32(); }
+
+std::shared_ptr<ClassEntry> ValueTape::class_entry(Index i) const {
+  if (type(i) != ValueType::object || items_[i].link == no_class) return nullptr;
+  return classes_[items_[i].link];
+}
+
+std::uint32_t ValueTape::object_handle(Index i) const {
+  Cursor cursor = body(i, ValueType::object);
+  cursor.u64();
+  return cursor.u32();
+}
+
+String ValueTape::resource_name(Index i) const {
+  return section_str(*file_, resource_name_place(i));
+}
+
+const unsigned char* ValueTape::resource_name_place(Index i) const {
+  return file_->add_data().resolve(body(i, ValueType::resource).u64());
+}
+
+std::int64_t ValueTape::resource_handle(Index i) const {
+  Cursor cursor = body(i, ValueType::resource);
+  cursor.u64();
+  return cursor.i64();
+}
+
+}  // namespace CT::Checkpoint

@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: MIT
+//
+// Decoded PHP values in flat form: a tape of eight-byte items in file order, an array followed by
+// its keys and values. An item tells where its bytes lie in the payload and, for an array, where
+// the array ends; numbers and texts are read there again when asked for. So a value of any depth is
+// one block of memory: decoding, copying, printing and destroying need no recursion.
+//
+// A tape borrows the file's bytes. Values that the payload's end cuts short become undef; arrays
+// around them keep the pairs whose key is whole.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "codetrace/bytes/ct_plain_array.h"
+#include "codetrace/model/ct_entity.h"
+#include "codetrace/model/ct_view.h"
+#include "kcommon/k_export.h"
+
+namespace CT::Checkpoint {
+
+// The codes of the file, which are the PHP engine's own.
+enum class ValueType : std::uint8_t {
+  undef,
+  null,
+  false_,
+  true_,
+  long_,
+  double_,
+  string,
+  array,
+  object,
+  resource
+};
+
+// An array that is being decoded.
+struct ArrayFrame {
+  std::uint32_t array;  // its item
+  std::uint32_t pair;   // the item at which the current pair begins
+  std::uint32_t left;   // pairs still to come, the current one included
+  std::uint32_t kept;   // pairs kept while it is a list: the key that would continue it
+  bool has_key;         // the current pair's key is complete
+};
+
+class CODETRACE_EXPORT ValueTape {
+ public:
+  using Index = std::uint32_t;
+
+  // Empty, for values in the payload of `view`; keeps its memory.
+  void reset(const CheckpointView& view);
+
+  // Decodes the value at the cursor, which lies in the payload given to reset(), and leaves the
+  // cursor behind it. Classes of objects come from the cache, or are built for this tape alone
+  // without one. Returns the value's item. If the cursor fails, what could be read stands there: an
+  // array with its whole pairs, or undef.
+  Index decode(Cursor& cursor, EntityCache* cache);
+
+  [[nodiscard]] const File& file() const { return *file_; }
+
+  // Items so far: a value decoded next begins there.
+  [[nodiscard]] Index size() const { return static_cast<Index>(items_.size()); }
+  // Forgets every item from `size` on.
+  void truncate(Index size) { items_.truncate(size); }
+
+  [[nodiscard]] ValueType type(Index i) const { return static_cast<ValueType>(items_[i].type); }
+  // The item behind the value and everything in it.
+  [[nodiscard]] Index end(Index i) const {
+    return type(i) == ValueType::array ? items_[i].link : i + 1;
+  }
+
+  // By type; anything else than the type allows is 0, absent or null.
+  [[nodiscard]] std::int64_t as_long(Index i) const;
+  [[nodiscard]] double as_double(Index i) const;
+  [[nodiscard]] String string(Index i) const;
+  [[nodiscard]] bool is_cut(Index i) const { return items_[i].cut != 0; }
+  [[nodiscard]] bool is_list(Index i) const { return items_[i].list != 0; }
+  [[nodiscard]] std::int32_t declared_count(Index i) const;
+  [[nodiscard]] std::shared_ptr<ClassEntry> class_entry(Index i) const;
+  [[nodiscard]] std::uint32_t object_handle(Index i) const;
+  [[nodiscard]] String resource_name(Index i) const;
+  // Where that name begins in ADD DATA, not measured; null for none.
+  [[nodiscard]] const unsigned char* resource_name_place(Index i) const;
+  [[nodiscard]] std::int64_t resource_handle(Index i) const;
+
+ private:
+  friend class TapeDecoder;
+
+  struct Item {
+    std::uint32_t place : 24;  // of the type code, from the payload's start
+    std::uint32_t type : 4;
+    std::uint32_t cut : 1;
+    std::uint32_t list : 1;
+    std::uint32_t link;  // array: the item behind it; object: its place in classes_
+  };
+  static constexpr std::uint32_t no_class = 0xFFFFFFFF;
+
+  // Behind the type code of item `i`; over nothing if it is not of this type.
+  [[nodiscard]] Cursor body(Index i, ValueType type) const;
+
+  const File* file_ = nullptr;
+  const unsigned char* payload_ = nullptr;
+  const unsigned char* payload_end_ = nullptr;
+  PlainArray<Item> items_;
+  std::vector<std::shared_ptr<ClassEntry>> classes_;
+  PlainArray<ArrayFrame> frames_;
+};
+
+// Steps over the value at the cursor as decode() would, keeping nothing; numbers its classes in
+// `cache` unless that is null.
+void scan_value(Cursor& cursor, const CheckpointView& view, EntityCache* cache);
+
+}  // namespace CT::Checkpoint

@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: MIT
+//
+// How values are decoded, and how they are stepped over.
+#include "codetrace/model/ct_value_tape.h"
+#include "codetrace/render/ct_text.h"
+
+namespace CT::Checkpoint {
+
+namespace {
+
+constexpr std::uint8_t last_type = static_cast<std::uint8_t>(ValueType::resource);
+
+// What stands before the elements of an array, or the whole of any other value.
+struct Header {
+  ValueType type;
+  std::int32_t count;       // of an array: the pairs it declares
+  std::uint64_t reference;  // of an object: its class
+};
+
+// Steps over it; the cursor fails if it is not whole.
+inline Header read_header(Cursor& cursor) {
+  std::uint8_t code = cursor.u8();
+  // Kept: a code that does not exist is undef, and reading goes on behind it, out of step.
+  if (code > last_type) code = 0;
+  Header header = {static_cast<ValueType>(code), 0, 0};
+  switch (header.type) {
+    case ValueType::undef:
+    case ValueType::null:
+    case ValueType::false_:
+    case ValueType::true_: break;
+    case ValueType::long_:
+    case ValueType::double_: cursor.bytes(8); break;
+    case ValueType::string: get_cut_str(cursor); break;
+    case ValueType::array: header.count = cursor.i32(); break;
+    case ValueType::object:
+      header.reference = cursor.u64();
+      cursor.bytes(4);
+      break;
+    case ValueType::resource: cursor.bytes(16); break;
+  }
+  return header;
+}
+
+}  // namespace
+
+// Decodes one value to a tape. Arrays that are open stand on an explicit stack, so nesting is
+// followed as deep as the data goes.
+class TapeDecoder {
+ public:
+  // Takes a copy of the cursor, which the compiler keeps in registers.
+  TapeDecoder(ValueTape& tape, const Cursor& cursor, EntityCache* cache)
+      : tape_(tape), items_(tape.items_), frames_(tape.frames_), cursor_(cursor), cache_(cache) {}
+
+  // Returns the cursor behind the value.
+  Cursor run() {
+    do {
+      if (!read_value()) deliver();
+    } while (!frames_.empty());
+    return cursor_;
+  }
+
+ private:
+  // True when the value is an array with pairs, which is now open.
+  bool read_value() {
+    const unsigned char* place = cursor_.position();
+    const Header value = read_header(cursor_);
+    if (!cursor_.ok()) {
+      add(ValueType::undef, place);
+      return false;
+    }
+    add(value.type, place);
+    if (value.type == ValueType::object) set_class(value.reference);
+    if (value.count < 1) return false;
+    frames_.push_back(
+        {tape_.size() - 1, tape_.size(), static_cast<std::uint32_t>(value.count), 0, false});
+    return true;
+  }
+
+  // Hands a finished value to the array around it, which may be finished by it in turn.
+  void deliver() {
+    while (!frames_.empty()) {
+      ArrayFrame& frame = frames_.back();
+      if (!frame.has_key) {
+        if (cursor_.ok()) {
+          frame.has_key = true;
+          return;
+        }
+        tape_.truncate(frame.pair);
+      } else {
+        finish_pair(frame);
+        frame.has_key = false;
+        frame.left -= 1;
+        frame.pair = tape_.size();
+        if (frame.left != 0 && cursor_.ok()) return;
+      }
+      items_[frame.array].link = tape_.size();
+      frames_.pop_back();
+    }
+  }
+
+  void add(ValueType type, const unsigned char* place) {
+    const bool is_array = type == ValueType::array;
+    items_.push_back({static_cast<std::uint32_t>(place - tape_.payload_) & 0xFFFFFF,
+                      static_cast<std::uint32_t>(type) & 0xF, 0, is_array ? 1U : 0U,
+                      is_array ? tape_.size() + 1 : ValueTape::no_class});
+  }
+
+  // For the item added last.
+  void set_class(std::uint64_t reference) {
+    const CT::ClassEntry* record = resolve_class(*tape_.file_, reference);
+    if (record == nullptr) return;
+    const CheckpointView view(*tape_.file_);
+    items_.back().link = static_cast<std::uint32_t>(tape_.classes_.size());
+    tape_.classes_.push_back(cache_ != nullptr
+                                 ? cache_->get_class_entry(view, record)
+                                 : std::make_shared<ClassEntry>(view, record, nullptr, -1));
+  }
+
+  void finish_pair(ArrayFrame& frame) {
+    ValueTape::Item& array = items_[frame.array];
+    const std::uint32_t key = frame.pair;
+    if (array.cut == 0 && is_cut_marker(key)) array.cut = 1;
+    if (array.cut != 0) {
+      tape_.truncate(key);
+      return;
+    }
+    if (array.list != 0) {
+      const bool follows =
+          tape_.type(key) == ValueType::long_ && tape_.as_long(key) == std::int64_t{frame.kept};
+      if (follows) {
+        ++frame.kept;
+      } else {
+        array.list = 0;
+      }
+    }
+    // The tracer puts the marker in place of a nested array that it did not descend into.
+    if (const std::uint32_t value = tape_.end(key); is_cut_marker(value)) {
+      ValueTape::Item& item = items_[value];
+      item.type = static_cast<std::uint32_t>(ValueType::array) & 0xF;
+      item.cut = item.list = 1;
+      item.link = value + 1;
+    }
+  }
+
+  [[nodiscard]] bool is_cut_marker(std::uint32_t item) const {
+    return tape_.type(item) == ValueType::string &&
+           decodes_to(tape_.string(item).view(), String::cut_marker);
+  }
+
+  ValueTape& tape_;
+  PlainArray<ValueTape::Item>& items_;
+  PlainArray<ArrayFrame>& frames_;
+  Cursor cursor_;
+  EntityCache* cache_;
+};
+
+ValueTape::Index ValueTape::decode(Cursor& cursor, EntityCache* cache) {
+  const Index root = size();
+  if (!cursor.ok()) {
+    items_.push_back({0, 0, 0, 0, no_class});
+    return root;
+  }
+  cursor = TapeDecoder(*this, cursor, cache).run();
+  return root;
+}
+
+// Nothing is kept, so of the arrays that are open it is enough to know how many values they still
+// want all together: fewer than 2^32 for each of less than 2^24 arrays.
+void scan_value(Cursor& cursor, const CheckpointView& view, EntityCache* cache) {
+  Cursor at = cursor;
+  for (std::uint64_t wanted = 1; wanted != 0 && at.ok(); --wanted) {
+    const Header value = read_header(at);
+    if (!at.ok()) break;
+    if (value.type == ValueType::object && cache != nullptr) {
+      const CT::ClassEntry* record = resolve_class(view.file(), value.reference);
+      if (record != nullptr) cache->get_class_entry(view, record);
+    }
+    if (value.count > 0) wanted += 2 * static_cast<std::uint64_t>(value.count);
+  }
+  cursor = at;
+}
+
+}  // namespace CT::Checkpoint

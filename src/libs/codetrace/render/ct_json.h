@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+//
+// A streaming JSON writer with the exact bytes of QJsonDocument::toJson: four blanks a level, and
+// an empty container on two lines. It keeps no document and no stack, so depth costs nothing; that
+// keys are sorted and unique is its callers' affair (see json_key_less).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "codetrace/render/ct_writer.h"
+#include "kcommon/k_export.h"
+
+namespace CT {
+
+class CODETRACE_EXPORT JsonWriter {
+ public:
+  enum class Form { indented, compact };
+
+  // Borrows: the output.
+  explicit JsonWriter(Writer& out, Form form = Form::indented)
+      : out_(out), indented_(form == Form::indented) {}
+
+  void begin_object() { begin('{'); }
+  void end_object() { end('}'); }
+  void begin_array() { begin('['); }
+  void end_array() { end(']'); }
+
+  // Starts the next element of an array; exactly one value follows.
+  void element();
+  // Starts the next member of an object; exactly one value follows. `name` is plain ASCII
+  // of at most 64 bytes.
+  void key(std::string_view name);
+  // The same for any text: its JSON form is put between the two calls.
+  void begin_key();
+  void end_key();
+
+  void null() { out_.put("null"); }
+  void boolean(bool value) { value ? out_.put("true") : out_.put("false"); }
+  void number(std::int64_t value);
+  void number(double value);
+  // `stored` is decoded as ct_text.h says; `suffix` is plain ASCII behind it.
+  void text(std::string_view stored, std::string_view suffix = {});
+
+  [[nodiscard]] Writer& out() { return out_; }
+  [[nodiscard]] bool ok() const { return out_.ok(); }
+
+ private:
+  void begin(char bracket);
+  void end(char bracket);
+  void new_line();
+
+  Writer& out_;
+  std::size_t depth_ = 0;
+  bool indented_;
+  bool first_ = true;
+};
+
+// The order of keys in an object: by UTF-16 code unit, which for text beyond U+FFFF differs from
+// the order of the UTF-8 bytes. Both texts are well-formed UTF-8.
+bool json_key_less(std::string_view a, std::string_view b);
+
+}  // namespace CT

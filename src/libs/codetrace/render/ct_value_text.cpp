@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: MIT
+#include "codetrace/render/ct_value_text.h"
+
+#include "codetrace/render/ct_number.h"
+
+namespace CT::Checkpoint {
+
+namespace {
+
+void write_string(String string, Writer& out, bool quoted) {
+  if (quoted) out.put('"');
+  string.write(out);
+  if (quoted) out.put('"');
+}
+
+}  // namespace
+
+void ValueTextWriter::write_name(const File& file, const unsigned char* place, Writer& out) {
+  section_str(file, place).write(out);
+}
+
+void ValueTextWriter::write_object(const ValueTape& tape, ValueTape::Index i, Writer& out) {
+  out.put("object(");
+  if (const auto entry = tape.class_entry(i); entry != nullptr) {
+    write_name(tape.file(), entry->name_place(), out);
+  } else {
+    out.put("!unknown!");
+  }
+  out.put('#');
+  put_unsigned(out, tape.object_handle(i));
+  out.put(')');
+}
+
+void ValueTextWriter::write_resource(const ValueTape& tape, ValueTape::Index i, Writer& out) {
+  out.put("resource(");
+  write_name(tape.file(), tape.resource_name_place(i), out);
+  out.put('#');
+  put_signed(out, tape.resource_handle(i));
+  out.put(')');
+}
+
+// Anything but an array.
+void ValueTextWriter::write_leaf(const ValueTape& tape, ValueTape::Index i, Writer& out,
+                                 bool quoted) {
+  switch (tape.type(i)) {
+    case ValueType::undef: out.put("undef"); break;
+    case ValueType::null: out.put("null"); break;
+    case ValueType::false_: out.put("false"); break;
+    case ValueType::true_: out.put("true"); break;
+    case ValueType::long_: put_signed(out, tape.as_long(i)); break;
+    case ValueType::double_: put_double_text(out, tape.as_double(i)); break;
+    case ValueType::string: write_string(tape.string(i), out, quoted); break;
+    case ValueType::object: write_object(tape, i, out); break;
+    case ValueType::resource: write_resource(tape, i, out); break;
+    case ValueType::array: break;
+  }
+}
+
+void ValueTextWriter::write(const ValueTape& tape, ValueTape::Index root, Writer& out,
+                            bool quoted) {
+  if (tape.type(root) == ValueType::array) {
+    write_array(tape, root, out);
+  } else {
+    write_leaf(tape, root, out, quoted);
+  }
+}
+
+void ValueTextWriter::write_escaped(const ValueTape& tape, ValueTape::Index root, Writer& out) {
+  if (tape.type(root) != ValueType::string) {
+    write(tape, root, out);
+    return;
+  }
+  out.put('"');
+  tape.string(root).write_escaped(out);
+  out.put('"');
+}
+
+// The items of the tape in order; an array is closed when its end is reached.
+void ValueTextWriter::write_array(const ValueTape& tape, ValueTape::Index root, Writer& out) {
+  ValueTape::Index at = root;
+  open_.clear();
+  do {
+    if (tape.type(at) == ValueType::array) {
+      out.put("array(");
+      open_.push_back({at, false, true});
+    } else {
+      write_leaf(tape, at, out, true);
+    }
+    ++at;
+    while (!open_.empty()) {
+      OpenArray& array = open_.back();
+      if (array.value_next) {
+        out.put(" => ");
+        array.value_next = false;
+        break;
+      }
+      if (at != tape.end(array.item)) {
+        if (!array.is_first) out.put(", ");
+        array.is_first = false;
+        array.value_next = true;
+        break;
+      }
+      if (tape.is_cut(array.item)) array.is_first ? out.put("...") : out.put(", ...");
+      out.put(')');
+      open_.pop_back();
+    }
+  } while (!open_.empty() && out.ok());
+}
+
+}  // namespace CT::Checkpoint
