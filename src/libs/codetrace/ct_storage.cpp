@@ -3,86 +3,88 @@
 
 #include <algorithm>
 #include <bit>
-#include <type_traits>
-
-#include "kcommon/k_logger.h"
 
 namespace CT {
 
+using Checkpoint::Role;
 using Checkpoint::Type;
+using Kind = Finding::Kind;
 
 namespace {
 
-template <class Class>
-bool is_of_class(const Checkpoint::Base& record) {
-  return Checkpoint::record_as<Class>(record) != nullptr;
-}
-
-bool is_span(std::uint8_t type) {
-  switch (static_cast<Type>(type)) {
-    case Type::FUNCTION_CALL:
-    case Type::METHOD_CALL:
-    case Type::INCLUDE_CALL:
-    case Type::SAPI_WRITE_START: return true;
-    default: return false;
-  }
+// A finding about a record, noted together with the place of the call.
+Finding finding(Kind kind, const Checkpoint::Base& record,
+                const char* source_file = __builtin_FILE(), int source_line = __builtin_LINE()) {
+  Finding made{kind};
+  made.type = record.type();
+  made.offset = record.offset();
+  made.source_file = source_file;
+  made.source_line = source_line;
+  return made;
 }
 
 }  // namespace
 
-// How an end finds its node: what the node is called in messages, the record's class, and whether
-// the node's type must be INCLUDE_CALL.
+// What an end may close. Kept: only the return of an include looks at the type of the node; the
+// others close whatever they point at.
 struct Storage::ClosingRule {
-  std::string_view node_name;
-  bool (*is_right_class)(const Checkpoint::Base&);
-  // Kept: only the return of an include looks at the type; the others close whatever they point at.
-  bool checks_type = false;
+  Type end;
+  Node::Type node;
+  bool checks_type;
 };
 
+const Storage::ClosingRule Storage::closing_rules[] = {
+    {Type::FUNCTION_RETURN, Node::Type::FUNCTION_CALL, false},
+    {Type::FUNCTION_EXCEPTION, Node::Type::FUNCTION_CALL, false},
+    {Type::INCLUDE_RETURN, Node::Type::INCLUDE_CALL, true},
+    {Type::INCLUDE_EXCEPTION, Node::Type::INCLUDE_CALL, false},
+    {Type::SAPI_WRITE_END, Node::Type::SAPI_WRITE, false},
+};
+
+void Storage::report(const Finding& finding) {
+  summary_.count(finding_info(finding.kind).effect);
+  if (sink_ != nullptr) sink_->report(finding);
+}
+
+// Valid, and of this file.
+bool Storage::takes(const Checkpoint::Base& record) const {
+  return record.is_valid() && record.file() == file_;
+}
+
 Storage::NodeId Storage::add_checkpoint(const Checkpoint::Base& record) {
-  if (!record.is_valid() || &record.view().file() != file_) return no_node;
-  switch (record.type()) {
-    case Type::STARTUP: return add_startup(record);
-    case Type::SHUTDOWN: return add_shutdown(record);
-    case Type::FUNCTION_CALL:
-    case Type::METHOD_CALL:
-    case Type::INCLUDE_CALL:
-    case Type::SAPI_WRITE_START: return open(record);
-    case Type::FUNCTION_RETURN: return add_function_return(record);
-    case Type::FUNCTION_EXCEPTION: return add_function_exception(record);
-    case Type::INCLUDE_RETURN: return add_include_return(record);
-    case Type::INCLUDE_EXCEPTION: return add_include_exception(record);
-    case Type::SAPI_WRITE_END:
-      return close(record, {"SAPI_WRITE", is_of_class<Checkpoint::SapiWriteEnd>});
-    case Type::SAPI_FLUSH:
-    case Type::SAPI_HEADER:
-    case Type::SAPI_SEND_HEADERS:
-    case Type::SCRIPT_EXIT:
-    case Type::SCRIPT_ERROR:
-    case Type::USER_EVENT: return add_leaf(record);
-    case Type::CRASH:
-    case Type::INVALID: break;
+  if (!takes(record)) return no_node;
+  if (record.entities() != entities_.get()) {
+    return add_checkpoint(Checkpoint::Base::sighted(record.view(), *entities_));
   }
-  klog(0, "Unknown checkpoint type {}", static_cast<unsigned>(record.type()));
+  switch (type_info(record.type()).role) {
+    case Role::root: return add_startup(record);
+    case Role::root_end: return add_shutdown(record);
+    case Role::span: return open(record);
+    case Role::span_end: return close(record, record.type());
+    case Role::leaf: return add_leaf(record);
+    case Role::none: break;
+  }
+  Finding unknown = finding(Kind::unknown_record, record);
+  unknown.first = static_cast<std::uint64_t>(record.type());
+  report(unknown);
   return no_node;
 }
 
-std::shared_ptr<Node::Base> Storage::add_checkpoint(
-    const std::shared_ptr<Checkpoint::Base>& record) {
+std::shared_ptr<const Node::Base> Storage::add_checkpoint(
+    const std::shared_ptr<const Checkpoint::Base>& record) {
   if (record == nullptr) return nullptr;
   const NodeId id = add_checkpoint(*record);
   return id != no_node ? node(id) : nullptr;
 }
 
-bool Storage::check_is_open(const Checkpoint::Base& record) const {
+bool Storage::check_is_open(const Checkpoint::Base& record) {
   if (top_ != no_node) return true;
-  klog(0, "{} checkpoint without {} checkpoint", type_name(record.type()),
-       type_name(Type::STARTUP));
+  report(finding(Kind::nothing_open, record));
   return false;
 }
 
 Storage::NodeId Storage::add_node(const Checkpoint::Base& record) {
-  const std::uint32_t begin = record.view().offset();
+  const std::uint32_t begin = record.offset();
   if (!nodes_.empty() && begin <= nodes_.back().begin) is_rising_ = false;
   nodes_.push_back({begin, no_end, top_});
   return node_count() - 1;
@@ -90,12 +92,12 @@ Storage::NodeId Storage::add_node(const Checkpoint::Base& record) {
 
 Storage::NodeId Storage::add_startup(const Checkpoint::Base& record) {
   if (!nodes_.empty()) {
-    klog(0, "Duplicate {} checkpoint", type_name(record.type()));
+    report(finding(Kind::second_startup, record));
     return no_node;
   }
+  top_ = add_node(record);
   start_timestamp_ = record.timestamp();
   start_memory_ = record.memory();
-  top_ = add_node(record);
   return top_;
 }
 
@@ -110,61 +112,77 @@ Storage::NodeId Storage::add_leaf(const Checkpoint::Base& record) {
 }
 
 Storage::NodeId Storage::add_shutdown(const Checkpoint::Base& record) {
-  if (!check_is_open(record)) return no_node;
-  while (top_ != no_node && node_type(top_) != Node::Base::Type::STARTUP) pop();
+  if (!takes(record) || !check_is_open(record)) return no_node;
+  if (record.type() != Type::SHUTDOWN) {
+    report(finding(Kind::wrong_class, record));
+    return no_node;
+  }
+  while (top_ != no_node && type(top_) != Node::Type::STARTUP) pop();
   if (!check_is_open(record)) return no_node;
   return finish(top_, record);
 }
 
 Storage::NodeId Storage::add_function_return(const Checkpoint::Base& record) {
-  return close(record, {"FUNCTION_CALL", is_of_class<Checkpoint::FunctionReturn>});
+  return close(record, Type::FUNCTION_RETURN);
 }
 
 Storage::NodeId Storage::add_function_exception(const Checkpoint::Base& record) {
-  return close(record, {"FUNCTION_CALL", is_of_class<Checkpoint::FunctionException>});
+  return close(record, Type::FUNCTION_EXCEPTION);
 }
 
 Storage::NodeId Storage::add_include_return(const Checkpoint::Base& record) {
-  return close(record, {"INCLUDE_CALL", is_of_class<Checkpoint::IncludeReturn>, true});
+  return close(record, Type::INCLUDE_RETURN);
 }
 
 Storage::NodeId Storage::add_include_exception(const Checkpoint::Base& record) {
-  return close(record, {"INCLUDE_CALL", is_of_class<Checkpoint::IncludeException>});
+  return close(record, Type::INCLUDE_EXCEPTION);
 }
 
-Storage::NodeId Storage::close(const Checkpoint::Base& record, const ClosingRule& rule) {
-  if (!check_is_open(record)) return no_node;
-  if (!rule.is_right_class(record)) {
-    klog(0, "Invalid {} checkpoint", type_name(record.type()));
+Storage::NodeId Storage::close(const Checkpoint::Base& record, Type wanted) {
+  if (!takes(record) || !check_is_open(record)) return no_node;
+  if (record.type() != wanted) {
+    report(finding(Kind::wrong_class, record));
     return no_node;
   }
-  const std::uint64_t start = static_cast<const Checkpoint::End&>(record).start();
+  const ClosingRule& rule = *std::find_if(std::begin(closing_rules), std::end(closing_rules),
+                                          [&](const ClosingRule& row) { return row.end == wanted; });
+  const std::uint64_t start = Checkpoint::End(record).start();
   const NodeId id = find_span(start);
   if (id == no_node) {
-    klog(0, "No {} node found with address {:#x}", rule.node_name, start);
+    Finding lost = finding(Kind::no_begin, record);
+    lost.node_type = rule.node;
+    lost.first = start;
+    report(lost);
     return no_node;
   }
-  if (rule.checks_type && node_type(id) != Node::Base::Type::INCLUDE_CALL) {
-    klog(0, "Expected {} node, but got {}", type_name(Node::Base::Type::INCLUDE_CALL),
-         type_name(node_type(id)));
+  if (rule.checks_type && type(id) != rule.node) {
+    Finding wrong = finding(Kind::wrong_node, record);
+    wrong.node = id;
+    wrong.node_type = type(id);
+    report(wrong);
     return no_node;
   }
-  if (top_ != id) {
-    klog(1, "{} node with ID {} is not the last node in the stack", rule.node_name, id);
-    while (top_ != no_node && top_ != id) pop();
-    if (top_ == no_node) {
-      // Kept: the stack stays empty, and everything that follows is rejected.
-      klog(0, "Nodes stack is corrupted");
-      return no_node;
-    }
-  }
-  return finish(id, record);
+  if (top_ == id) return finish(id, record);
+  Finding inner = finding(Kind::not_innermost, record);
+  inner.node = id;
+  inner.node_type = rule.node;
+  report(inner);
+  return close_inner(id, record);
+}
+
+// Closes a node after those that are open inside it, which stay without an end.
+Storage::NodeId Storage::close_inner(NodeId id, const Checkpoint::Base& record) {
+  while (top_ != no_node && top_ != id) pop();
+  if (top_ != no_node) return finish(id, record);
+  // Kept: the stack stays empty, and everything that follows is rejected.
+  report(finding(Kind::not_open, record));
+  return no_node;
 }
 
 // Closes the innermost open node.
 Storage::NodeId Storage::finish(NodeId id, const Checkpoint::Base& record) {
   pop();
-  nodes_[static_cast<std::size_t>(id)].end = record.view().offset();
+  nodes_[static_cast<std::size_t>(id)].end = record.offset();
   return id;
 }
 
@@ -184,50 +202,42 @@ Storage::NodeId Storage::find_span(std::uint64_t address) const {
                              [](const Entry& node, std::uint64_t at) { return node.begin > at; });
   }
   if (found == nodes_.rend() || !begins_here(*found)) return no_node;
-  if (!is_span(CheckpointView::revisit(*file_, found->begin).type())) return no_node;
+  const std::uint8_t code = CheckpointView::at(*file_, found->begin).type();
+  if (type_info(Checkpoint::type_of_code(code)).role != Role::span) return no_node;
   return static_cast<NodeId>(nodes_.rend() - found) - 1;
 }
 
-namespace {
-
-// The one table from the type of the begin record to the node's class.
-template <class Make>
-void with_node_class(Type begin, Make make) {
-  switch (begin) {
-    case Type::STARTUP: return make(std::type_identity<Node::Startup>());
-    case Type::FUNCTION_CALL:
-    case Type::METHOD_CALL: return make(std::type_identity<Node::FunctionCall>());
-    case Type::INCLUDE_CALL: return make(std::type_identity<Node::IncludeCall>());
-    case Type::SAPI_WRITE_START: return make(std::type_identity<Node::SapiWrite>());
-    case Type::SAPI_FLUSH: return make(std::type_identity<Node::SapiFlush>());
-    case Type::SAPI_HEADER: return make(std::type_identity<Node::SapiHeader>());
-    case Type::SAPI_SEND_HEADERS: return make(std::type_identity<Node::SapiSendHeaders>());
-    case Type::SCRIPT_EXIT: return make(std::type_identity<Node::ScriptExit>());
-    case Type::SCRIPT_ERROR: return make(std::type_identity<Node::ScriptError>());
-    case Type::USER_EVENT: return make(std::type_identity<Node::UserEvent>());
-    default: __builtin_unreachable();  // no node begins with anything else
-  }
+Node::Type Storage::type(NodeId id) const {
+  const CheckpointView view = CheckpointView::at(*file_, entry(id).begin);
+  return Node::type_of_begin(Checkpoint::type_of_code(view.type()));
 }
 
-}  // namespace
-
-Node::Base::Type Storage::node_type(NodeId id) const {
-  const CheckpointView view = CheckpointView::revisit(*file_, entry(id).begin);
-  return Node::type_of_begin(static_cast<Type>(view.type()));
-}
-
-std::shared_ptr<Node::Base> Storage::node(NodeId id) {
+void Storage::read(NodeId id, Node::Base& node) const {
   const Entry& place = entry(id);
   const auto record = [&](std::uint32_t offset) {
-    return Checkpoint::make_record(CheckpointView::revisit(*file_, offset), this);
+    return Checkpoint::Base(CheckpointView::at(*file_, offset), *entities_);
   };
-  const std::shared_ptr<Checkpoint::Base> begin = record(place.begin);
-  std::shared_ptr<Node::Base> made;
-  with_node_class(begin->type(), [&]<class Class>(std::type_identity<Class>) {
-    made = std::make_shared<Class>(begin, start_timestamp_, start_memory_, id, place.parent);
-  });
-  if (place.end != no_end) made->add_end(record(place.end));
-  return made;
+  const Checkpoint::Base begin = record(place.begin);
+  node = Node::Base(Node::type_of_begin(begin.type()), begin, start_timestamp_, start_memory_, id,
+                    place.parent);
+  if (place.end != no_end) node.add_end(record(place.end));
+}
+
+Node::Base Storage::read(NodeId id) const {
+  Node::Base node;
+  read(id, node);
+  return node;
+}
+
+std::shared_ptr<const Node::Base> Storage::node(NodeId id) const {
+  struct Kept {
+    std::shared_ptr<const Entities> entities;
+    Node::Base node;
+  };
+  const auto kept = std::make_shared<Kept>();
+  kept->entities = entities_;
+  read(id, kept->node);
+  return {kept, &kept->node};
 }
 
 // Begin and end of a node lie far apart, and behind what the processor fetches by itself.
@@ -246,20 +256,8 @@ void NodeReader::fetch_ahead(Storage::NodeId id) const {
 
 const Node::Base& NodeReader::read(Storage::NodeId id) {
   fetch_ahead(id);
-  const Storage::Entry& place = storage_->entry(id);
-  // Pointers that own nothing: the records live in this reader.
-  const auto record = [&](Checkpoint::Record& room, std::uint32_t offset) {
-    const CheckpointView view = CheckpointView::revisit(*storage_->file_, offset);
-    return Node::Base::Record(Node::Base::Record(), room.decode(view, storage_));
-  };
-  const Node::Base::Record begin = record(begin_, place.begin);
-  Node::Base* made = nullptr;
-  with_node_class(begin->type(), [&]<class Class>(std::type_identity<Class>) {
-    made = &node_.emplace<Class>(begin, storage_->start_timestamp_, storage_->start_memory_, id,
-                                 place.parent);
-  });
-  if (place.end != Storage::no_end) made->add_end(record(end_, place.end));
-  return *made;
+  storage_->read(id, node_);
+  return node_;
 }
 
 }  // namespace CT

@@ -12,7 +12,8 @@
 
 #include "codetrace/ct_file.h"
 #include "codetrace/ct_storage.h"
-#include "codetrace/ct_walk.h"
+#include "codetrace/ct_trace.h"
+#include "codetrace/render/ct_records_dump.h"
 #include "codetrace/render/ct_document.h"
 #include "codetrace/render/ct_file_dump.h"
 #include "codetrace/render/ct_writer.h"
@@ -53,18 +54,34 @@ int end_early(const CT::Args& args) {
 
 bool chosen(const CT::Args& args, CT::OutputFormat format) { return args.formats.contains(format); }
 
+// Findings become lines of the log.
+class LogSink final : public CT::FindingSink {
+ public:
+  void report(const CT::Finding& finding) override {
+    const KLogger::Level level = CT::finding_info(finding.kind).level;
+    if (!KLogger::instance().enabled(level)) return;
+    line_.clear();
+    CT::write_text(finding, line_);
+    KLogger::instance().println(level, finding.source_file, finding.source_line, line_.view());
+  }
+
+ private:
+  CT::MemoryWriter line_;
+};
+
 // Builds the tree, and dumps each checkpoint on the way if that is wanted.
 void read_tree(const CT::File& file, bool dumps, CT::Storage& storage, CT::Writer& out,
                CT::Progress& progress) {
   constexpr std::uint64_t now_and_then = 1024;
   std::uint64_t count = 0;
+  CT::RecordDumper dumper;
   CT::read_checkpoints(file, storage, [&](const CT::Checkpoint::Base& record) {
     if (count % now_and_then == 0) {
-      progress.show("reading", record.view().offset(), file.data().size());
+      progress.show("reading", record.offset(), file.data().size());
     }
     if (dumps) {
       if (count != 0) out.put('\n');
-      record.dump(out);
+      dumper.write(record, out);
     }
     ++count;
     return out.ok();
@@ -82,7 +99,8 @@ void write_outputs(const CT::Args& args, const CT::File& file, CT::Writer& out,
     klog(3, "Outputting Code Trace dump file binary data");
     CT::write_binary(file, out);
   }
-  CT::Storage storage(file);
+  LogSink log;
+  CT::Storage storage(file, &log);
   read_tree(file, chosen(args, OutputFormat::DUMP), storage, out, progress);
   const auto count = [&](CT::Storage::NodeId done) {
     progress.show("writing", static_cast<std::uint64_t>(done),

@@ -9,9 +9,11 @@
 #pragma once
 
 #include <bit>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <string_view>
 
 #include "kcommon/k_export.h"
@@ -26,16 +28,16 @@ class CODETRACE_EXPORT Cursor {
   // A cursor over nothing: every read fails.
   Cursor() = default;
 
-  // Borrows: [begin, end).
+  // Borrows: [begin, end). A range that ends before it begins is nothing.
   Cursor(const unsigned char* begin, const unsigned char* end, bool big_endian)
       : at_(begin),
         end_(end),
         swap_(big_endian != (std::endian::native == std::endian::big)),
-        ok_(begin != nullptr) {}
+        ok_(begin != nullptr && begin <= end) {}
 
   [[nodiscard]] bool ok() const { return ok_; }
   [[nodiscard]] const unsigned char* position() const { return at_; }
-  [[nodiscard]] std::size_t left() const { return static_cast<std::size_t>(end_ - at_); }
+  [[nodiscard]] std::size_t left() const { return ok_ ? static_cast<std::size_t>(end_ - at_) : 0; }
 
   std::uint8_t u8() {
     const unsigned char* p = bytes(1);
@@ -51,7 +53,7 @@ class CODETRACE_EXPORT Cursor {
 
   // Steps over `count` bytes and returns the first of them; null, and failed, if fewer are left.
   const unsigned char* bytes(std::size_t count) {
-    if (!ok_ || count > left()) {
+    if (!ok_ || count > static_cast<std::size_t>(end_ - at_)) {
       ok_ = false;
       return nullptr;
     }
@@ -116,12 +118,18 @@ class CODETRACE_EXPORT Section {
   // Requires: a place inside the section, or null, which gives an empty view.
   [[nodiscard]] std::string_view text(const unsigned char* place) const {
     if (place == nullptr) return {};
+    assert(contains(place));
     const auto room = static_cast<std::size_t>(end() - place);
     const void* nul = std::memchr(place, 0, room);
     const auto length =
         nul != nullptr ? static_cast<std::size_t>(static_cast<const unsigned char*>(nul) - place)
                        : room;
     return {as_chars(place), length};
+  }
+
+  // Whether a place is one of the section's bytes.
+  [[nodiscard]] bool contains(const unsigned char* place) const {
+    return std::greater_equal<>()(place, data_) && std::less<>()(place, end());
   }
 
   // The bytes as text.

@@ -5,12 +5,14 @@
 // and a doubled block costs what is put into it.
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdlib>
 #include <iterator>
 #include <memory>
 #include <new>
 #include <type_traits>
+#include <utility>
 
 namespace CT {
 
@@ -22,15 +24,32 @@ class PlainArray {
   PlainArray() = default;
   PlainArray(const PlainArray&) = delete;
   PlainArray& operator=(const PlainArray&) = delete;
+  // What is moved from is empty.
+  PlainArray(PlainArray&& other) noexcept { swap(other); }
+  PlainArray& operator=(PlainArray&& other) noexcept {
+    PlainArray(std::move(other)).swap(*this);
+    return *this;
+  }
+  void swap(PlainArray& other) noexcept {
+    std::swap(elements_, other.elements_);
+    std::swap(size_, other.size_);
+    std::swap(capacity_, other.capacity_);
+  }
 
   [[nodiscard]] std::size_t size() const { return size_; }
   [[nodiscard]] bool empty() const { return size_ == 0; }
 
   // Requires: i < size(), or an array that is not empty.
-  Element& operator[](std::size_t i) { return elements_[i]; }
-  const Element& operator[](std::size_t i) const { return elements_[i]; }
-  Element& back() { return elements_[size_ - 1]; }
-  const Element& back() const { return elements_[size_ - 1]; }
+  Element& operator[](std::size_t i) {
+    assert(i < size_);
+    return elements_[i];
+  }
+  const Element& operator[](std::size_t i) const {
+    assert(i < size_);
+    return elements_[i];
+  }
+  Element& back() { return (*this)[size_ - 1]; }
+  const Element& back() const { return (*this)[size_ - 1]; }
 
   Element* begin() { return elements_.get(); }
   Element* end() { return elements_.get() + size_; }
@@ -46,8 +65,11 @@ class PlainArray {
   }
 
   // Shortens; keeps the memory. Requires: no more than size(), or an array that is not empty.
-  void truncate(std::size_t size) { size_ = size; }
-  void pop_back() { --size_; }
+  void truncate(std::size_t size) {
+    assert(size <= size_);
+    size_ = size;
+  }
+  void pop_back() { truncate(size_ - 1); }
   void clear() { size_ = 0; }
 
  private:

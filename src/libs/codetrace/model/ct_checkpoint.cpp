@@ -3,78 +3,167 @@
 
 #include <array>
 
-#include "codetrace/render/ct_text.h"
+#include "codetrace/model/ct_value_tape.h"
 
 namespace CT::Checkpoint {
 
 namespace {
 
-constexpr std::array<std::string_view, static_cast<std::size_t>(Type::INVALID)> names = {
-    "STARTUP",
-    "SHUTDOWN",
-    "FUNCTION_CALL",
-    "METHOD_CALL",
-    "FUNCTION_RETURN",
-    "FUNCTION_EXCEPTION",
-    "INCLUDE_CALL",
-    "INCLUDE_RETURN",
-    "INCLUDE_EXCEPTION",
-    "SAPI_WRITE_START",
-    "SAPI_WRITE_END",
-    "SAPI_FLUSH",
-    "SAPI_HEADER",
-    "SAPI_SEND_HEADERS",
-    "SCRIPT_EXIT",
-    "SCRIPT_ERROR",
-    "CRASH",
-    "USER_EVENT"};
-static_assert(!names.back().empty());
+// By presence bits: where the fields behind the common ones begin.
+constexpr std::array<std::uint32_t, 8> common_sizes = [] {
+  std::array<std::uint32_t, 8> sizes{};
+  for (std::uint32_t bits = 0; bits != sizes.size(); ++bits) {
+    sizes[bits] = ((bits & 1) != 0 ? Format::timestamp_size : 0) +
+                  ((bits & 2) != 0 ? Format::memory_size : 0) +
+                  ((bits & 4) != 0 ? Format::location_size : 0);
+  }
+  return sizes;
+}();
+
+// Steps over one field as it is stored; enters what it refers to.
+void scan_field(Format::Field field, Cursor& cursor, const File& file, Entities* entities) {
+  switch (field) {
+    case Format::Field::none: break;
+    case Format::Field::reference: cursor.bytes(Format::reference_size); break;
+    case Format::Field::u32: cursor.bytes(4); break;
+    case Format::Field::cut_text: get_cut_str(cursor); break;
+    case Format::Field::inline_text: get_inline_str(cursor); break;
+    case Format::Field::value: scan_value(cursor, file, entities); break;
+    case Format::Field::arguments: {
+      const std::uint32_t count = cursor.u32();
+      for (std::uint32_t i = 0; i != count && cursor.ok(); ++i) scan_value(cursor, file, entities);
+      break;
+    }
+    case Format::Field::header_line:
+      if (cursor.u8() < Format::first_operation_without_line) get_cut_str(cursor);
+      break;
+  }
+}
+
+bool is_call(Type type) { return type == Type::FUNCTION_CALL || type == Type::METHOD_CALL; }
 
 }  // namespace
 
-std::string_view type_name(Type type) {
-  return type < Type::INVALID ? names[static_cast<std::size_t>(type)] : "INVALID";
+inline Base::Base(const CheckpointView& view, const Entities* entities) {
+  const Type type = type_of_code(view.type());
+  if (!view.is_valid() || type == Type::INVALID) return;
+  file_ = &view.file();
+  checkpoint_ = view.checkpoint();
+  entities_ = entities;
+  type_ = type;
+  size_ = view.size();
+  if (size_ != 0) place_common_fields(view.presence());
+  valid_ = size_ != 0 || !type_info(type).needs_payload;
 }
 
-Base::Base(const CheckpointView& view, Cursor& cursor, EntityCache* /*cache*/) : view_(view) {
-  cursor = Cursor();
-  if (!view.is_valid() || view.type() >= static_cast<std::uint8_t>(Type::INVALID)) return;
-  type_ = static_cast<Type>(view.type());
-  valid_ = true;
-  Cursor at = view.cursor();  // a copy, which the compiler keeps in registers
-  if (view.has_timestamp()) {
-    const std::uint64_t seconds = at.u64();
-    const std::uint32_t nanoseconds = at.u32();
-    if (at.ok()) {
-      flags_ |= 1;
-      timestamp_ = {static_cast<std::int64_t>(seconds), nanoseconds};
-    }
+// What places it in the tree must be there: the function of a call, the begin that an end refers
+// to.
+template <class Find>
+inline void Base::place_in_tree(Find find) {
+  if (!valid_) return;
+  if (is_call(type_)) {
+    const CT::Function* descriptor = resolve_function(*file_, own().u64());
+    function_ = descriptor != nullptr ? find(descriptor) : nullptr;
+    valid_ = function_ != nullptr;
+  } else if (type_info(type_).role == Role::span_end) {
+    valid_ = own().bytes(Format::reference_size) != nullptr;
   }
-  if (view.has_memory()) {
-    memory_ = at.u64();
-    if (at.ok()) flags_ |= 2;
-  }
-  if (view.has_location()) {
-    const unsigned char* filename = view.get_add_data_ptr(at);
-    const std::uint32_t line_no = at.u32();
-    if (at.ok()) {
-      flags_ |= 4;
-      filename_ = filename;
-      line_no_ = line_no;
-    }
-  }
-  cursor = at;
 }
 
-void Base::note_damage(const Cursor& cursor) {
-  if (cursor.ok() || view_.payload() == nullptr) return;
-  damage_ = static_cast<std::uint32_t>(cursor.position() - view_.payload());
+Base::Base(const CheckpointView& view, const Entities& entities) : Base(view, &entities) {
+  place_in_tree([&](const CT::Function* descriptor) { return entities.find(descriptor); });
 }
 
-QTextStream& Base::dump(QTextStream& out) const {
-  MemoryWriter text;
-  dump(text);
-  return out << to_qstring(text.view());
+Base Base::sighted(const CheckpointView& view, Entities& entities) {
+  Base record(view, &entities);
+  record.place_in_tree([&](const CT::Function* descriptor) { return &entities.add(descriptor); });
+  record.damage_ = record.scan(&entities);
+  return record;
+}
+
+// Mostly all are there, and eight sizes tell where they end.
+void Base::place_common_fields(std::uint8_t presence) {
+  own_ = common_sizes[presence];
+  if (own_ <= size_) {
+    flags_ = presence;
+    return;
+  }
+  cut_ = true;
+  Cursor cursor = cursor_at(0);
+  const auto read = [&](std::uint8_t bit, std::uint32_t first, std::uint32_t second) {
+    if ((presence & bit) == 0) return;
+    cursor.bytes(first);
+    cursor.bytes(second);
+    if (cursor.ok()) flags_ |= bit;
+  };
+  read(1, 8, 4);
+  read(2, 8, 0);
+  read(4, 8, 4);
+  own_ = static_cast<std::uint32_t>(cursor.position() - payload());
+}
+
+void Base::reset(ValueTape& tape) const {
+  tape.reset(file_, size_ != 0 ? payload() : nullptr, size_, entities_);
+}
+
+KTime::Timestamp Base::timestamp() const {
+  if (!has_timestamp()) return {};
+  Cursor cursor = cursor_at(0);
+  const std::int64_t seconds = cursor.i64();
+  return {seconds, cursor.u32()};
+}
+
+std::uint64_t Base::memory() const {
+  return has_memory() ? cursor_at(common_sizes[flags_ & 1]).u64() : 0;
+}
+
+const unsigned char* Base::filename_place() const {
+  if (!has_location()) return nullptr;
+  return file_->add_data().resolve(cursor_at(common_sizes[flags_ & 3]).u64());
+}
+
+std::uint32_t Base::line_no() const {
+  if (!has_location()) return 0;
+  return cursor_at(common_sizes[flags_ & 3] + Format::reference_size).u32();
+}
+
+String Base::referenced_text(std::size_t offset) const {
+  Cursor cursor = own();
+  cursor.bytes(offset);
+  return section_str_at(cursor.ok() ? file_->add_data().resolve(cursor.u64()) : nullptr);
+}
+
+std::optional<std::uint32_t> Base::damage() const {
+  const std::uint32_t found = damage_ != not_looked_for ? damage_ : scan(nullptr);
+  return found != no_damage ? std::optional(found) : std::nullopt;
+}
+
+// A record that is not valid is looked at no further than the field that makes it so.
+std::uint32_t Base::scan(Entities* entities) const {
+  if (size_ == 0) return no_damage;
+  if (cut_) return own_;
+  Cursor cursor = cursor_at(own_);
+  const unsigned char* start = payload();
+  for (const Format::Field field : type_info(type_).layout) {
+    if (field == Format::Field::none) break;
+    scan_field(field, cursor, *file_, entities);
+    if (!cursor.ok()) return static_cast<std::uint32_t>(cursor.position() - start);
+    if (!valid_) break;
+  }
+  return no_damage;
+}
+
+std::shared_ptr<const Base> make_record(const CheckpointView& view, Entities* entities) {
+  if (type_info(type_of_code(view.type())).role == Role::none) return nullptr;
+  struct Kept {
+    std::shared_ptr<Entities> entities;
+    Base record;
+  };
+  auto kept = std::make_shared<Kept>();
+  kept->entities = entities != nullptr ? entities->shared_from_this()
+                                       : Entities::make(view.file(), Entities::Numbering::none);
+  kept->record = Base::sighted(view, *kept->entities);
+  return {kept, &kept->record};
 }
 
 }  // namespace CT::Checkpoint

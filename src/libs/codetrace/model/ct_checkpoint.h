@@ -3,64 +3,56 @@
 // What every decoded checkpoint record has in common: its type, its place, and the three common
 // fields that it may carry.
 //
-// A record borrows the file. It is cheap to make and holds little more than where it lies; values
-// are decoded when somebody asks. A record that lacks what places it in the tree is kept but not
-// valid; damage behind those fields leaves it valid and is told by damage().
+// A record says where it lies and little more; fields are read when somebody asks. It is a value,
+// cheap to make and to copy, that borrows the file and the table of functions and classes;
+// make_record() gives one that keeps the table alive. A record that lacks what places it in the tree
+// is kept but not valid; damage behind those fields leaves it valid and is told by damage().
 #pragma once
 
-#include <QTextStream>
 #include <cstdint>
+#include <memory>
 #include <optional>
-#include <string_view>
-#include <type_traits>
-#include <typeinfo>
 
 #include "codetrace/model/ct_entity.h"
+#include "codetrace/model/ct_types.h"
 #include "codetrace/model/ct_view.h"
 #include "kcommon/k_export.h"
 #include "kcommon/k_timestamp.h"
 
+class QTextStream;
+
 namespace CT::Checkpoint {
 
-enum class Type : std::uint8_t {
-  STARTUP,
-  SHUTDOWN,
-  FUNCTION_CALL,
-  METHOD_CALL,
-  FUNCTION_RETURN,
-  FUNCTION_EXCEPTION,
-  INCLUDE_CALL,
-  INCLUDE_RETURN,
-  INCLUDE_EXCEPTION,
-  SAPI_WRITE_START,
-  SAPI_WRITE_END,
-  SAPI_FLUSH,
-  SAPI_HEADER,
-  SAPI_SEND_HEADERS,
-  SCRIPT_EXIT,
-  SCRIPT_ERROR,
-  CRASH,  // named, but never decoded
-  USER_EVENT,
-  INVALID,  // every code above, and a record before it is decoded
-};
-
-// The type's name as every output shows it; "INVALID" for a code that has none.
-CODETRACE_EXPORT std::string_view type_name(Type type);
+class ValueTape;
 
 class CODETRACE_EXPORT Base {
  public:
-  // Decodes the common fields and leaves the cursor behind them; on a view that stands on no
-  // checkpoint, or on one of a type that has no name, the record stays invalid.
-  Base(const CheckpointView& view, Cursor& cursor, EntityCache* cache);
-  virtual ~Base() = default;
-  Base(const Base&) = default;
-  Base& operator=(const Base&) = default;
+  // Of no checkpoint: not valid, of type INVALID.
+  Base() = default;
+
+  // The record of the view's checkpoint. Functions are found in `entities`; a call of one that is
+  // not there, like a record without what its type needs, is not valid. On a view that stands on no
+  // checkpoint, or on one of a type that has no name, it is the record of no checkpoint.
+  Base(const CheckpointView& view, const Entities& entities);
+
+  // The same after its function and the classes of its values are entered into `entities`, and with
+  // its damage noted.
+  static Base sighted(const CheckpointView& view, Entities& entities);
 
   [[nodiscard]] bool is_valid() const { return valid_; }
-  // The address of the header word in DATA: the record's identity.
-  [[nodiscard]] const unsigned char* checkpoint() const { return view_.checkpoint(); }
-  [[nodiscard]] const CheckpointView& view() const { return view_; }
+  // The address of the header word in DATA: the record's identity. Null for no checkpoint.
+  [[nodiscard]] const unsigned char* checkpoint() const { return checkpoint_; }
+  // The same as an offset in DATA. Requires: a checkpoint.
+  [[nodiscard]] std::uint32_t offset() const {
+    return static_cast<std::uint32_t>(checkpoint_ - file_->data().data());
+  }
+  // Null for no checkpoint.
+  [[nodiscard]] const File* file() const { return file_; }
+  [[nodiscard]] const Entities* entities() const { return entities_; }
+  // Requires: a checkpoint.
+  [[nodiscard]] CheckpointView view() const { return CheckpointView::at(*file_, offset()); }
   [[nodiscard]] Type type() const { return type_; }
+  [[nodiscard]] std::uint32_t payload_size() const { return size_; }
 
   [[nodiscard]] bool has_timestamp() const { return (flags_ & 1) != 0; }
   [[nodiscard]] bool has_memory() const { return (flags_ & 2) != 0; }
@@ -69,50 +61,71 @@ class CODETRACE_EXPORT Base {
   [[nodiscard]] std::uint8_t flags() const { return flags_; }
 
   // 0 and absent where the record carries none.
-  [[nodiscard]] KTime::Timestamp timestamp() const { return timestamp_; }
-  [[nodiscard]] std::uint64_t memory() const { return memory_; }
-  [[nodiscard]] String filename() const { return section_str(view_.file(), filename_); }
-  [[nodiscard]] std::uint32_t line_no() const { return line_no_; }
+  [[nodiscard]] KTime::Timestamp timestamp() const;
+  [[nodiscard]] std::uint64_t memory() const;
+  [[nodiscard]] String filename() const { return section_str_at(filename_place()); }
+  // Where the file's name begins in ADD DATA, not measured; null for none.
+  [[nodiscard]] const unsigned char* filename_place() const;
+  [[nodiscard]] std::uint32_t line_no() const;
 
-  // The offset in the payload of the first field that is not whole, if there is one.
-  [[nodiscard]] std::optional<std::uint32_t> damage() const { return damage_; }
-  // Takes note of a cursor that has read the record to its end.
-  void note_damage(const Cursor& cursor);
+  // The offset in the payload of the first field that is not whole, if there is one. Looks at the
+  // whole record.
+  [[nodiscard]] std::optional<std::uint32_t> damage() const;
 
-  // The record as a block of lines.
-  virtual void dump(Writer& out) const;
-  // The same into a stream of Qt's.
+  // The record as a block of lines, the second into a stream of Qt's.
+  void dump(Writer& out) const;
   QTextStream& dump(QTextStream& out) const;
 
+  // Makes a tape ready for values of this record.
+  void reset(ValueTape& tape) const;
+
  protected:
-  void invalidate() { valid_ = false; }
-  // For records that need a payload: one that has none becomes invalid. Whether to read on.
-  bool check_payload() {
-    valid_ = valid_ && view_.payload() != nullptr;
-    return valid_;
-  }
-  [[nodiscard]] String text(const unsigned char* place) const {
-    return section_str(view_.file(), place);
+  // Over the fields behind the common ones; failed if the record is not valid.
+  [[nodiscard]] Cursor own() const { return valid_ && !cut_ ? cursor_at(own_) : Cursor(); }
+  // Of a valid call.
+  [[nodiscard]] const Function* called() const { return function_; }
+  // The text that the reference at an offset in its own fields means.
+  [[nodiscard]] String referenced_text(std::size_t offset) const;
+  [[nodiscard]] String section_str_at(const unsigned char* place) const {
+    return place != nullptr ? section_str(*file_, place) : String();
   }
 
  private:
-  CheckpointView view_;
-  bool valid_ = false;
+  // In place of an offset.
+  static constexpr std::uint32_t no_damage = 0xFFFFFFFF;
+  static constexpr std::uint32_t not_looked_for = 0xFFFFFFFE;
+
+  Base(const CheckpointView& view, const Entities* entities);
+  void place_common_fields(std::uint8_t presence);
+  template <class Find>
+  void place_in_tree(Find find);
+  [[nodiscard]] std::uint32_t scan(Entities* entities) const;
+  [[nodiscard]] const unsigned char* payload() const {
+    return checkpoint_ + Format::header_word_size;
+  }
+  // From an offset in the payload to its end; failed if there is no payload or not so much of it.
+  [[nodiscard]] Cursor cursor_at(std::uint32_t offset) const {
+    if (size_ == 0 || offset > size_) return {};
+    return {payload() + offset, payload() + size_, file_->big_endian()};
+  }
+
+  const File* file_ = nullptr;
+  const unsigned char* checkpoint_ = nullptr;
+  const Entities* entities_ = nullptr;
+  const Function* function_ = nullptr;
+  std::uint32_t size_ = 0;
+  std::uint32_t own_ = 0;  // where its own fields begin, or the common field that is cut
+  std::uint32_t damage_ = not_looked_for;
   Type type_ = Type::INVALID;
   std::uint8_t flags_ = 0;
-  std::optional<std::uint32_t> damage_;
-  KTime::Timestamp timestamp_;
-  std::uint64_t memory_ = 0;
-  const unsigned char* filename_ = nullptr;
-  std::uint32_t line_no_ = 0;
+  bool valid_ = false;
+  bool cut_ = false;  // in its common fields
 };
 
-// The record as one of a class; null if it is of another. These classes have none below them, so
-// the types are compared, which is cheaper than a dynamic_cast.
-template <class Class>
-const Class* record_as(const Base& record) {
-  static_assert(std::is_final_v<Class>);
-  return typeid(record) == typeid(Class) ? static_cast<const Class*>(&record) : nullptr;
-}
+// A record to keep: its table of functions and classes lives as long as it does, the file must
+// outlive it. With `entities` functions and classes are entered there, without it they get a table
+// of the record's own, with ids -1. Null for a type that has no record.
+CODETRACE_EXPORT std::shared_ptr<const Base> make_record(const CheckpointView& view,
+                                                         Entities* entities);
 
 }  // namespace CT::Checkpoint

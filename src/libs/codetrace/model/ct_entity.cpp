@@ -4,17 +4,11 @@
 #include <algorithm>
 #include <cstring>
 
-#include "codetrace/render/ct_text.h"
+#include "codetrace/bytes/ct_utf8.h"
 
 namespace CT {
 
 namespace {
-
-// Sizes of the descriptors, without and with the fields that only user-defined ones have.
-constexpr std::uint64_t function_size = 28;
-constexpr std::uint64_t user_function_size = 44;
-constexpr std::uint64_t class_size = 20;
-constexpr std::uint64_t user_class_size = 36;
 
 template <class Raw>
 const unsigned char* bytes_of(const Raw* raw) {
@@ -26,20 +20,15 @@ const Raw* resolve_descriptor(const File& file, std::uint64_t reference, std::ui
                               std::uint64_t user_size) {
   const unsigned char* place = file.add_data().resolve(reference, size);
   if (place == nullptr) return nullptr;
-  if (*place == Checkpoint::user_defined) place = file.add_data().resolve(reference, user_size);
+  if (*place == Format::user_defined) place = file.add_data().resolve(reference, user_size);
   return static_cast<const Raw*>(static_cast<const void*>(place));
 }
 
-template <class Raw>
-std::uint32_t place_of(const CheckpointView& view, const Raw* raw) {
-  return static_cast<std::uint32_t>(bytes_of(raw) - view.file().add_data().data());
-}
-
-// Fields of a descriptor at fixed offsets from its start.
-class Fields {
+// A descriptor: fields at fixed offsets from its start.
+class Descriptor {
  public:
   template <class Raw>
-  Fields(const File& file, const Raw* raw)
+  Descriptor(const File& file, const Raw* raw)
       : file_(file), start_(bytes_of(raw)), end_(file.add_data().end()) {}
 
   [[nodiscard]] std::uint64_t u64(std::size_t offset) const { return at(offset).u64(); }
@@ -63,72 +52,56 @@ class Fields {
 // Whether the text at `place` decodes to `expected`; looks at no more bytes than that needs.
 bool text_is(const File& file, const unsigned char* place, std::string_view expected) {
   if (place == nullptr) return false;
-  constexpr std::size_t byte_order_mark_size = 3;
   const auto room = static_cast<std::size_t>(file.add_data().end() - place);
   const std::string_view head(Section::as_chars(place),
-                              std::min(room, expected.size() + byte_order_mark_size + 1));
+                              std::min(room, expected.size() + byte_order_mark.size() + 1));
   return decodes_to(head.substr(0, head.find('\0')), expected);
 }
 
 }  // namespace
 
 const Function* resolve_function(const File& file, std::uint64_t reference) {
-  return resolve_descriptor<Function>(file, reference, function_size, user_function_size);
+  return resolve_descriptor<Function>(file, reference, Format::Function::size,
+                                      Format::Function::user_size);
 }
 
 const ClassEntry* resolve_class(const File& file, std::uint64_t reference) {
-  return resolve_descriptor<ClassEntry>(file, reference, class_size, user_class_size);
+  return resolve_descriptor<ClassEntry>(file, reference, Format::Class::size,
+                                        Format::Class::user_size);
 }
 
 namespace Checkpoint {
 
-ClassEntry::ClassEntry(const CheckpointView& view, const CT::ClassEntry* record,
-                       EntityCache* /*cache*/, int id)
-    : file_(&view.file()), record_(record), id_(id), type_(*bytes_of(record)) {
-  const Fields fields(*file_, record);
-  name_ = fields.text(8);
-  flags_ = fields.u32(16);
-  if (type_ != user_defined) return;
-  filename_ = fields.text(24);
-  line_ = fields.u32(32);
-}
-
-void ClassEntry::collect(JsonMembers& members) const {
-  members.string(Key::name, name());
-  if (id_ >= 0) members.number(Key::id, id_);
-  if (type_ != user_defined || !filename().is_present()) return;
-  members.string(Key::filename, filename());
-  members.number(Key::line_no, line_);
-}
-
-void ClassEntry::write_json(JsonWriter& out) const {
-  JsonMembers members;
-  collect(members);
-  members.write(out);
-}
-
-QJsonObject ClassEntry::as_json() const {
-  JsonMembers members;
-  collect(members);
-  return members.as_json();
-}
-
-Function::Function(const CheckpointView& view, const CT::Function* descriptor, EntityCache* cache,
-                   int index)
-    : file_(&view.file()), index_(index) {
-  std::memcpy(&type_, bytes_of(descriptor), sizeof type_);
-  const Fields fields(*file_, descriptor);
-  name_ = fields.text(8);
-  flags_ = fields.u32(24);
-  is_constructor_or_destructor_ =
-      text_is(*file_, name_, "__construct") || text_is(*file_, name_, "__destruct");
-  if (const CT::ClassEntry* record = resolve_class(*file_, fields.u64(16)); record != nullptr) {
-    class_entry_ = cache != nullptr ? cache->get_class_entry(view, record)
-                                    : std::make_shared<ClassEntry>(view, record, nullptr, -1);
-  }
+ClassEntry::ClassEntry(const File& file, const CT::ClassEntry* record, std::int32_t id)
+    : file_(&file),
+      record_(record),
+      name_(Descriptor(file, record).text(Format::Class::name)),
+      id_(id),
+      flags_(Descriptor(file, record).u32(Format::Class::flags)),
+      type_(*bytes_of(record)) {
   if (!is_user()) return;
-  filename_ = fields.text(32);
-  line_no_ = fields.u32(40);
+  filename_ = Descriptor(file, record).text(Format::Class::filename);
+  line_ = Descriptor(file, record).u32(Format::Class::line);
+}
+
+String ClassEntry::filename() const {
+  if (!is_user()) return {nullptr, static_cast<std::uint32_t>(-1), String::uncuttable};
+  return section_str(*file_, filename_);
+}
+
+Function::Function(const File& file, const CT::Function* descriptor, const ClassEntry* class_entry,
+                   std::int32_t index)
+    : file_(&file),
+      name_(Descriptor(file, descriptor).text(Format::Function::name)),
+      class_entry_(class_entry),
+      index_(index),
+      flags_(Descriptor(file, descriptor).u32(Format::Function::flags)),
+      is_constructor_or_destructor_(text_is(file, name_, "__construct") ||
+                                    text_is(file, name_, "__destruct")) {
+  std::memcpy(&type_, bytes_of(descriptor), sizeof type_);
+  if (!is_user()) return;
+  filename_ = Descriptor(file, descriptor).text(Format::Function::filename);
+  line_no_ = Descriptor(file, descriptor).u32(Format::Function::line);
 }
 
 std::uint8_t Function::type_byte() const {
@@ -137,53 +110,60 @@ std::uint8_t Function::type_byte() const {
   return first;
 }
 
-QString Function::full_name() const {
-  const QString own = name().to_string();
-  return class_entry_ == nullptr ? own
-                                 : class_entry_->name().to_string() + QStringLiteral("::") + own;
-}
-
-void Function::collect(JsonMembers& members) const {
-  members.string(Key::name, name());
-  if (index_ >= 0) members.number(Key::id, index_);
-  if (is_user() && !filename().is_empty()) {
-    members.string(Key::filename, filename());
-    members.number(Key::line_no, line_no_);
-  }
-  if (class_entry_ == nullptr) return;
-  if (class_entry_->id() >= 0) {
-    members.number(Key::class_, class_entry_->id());
-  } else {
-    members.part(Key::class_, *class_entry_);
-  }
-}
-
-QJsonObject Function::as_json() const {
-  JsonMembers members;
-  collect(members);
-  return members.as_json();
-}
-
 }  // namespace Checkpoint
 
-std::shared_ptr<Checkpoint::ClassEntry> EntityCache::get_class_entry(const CheckpointView& view,
-                                                                     const ClassEntry* record) {
-  const std::uint32_t id = class_index_.number(place_of(view, record), class_entries_.size());
-  if (id == class_entries_.size()) {
-    class_entries_.push_back(
-        std::make_shared<Checkpoint::ClassEntry>(view, record, this, static_cast<int>(id)));
-  }
-  return class_entries_[id];
+namespace {
+
+template <class Raw>
+std::uint32_t place_of(const File& file, const Raw* raw) {
+  return static_cast<std::uint32_t>(bytes_of(raw) - file.add_data().data());
 }
 
-std::shared_ptr<Checkpoint::Function> EntityCache::get_function(const CheckpointView& view,
-                                                                const Function* descriptor) {
-  const std::uint32_t index = function_index_.number(place_of(view, descriptor), functions_.size());
-  if (index == functions_.size()) {
-    functions_.push_back(
-        std::make_shared<Checkpoint::Function>(view, descriptor, this, static_cast<int>(index)));
-  }
-  return functions_[index];
+// The entry of `raw`, made by `make(number)` if it is new. The index learns of it last, when
+// nothing can fail any more.
+template <class Raw, class Entry, class Make>
+const Entry& find_or_add(const File& file, const Raw* raw, std::deque<Entry>& entries,
+                         PlaceIndex& index, Make make) {
+  const std::uint32_t place = place_of(file, raw);
+  const std::uint32_t known = index.find(place);
+  if (known != PlaceIndex::none) return entries[known];
+  index.reserve_one();
+  entries.push_back(make(entries.size()));
+  index.insert(place, static_cast<std::uint32_t>(entries.size() - 1));
+  return entries.back();
+}
+
+template <class Raw, class Entry>
+const Entry* find_entry(const File& file, const Raw* raw, const std::deque<Entry>& entries,
+                        const PlaceIndex& index) {
+  if (raw == nullptr) return nullptr;
+  const std::uint32_t known = index.find(place_of(file, raw));
+  return known != PlaceIndex::none ? &entries[known] : nullptr;
+}
+
+}  // namespace
+
+const Checkpoint::ClassEntry& Entities::add(const ClassEntry* record) {
+  return find_or_add(*file_, record, classes_, class_index_, [&](std::size_t place) {
+    return Checkpoint::ClassEntry(*file_, record, number(place));
+  });
+}
+
+const Checkpoint::Function& Entities::add(const Function* descriptor) {
+  return find_or_add(*file_, descriptor, functions_, function_index_, [&](std::size_t place) {
+    const std::uint64_t reference = Descriptor(*file_, descriptor).u64(Format::Function::class_entry);
+    const ClassEntry* record = resolve_class(*file_, reference);
+    const Checkpoint::ClassEntry* entry = record != nullptr ? &add(record) : nullptr;
+    return Checkpoint::Function(*file_, descriptor, entry, number(place));
+  });
+}
+
+const Checkpoint::ClassEntry* Entities::find(const ClassEntry* record) const {
+  return find_entry(*file_, record, classes_, class_index_);
+}
+
+const Checkpoint::Function* Entities::find(const Function* descriptor) const {
+  return find_entry(*file_, descriptor, functions_, function_index_);
 }
 
 }  // namespace CT

@@ -6,7 +6,7 @@
 // can choose its references such that they collide.
 #pragma once
 
-#include <QHash>
+#include <QHashFunctions>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -15,20 +15,26 @@ namespace CT {
 
 class PlaceIndex {
  public:
-  // The number of a place, an offset in the section; a new one gets `next`. Requires: `next` is
-  // less than 2^32 - 1, as it is for distinct places of one section.
-  std::uint32_t number(std::uint32_t place, std::size_t next) {
+  static constexpr std::uint32_t none = 0xFFFFFFFF;
+
+  // The number of a place, an offset in the section; `none` for one that was never inserted.
+  [[nodiscard]] std::uint32_t find(std::uint32_t place) const {
+    return slots_.empty() ? none : slots_[slot_of(place)].number;
+  }
+
+  // Makes sure that one more place can be inserted. Throws std::bad_alloc, and then nothing has
+  // changed.
+  void reserve_one() {
     if (2 * (used_ + 1) > slots_.size()) grow();
-    Slot& slot = find(place);
-    if (slot.number == none) {
-      slot = {place, static_cast<std::uint32_t>(next)};
-      ++used_;
-    }
-    return slot.number;
+  }
+
+  // Requires: reserve_one() before it, a place that was never inserted, and a number below `none`.
+  void insert(std::uint32_t place, std::uint32_t number) noexcept {
+    slots_[slot_of(place)] = {place, number};
+    ++used_;
   }
 
  private:
-  static constexpr std::uint32_t none = 0xFFFFFFFF;
   static constexpr std::uint32_t line = 8;
   struct Slot {
     std::uint32_t place = 0;
@@ -36,12 +42,12 @@ class PlaceIndex {
   };
 
   // The slot of a place, or the empty one where it belongs. At least half of them are empty.
-  [[nodiscard]] Slot& find(std::uint32_t place) {
+  [[nodiscard]] std::size_t slot_of(std::uint32_t place) const {
     const std::size_t mask = slots_.size() - 1;
     // Neighbours share a line of the cache.
     std::size_t at = (::qHash(place / line, seed_) * line + place % line) & mask;
     while (slots_[at].number != none && slots_[at].place != place) at = (at + 1) & mask;
-    return slots_[at];
+    return at;
   }
 
   void grow() {
@@ -49,7 +55,7 @@ class PlaceIndex {
     std::vector<Slot> old(slots_.empty() ? first_size : 2 * slots_.size());
     old.swap(slots_);
     for (const Slot& slot : old) {
-      if (slot.number != none) find(slot.place) = slot;
+      if (slot.number != none) slots_[slot_of(slot.place)] = slot;
     }
   }
 

@@ -3,14 +3,19 @@
 // A text of the trace where it lies in the file. It owns nothing: the file's bytes must outlive it.
 #pragma once
 
-#include <QJsonValue>
-#include <QString>
 #include <cstdint>
 #include <string_view>
 
-#include "codetrace/render/ct_json.h"
-#include "codetrace/render/ct_writer.h"
+#include "codetrace/model/ct_format.h"
 #include "kcommon/k_export.h"
+
+class QJsonValue;
+class QString;
+
+namespace CT {
+class JsonWriter;
+class Writer;
+}  // namespace CT
 
 namespace CT::Checkpoint {
 
@@ -18,7 +23,7 @@ struct CODETRACE_EXPORT String {
   // orig_sz of texts that the tracer never cuts.
   static constexpr std::int32_t uncuttable = -1;
   // What stands behind a text that was cut, and marks a cut array.
-  static constexpr std::string_view cut_marker = "**CUT**";
+  static constexpr std::string_view cut_marker = Format::cut_marker;
 
   const char* data = nullptr;         // null: absent, which prints as empty text
   std::uint32_t length = 0;           // bytes at data

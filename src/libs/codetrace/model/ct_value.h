@@ -1,19 +1,18 @@
 // SPDX-License-Identifier: MIT
 //
-// One PHP value of the trace, for programs that use the library. The outputs work on tapes.
-//
-// A KVal shares the tape that it was decoded to: copying it, or taking the elements of an array,
-// copies a few words. Texts point into the file, which must outlive every value.
+// KVal: one PHP value of the trace that may be kept. It shares the tape that it was decoded to, and
+// keeps the classes of its objects alive, so copying it copies a few words and it outlives the
+// record that it came from. Texts point into the file, which must outlive every value.
 #pragma once
 
-#include <QJsonValue>
-#include <QString>
 #include <memory>
 #include <utility>
-#include <vector>
 
-#include "codetrace/model/ct_value_tape.h"
+#include "codetrace/model/ct_value_ref.h"
 #include "kcommon/k_export.h"
+
+class QJsonValue;
+class QString;
 
 namespace CT::Checkpoint {
 
@@ -23,35 +22,34 @@ class CODETRACE_EXPORT KVal {
   KVal() = default;
 
   // Decodes the value at the cursor, which lies in the payload of `view`, and leaves the cursor
-  // behind it. Objects of one class share its entry in the cache; without one they get an entry of
-  // their own with id -1. A value that the payload's end cuts short is undef, or an array of its
-  // whole pairs.
-  KVal(const CheckpointView& view, Cursor& cursor, EntityCache* cache);
+  // behind it. Classes of objects are entered into `entities`; without it they get a table of their
+  // own, with ids -1. A value that the payload's end cuts short is undef, or an array of its whole
+  // pairs.
+  KVal(const CheckpointView& view, Cursor& cursor, Entities* entities);
 
-  // A value of a tape that is complete.
+  // A value of a tape that is complete. The tape's table of classes must live as long as the tape.
   KVal(std::shared_ptr<const ValueTape> tape, ValueTape::Index item)
       : tape_(std::move(tape)), item_(item) {}
 
-  [[nodiscard]] ValueType type() const {
-    return tape_ != nullptr ? tape_->type(item_) : ValueType::undef;
-  }
+  // The value in place; it lives as long as this one or a copy of it.
+  [[nodiscard]] ValueRef ref() const { return tape_ != nullptr ? ValueRef(*tape_, item_) : ValueRef(); }
+  // The same tape's value that `ref` stands for, kept. Requires: a part of this value.
+  [[nodiscard]] KVal keep(const ValueRef& part) const { return {tape_, part.item()}; }
 
-  // By type; anything else than the type allows is false, 0, absent, null or empty.
-  [[nodiscard]] bool as_boolean() const { return type() == ValueType::true_; }
-  [[nodiscard]] std::int64_t as_long() const;
-  [[nodiscard]] double as_double() const;
-  [[nodiscard]] String string() const;
-  // Arrays: whether the tracer left elements out; whether the keys are 0, 1, 2 and so on; the count
-  // as the file has it, cut markers included; the pairs of key and value in file order.
-  [[nodiscard]] bool is_cut() const;
-  [[nodiscard]] bool is_list() const;
-  [[nodiscard]] std::int32_t declared_count() const;
-  [[nodiscard]] std::vector<std::pair<KVal, KVal>> elements() const;
-  // Objects: null when the class is unknown.
-  [[nodiscard]] std::shared_ptr<ClassEntry> class_entry() const;
-  [[nodiscard]] std::uint32_t object_handle() const;
-  [[nodiscard]] String resource_name() const;
-  [[nodiscard]] std::int64_t resource_handle() const;
+  // As ValueRef says.
+  [[nodiscard]] ValueType type() const { return ref().type(); }
+  [[nodiscard]] bool as_boolean() const { return ref().as_boolean(); }
+  [[nodiscard]] std::int64_t as_long() const { return ref().as_long(); }
+  [[nodiscard]] double as_double() const { return ref().as_double(); }
+  [[nodiscard]] String string() const { return ref().string(); }
+  [[nodiscard]] bool is_cut() const { return ref().is_cut(); }
+  [[nodiscard]] bool is_list() const { return ref().is_list(); }
+  [[nodiscard]] std::int32_t declared_count() const { return ref().declared_count(); }
+  [[nodiscard]] Elements elements() const { return ref().elements(); }
+  [[nodiscard]] const ClassEntry* class_entry() const { return ref().class_entry(); }
+  [[nodiscard]] std::uint32_t object_handle() const { return ref().object_handle(); }
+  [[nodiscard]] String resource_name() const { return ref().resource_name(); }
+  [[nodiscard]] std::int64_t resource_handle() const { return ref().resource_handle(); }
 
   // Becomes undef.
   void reset() { *this = KVal(); }
@@ -69,5 +67,9 @@ class CODETRACE_EXPORT KVal {
   std::shared_ptr<const ValueTape> tape_;  // null: undef
   ValueTape::Index item_ = 0;
 };
+
+// A tape of its own that keeps its table of classes alive, for values that are kept.
+CODETRACE_EXPORT std::shared_ptr<ValueTape> make_kept_tape(const CheckpointView& view,
+                                                           std::shared_ptr<const Entities> entities);
 
 }  // namespace CT::Checkpoint

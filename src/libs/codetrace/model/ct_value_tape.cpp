@@ -3,12 +3,13 @@
 
 namespace CT::Checkpoint {
 
-void ValueTape::reset(const CheckpointView& view) {
-  file_ = &view.file();
-  payload_ = view.payload();
-  payload_end_ = payload_ + view.size();
+void ValueTape::reset(const File* file, const unsigned char* payload, std::uint32_t size,
+                      const Entities* entities) {
+  file_ = file;
+  payload_ = payload;
+  payload_end_ = payload_ + size;
+  entities_ = entities;
   items_.clear();
-  classes_.clear();
   frames_.clear();  // not empty if memory ended while a value was decoded
 }
 
@@ -31,9 +32,9 @@ String ValueTape::string(Index i) const {
 
 std::int32_t ValueTape::declared_count(Index i) const { return body(i, ValueType::array).i32(); }
 
-std::shared_ptr<ClassEntry> ValueTape::class_entry(Index i) const {
-  if (type(i) != ValueType::object || items_[i].link == no_class) return nullptr;
-  return classes_[items_[i].link];
+const ClassEntry* ValueTape::class_entry(Index i) const {
+  if (entities_ == nullptr) return nullptr;
+  return entities_->find(resolve_class(*file_, body(i, ValueType::object).u64()));
 }
 
 std::uint32_t ValueTape::object_handle(Index i) const {

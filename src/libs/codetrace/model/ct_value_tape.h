@@ -5,13 +5,12 @@
 // the array ends; numbers and texts are read there again when asked for. So a value of any depth is
 // one block of memory: decoding, copying, printing and destroying need no recursion.
 //
-// A tape borrows the file's bytes. Values that the payload's end cuts short become undef; arrays
-// around them keep the pairs whose key is whole.
+// A tape borrows the file's bytes and the table of classes. Values that the payload's end cuts short
+// become undef; arrays around them keep the pairs whose key is whole.
 #pragma once
 
+#include <cassert>
 #include <cstdint>
-#include <memory>
-#include <vector>
 
 #include "codetrace/bytes/ct_plain_array.h"
 #include "codetrace/model/ct_entity.h"
@@ -47,14 +46,19 @@ class CODETRACE_EXPORT ValueTape {
  public:
   using Index = std::uint32_t;
 
-  // Empty, for values in the payload of `view`; keeps its memory.
-  void reset(const CheckpointView& view);
+  // Empty, for values in a payload; keeps its memory. Objects are told their classes by `entities`,
+  // which may be null. Borrows: all of it.
+  void reset(const File* file, const unsigned char* payload, std::uint32_t size,
+             const Entities* entities);
+  void reset(const CheckpointView& view, const Entities* entities) {
+    reset(&view.file(), view.payload(), view.size(), entities);
+  }
 
-  // Decodes the value at the cursor, which lies in the payload given to reset(), and leaves the
-  // cursor behind it. Classes of objects come from the cache, or are built for this tape alone
-  // without one. Returns the value's item. If the cursor fails, what could be read stands there: an
-  // array with its whole pairs, or undef.
-  Index decode(Cursor& cursor, EntityCache* cache);
+  // Decodes the value at the cursor and leaves the cursor behind it. The class of an object that
+  // the table does not have is unknown. Returns the value's item. If the cursor fails, what could
+  // be read stands there: an array with its whole pairs, or undef; a cursor that does not lie in
+  // the payload given to reset() gives undef.
+  Index decode(Cursor& cursor);
 
   [[nodiscard]] const File& file() const { return *file_; }
 
@@ -76,7 +80,7 @@ class CODETRACE_EXPORT ValueTape {
   [[nodiscard]] bool is_cut(Index i) const { return items_[i].cut != 0; }
   [[nodiscard]] bool is_list(Index i) const { return items_[i].list != 0; }
   [[nodiscard]] std::int32_t declared_count(Index i) const;
-  [[nodiscard]] std::shared_ptr<ClassEntry> class_entry(Index i) const;
+  [[nodiscard]] const ClassEntry* class_entry(Index i) const;
   [[nodiscard]] std::uint32_t object_handle(Index i) const;
   [[nodiscard]] String resource_name(Index i) const;
   // Where that name begins in ADD DATA, not measured; null for none.
@@ -91,9 +95,8 @@ class CODETRACE_EXPORT ValueTape {
     std::uint32_t type : 4;
     std::uint32_t cut : 1;
     std::uint32_t list : 1;
-    std::uint32_t link;  // array: the item behind it; object: its place in classes_
+    std::uint32_t link;  // array: the item behind it
   };
-  static constexpr std::uint32_t no_class = 0xFFFFFFFF;
 
   // Behind the type code of item `i`; over nothing if it is not of this type.
   [[nodiscard]] Cursor body(Index i, ValueType type) const;
@@ -101,13 +104,13 @@ class CODETRACE_EXPORT ValueTape {
   const File* file_ = nullptr;
   const unsigned char* payload_ = nullptr;
   const unsigned char* payload_end_ = nullptr;
+  const Entities* entities_ = nullptr;
   PlainArray<Item> items_;
-  std::vector<std::shared_ptr<ClassEntry>> classes_;
   PlainArray<ArrayFrame> frames_;
 };
 
-// Steps over the value at the cursor as decode() would, keeping nothing; numbers its classes in
-// `cache` unless that is null.
-void scan_value(Cursor& cursor, const CheckpointView& view, EntityCache* cache);
+// Steps over the value at the cursor as decode() would, keeping nothing; enters the classes of its
+// objects into `entities` unless that is null.
+void scan_value(Cursor& cursor, const File& file, Entities* entities);
 
 }  // namespace CT::Checkpoint

@@ -2,7 +2,9 @@
 //
 // How values are decoded, and how they are stepped over.
 #include "codetrace/model/ct_value_tape.h"
-#include "codetrace/render/ct_text.h"
+#include <functional>
+
+#include "codetrace/bytes/ct_utf8.h"
 
 namespace CT::Checkpoint {
 
@@ -48,8 +50,8 @@ inline Header read_header(Cursor& cursor) {
 class TapeDecoder {
  public:
   // Takes a copy of the cursor, which the compiler keeps in registers.
-  TapeDecoder(ValueTape& tape, const Cursor& cursor, EntityCache* cache)
-      : tape_(tape), items_(tape.items_), frames_(tape.frames_), cursor_(cursor), cache_(cache) {}
+  TapeDecoder(ValueTape& tape, const Cursor& cursor)
+      : tape_(tape), items_(tape.items_), frames_(tape.frames_), cursor_(cursor) {}
 
   // Returns the cursor behind the value.
   Cursor run() {
@@ -69,7 +71,6 @@ class TapeDecoder {
       return false;
     }
     add(value.type, place);
-    if (value.type == ValueType::object) set_class(value.reference);
     if (value.count < 1) return false;
     frames_.push_back(
         {tape_.size() - 1, tape_.size(), static_cast<std::uint32_t>(value.count), 0, false});
@@ -102,18 +103,7 @@ class TapeDecoder {
     const bool is_array = type == ValueType::array;
     items_.push_back({static_cast<std::uint32_t>(place - tape_.payload_) & 0xFFFFFF,
                       static_cast<std::uint32_t>(type) & 0xF, 0, is_array ? 1U : 0U,
-                      is_array ? tape_.size() + 1 : ValueTape::no_class});
-  }
-
-  // For the item added last.
-  void set_class(std::uint64_t reference) {
-    const CT::ClassEntry* record = resolve_class(*tape_.file_, reference);
-    if (record == nullptr) return;
-    const CheckpointView view(*tape_.file_);
-    items_.back().link = static_cast<std::uint32_t>(tape_.classes_.size());
-    tape_.classes_.push_back(cache_ != nullptr
-                                 ? cache_->get_class_entry(view, record)
-                                 : std::make_shared<ClassEntry>(view, record, nullptr, -1));
+                      is_array ? tape_.size() + 1 : 0});
   }
 
   void finish_pair(ArrayFrame& frame) {
@@ -151,29 +141,30 @@ class TapeDecoder {
   PlainArray<ValueTape::Item>& items_;
   PlainArray<ArrayFrame>& frames_;
   Cursor cursor_;
-  EntityCache* cache_;
 };
 
-ValueTape::Index ValueTape::decode(Cursor& cursor, EntityCache* cache) {
+ValueTape::Index ValueTape::decode(Cursor& cursor) {
   const Index root = size();
-  if (!cursor.ok()) {
-    items_.push_back({0, 0, 0, 0, no_class});
+  const bool is_inside = std::greater_equal<>()(cursor.position(), payload_) &&
+                         std::less_equal<>()(cursor.position(), payload_end_);
+  if (!cursor.ok() || !is_inside) {
+    items_.push_back({0, 0, 0, 0, 0});
     return root;
   }
-  cursor = TapeDecoder(*this, cursor, cache).run();
+  cursor = TapeDecoder(*this, cursor).run();
   return root;
 }
 
 // Nothing is kept, so of the arrays that are open it is enough to know how many values they still
 // want all together: fewer than 2^32 for each of less than 2^24 arrays.
-void scan_value(Cursor& cursor, const CheckpointView& view, EntityCache* cache) {
+void scan_value(Cursor& cursor, const File& file, Entities* entities) {
   Cursor at = cursor;
   for (std::uint64_t wanted = 1; wanted != 0 && at.ok(); --wanted) {
     const Header value = read_header(at);
     if (!at.ok()) break;
-    if (value.type == ValueType::object && cache != nullptr) {
-      const CT::ClassEntry* record = resolve_class(view.file(), value.reference);
-      if (record != nullptr) cache->get_class_entry(view, record);
+    if (value.type == ValueType::object && entities != nullptr) {
+      const CT::ClassEntry* record = resolve_class(file, value.reference);
+      if (record != nullptr) entities->add(record);
     }
     if (value.count > 0) wanted += 2 * static_cast<std::uint64_t>(value.count);
   }

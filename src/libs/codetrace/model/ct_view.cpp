@@ -5,31 +5,45 @@
 
 namespace CT {
 
-CheckpointView CheckpointView::revisit(const File& file, std::uint32_t offset) {
+CheckpointView CheckpointView::at(const File& file, std::uint32_t offset) {
   CheckpointView view(file);
-  view.first_sighting_ = false;
-  view.checkpoint_ = file.data().data() + offset;
-  view.read_header();
+  view.ended_ = true;
+  const Section& data = file.data();
+  if (offset >= data.size() || data.size() - offset < Format::header_word_size) return view;
+  const unsigned char* place = data.data() + offset;
+  view.header_ = normalise_header(place, file.big_endian());
+  if (view.size() > data.size() - offset - Format::header_word_size) {
+    view.header_ = 0;
+    return view;
+  }
+  view.checkpoint_ = place;
+  view.ended_ = false;
   return view;
 }
 
 bool CheckpointView::step() {
-  if (!file_->is_open() || is_broken()) return false;
+  if (!file_->is_open() || ended_) return false;
   const Section& data = file_->data();
   const unsigned char* next =
-      checkpoint_ == nullptr ? data.data() : checkpoint_ + header_size + size();
-  left_ = static_cast<std::uint64_t>(data.end() - next);
-  if (left_ == 0) return false;
-  checkpoint_ = next;
-  if (left_ < header_size) {
-    header_ = 0;
-    wanted_ = header_size;
-    return false;
+      checkpoint_ == nullptr ? data.data() : checkpoint_ + Format::header_word_size + size();
+  auto left = static_cast<std::uint64_t>(data.end() - next);
+  if (left == 0) return stop({});
+  const auto offset = static_cast<std::uint32_t>(next - data.data());
+  if (left < Format::header_word_size) {
+    return stop(Broken{offset, true, 0, Format::header_word_size, left});
   }
-  read_header();
-  left_ -= header_size;
-  if (size() <= left_) return true;
-  wanted_ = size();
+  header_ = normalise_header(next, file_->big_endian());
+  left -= Format::header_word_size;
+  if (size() > left) return stop(Broken{offset, false, type(), size(), left});
+  checkpoint_ = next;
+  return true;
+}
+
+bool CheckpointView::stop(std::optional<Broken> why) {
+  ended_ = true;
+  checkpoint_ = nullptr;
+  header_ = 0;
+  broken_ = why;
   return false;
 }
 
@@ -40,15 +54,13 @@ String get_inline_str(Cursor& cursor) {
   if (size == 0) return {};
   const unsigned char* text = cursor.position();
   const std::size_t room = cursor.left();
-  if (size > room) {
-    cursor.bytes(room + 1);
-    return {};
-  }
-  const void* nul = std::memchr(text, 0, room);
+  const void* nul = room != 0 ? std::memchr(text, 0, room) : nullptr;
+  // Fails where the bytes and the NUL that belong to it are not there.
+  cursor.bytes(size < room ? size + 1 : room + 1);
+  if (nul == nullptr && size > room) return {};
   const auto length = nul != nullptr
                           ? static_cast<std::size_t>(static_cast<const unsigned char*>(nul) - text)
                           : room;
-  cursor.bytes(size + 1);
   return {Section::as_chars(text), static_cast<std::uint32_t>(length), String::uncuttable};
 }
 

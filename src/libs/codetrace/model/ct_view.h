@@ -1,17 +1,20 @@
 // SPDX-License-Identifier: MIT
 //
 // One framed checkpoint, seen in place, and the step from one to the next through DATA. It owns
-// nothing; the file must outlive it.
+// nothing; the file must outlive it. A valid view is of a checkpoint that lies wholly in DATA.
 //
 // A header word or a payload that runs past the end of DATA ends the walk: `step` returns false and
-// `is_broken` tells.
+// `broken` tells why.
 #pragma once
 
+#include <cassert>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "codetrace/bytes/ct_cursor.h"
 #include "codetrace/ct_file.h"
+#include "codetrace/model/ct_format.h"
 #include "codetrace/model/ct_string.h"
 #include "kcommon/k_export.h"
 
@@ -32,42 +35,59 @@ inline std::uint32_t normalise_header(const unsigned char* word, bool big_endian
 
 class CODETRACE_EXPORT CheckpointView {
  public:
+  // Where a walk had to stop before the end of DATA.
+  struct Broken {
+    std::uint32_t offset;     // of the checkpoint that is not whole, in DATA
+    bool in_header_word;      // else in its payload, and then the type is known
+    std::uint8_t type;        // code; 0 if the header word is not whole
+    std::uint64_t wanted;     // bytes
+    std::uint64_t left;       // bytes
+  };
+
   // Stands before the first checkpoint. Borrows: the file; one that is not open has no checkpoint.
   explicit CheckpointView(const File& file) : file_(&file) {}
 
-  // The checkpoint whose header word is at `offset` in DATA, met before: what is found out once at
-  // the first sighting (numbers of classes, damage in values) is not looked for again.
-  // Requires: an offset that step() reached.
-  static CheckpointView revisit(const File& file, std::uint32_t offset);
+  // The checkpoint whose header word is at `offset` in DATA; not valid if none lies wholly there.
+  static CheckpointView at(const File& file, std::uint32_t offset);
 
-  // Goes on to the next checkpoint; false at the end of DATA and when the next one is not whole.
+  // Goes on to the next checkpoint. False at the end of DATA and when the next one is not whole;
+  // the view then stands on no checkpoint.
   bool step();
 
   [[nodiscard]] const File& file() const { return *file_; }
+  // Whether it stands on a checkpoint.
   [[nodiscard]] bool is_valid() const { return checkpoint_ != nullptr; }
-  [[nodiscard]] bool is_first_sighting() const { return first_sighting_; }
 
-  // The address of the header word, which is the checkpoint's identity.
+  // The address of the header word, which is the checkpoint's identity; null where it stands on
+  // none.
   [[nodiscard]] const unsigned char* checkpoint() const { return checkpoint_; }
-  // The same as an offset in DATA.
+  // The same as an offset in DATA. Requires: a valid view.
   [[nodiscard]] std::uint32_t offset() const {
+    assert(is_valid());
     return static_cast<std::uint32_t>(checkpoint_ - file_->data().data());
   }
-  // Null for a checkpoint without payload.
+  // Null for a checkpoint without payload, and for none.
   [[nodiscard]] const unsigned char* payload() const {
-    return size() != 0 ? checkpoint_ + header_size : nullptr;
+    return size() != 0 ? checkpoint_ + Format::header_word_size : nullptr;
   }
-  [[nodiscard]] std::uint32_t size() const { return header_ >> 8; }
-  [[nodiscard]] std::uint8_t type() const { return header_ & 0x1F; }
-  [[nodiscard]] bool has_timestamp() const { return (header_ & 0x20) != 0; }
-  [[nodiscard]] bool has_memory() const { return (header_ & 0x40) != 0; }
-  [[nodiscard]] bool has_location() const { return (header_ & 0x80) != 0; }
+  // By the header word; 0 for no checkpoint.
+  [[nodiscard]] std::uint32_t size() const { return header_ >> Format::size_shift; }
+  [[nodiscard]] std::uint8_t type() const { return header_ & Format::type_mask; }
+  // Which common fields there are: timestamp 1, memory 2, location 4.
+  [[nodiscard]] std::uint8_t presence() const {
+    return (header_ >> Format::presence_shift) & Format::presence_mask;
+  }
+  [[nodiscard]] bool has_timestamp() const { return (presence() & 1) != 0; }
+  [[nodiscard]] bool has_memory() const { return (presence() & 2) != 0; }
+  [[nodiscard]] bool has_location() const { return (presence() & 4) != 0; }
 
   // Over the payload; failed if there is none.
-  [[nodiscard]] Cursor cursor() const { return cursor_at(payload()); }
-  // Over what is left of the payload from `place` on.
-  [[nodiscard]] Cursor cursor_at(const unsigned char* place) const {
-    return {place, checkpoint_ + header_size + size(), file_->big_endian()};
+  [[nodiscard]] Cursor cursor() const { return cursor_at(0); }
+  // Over what is left of the payload from `offset` on; failed if that lies behind its end.
+  [[nodiscard]] Cursor cursor_at(std::uint32_t offset) const {
+    const unsigned char* begin = payload();
+    if (begin == nullptr || offset > size()) return {};
+    return {begin + offset, begin + size(), file_->big_endian()};
   }
 
   // Reads an add-data reference at the cursor; the place that it means, or null.
@@ -75,25 +95,17 @@ class CODETRACE_EXPORT CheckpointView {
     return file_->add_data().resolve(cursor.u64());
   }
 
-  // Why step() stopped before the end of DATA: the bytes wanted there and the bytes left. The view
-  // then stands on the checkpoint that is not whole, whose type is known unless its header word is
-  // what was cut.
-  [[nodiscard]] bool is_broken() const { return wanted_ != 0; }
-  [[nodiscard]] bool is_header_broken() const { return is_broken() && header_ == 0; }
-  [[nodiscard]] std::uint64_t wanted() const { return wanted_; }
-  [[nodiscard]] std::uint64_t left() const { return left_; }
-
-  static constexpr std::uint32_t header_size = 4;
+  // Why step() stopped before the end of DATA, if it did.
+  [[nodiscard]] const std::optional<Broken>& broken() const { return broken_; }
 
  private:
-  void read_header() { header_ = normalise_header(checkpoint_, file_->big_endian()); }
+  bool stop(std::optional<Broken> why);
 
   const File* file_;
   const unsigned char* checkpoint_ = nullptr;
   std::uint32_t header_ = 0;  // normalised: type, three flags, payload size from the low bits up
-  bool first_sighting_ = true;
-  std::uint64_t wanted_ = 0;
-  std::uint64_t left_ = 0;
+  bool ended_ = false;
+  std::optional<Broken> broken_;
 };
 
 namespace Checkpoint {
@@ -115,7 +127,8 @@ inline String get_cut_str(Cursor& cursor) {
 }
 
 // A text in the payload with a length n before it and a NUL behind its n bytes; none of both for
-// n = 0. It ends at its first NUL, or with the payload. Absent if the n bytes are not there.
+// n = 0. It ends at its first NUL, or with the payload; it is absent if there is no NUL and fewer
+// than n bytes. The cursor fails if not all of it is there.
 String get_inline_str(Cursor& cursor);
 
 // The text of ADD DATA at a resolved place; absent for null.

@@ -1,29 +1,22 @@
 // SPDX-License-Identifier: MIT
 #include "codetrace/render/ct_document.h"
 
-#include <QJsonArray>
+#include "codetrace/render/ct_fields_json.h"
+#include "codetrace/render/ct_node_text.h"
+#include "codetrace/tree/ct_fields.h"
 
 namespace CT {
 
 namespace {
 
-void collect_node(const Node::Base& node, JsonMembers& members, Node::Workspace& work) {
-  members.clear();
-  if (!node.is_complete()) members.flag(Key::incomplete);
-  node.collect(members, work);
-}
-
-template <class Entities>
-void write_entities(JsonWriter& json, std::string_view key, const Entities& entities) {
-  JsonMembers members;
+template <class List>
+void write_entities(JsonWriter& json, std::string_view key, const List& entities) {
   json.key(key);
   json.begin_array();
   for (const auto& entity : entities) {
-    members.clear();
-    entity->collect(members);
+    if (!json.ok()) break;
     json.element();
-    members.write(json);
-    if (!json.ok()) return;
+    write_json(entity, json);
   }
   json.end_array();
 }
@@ -33,33 +26,30 @@ void tell(const NodeCounter& count, Storage::NodeId id) {
   if (id % now_and_then == 0 && count) count(id);
 }
 
-void write_nodes(JsonWriter& json, Storage& storage, const NodeCounter& count) {
+void write_nodes(JsonWriter& json, const Storage& storage, const NodeCounter& count) {
   NodeReader reader(storage);
-  Node::Workspace work;
-  JsonMembers members;
+  Fields fields;
+  ValueRoom values;
+  JsonRoom room;
   json.key("cp");
   json.begin_array();
   for (Storage::NodeId id = 0; id != storage.node_count() && json.ok(); ++id) {
     tell(count, id);
-    collect_node(reader.read(id), members, work);
+    const Node::Base& node = reader.read(id);
+    fields.clear();
+    if (!node.is_complete()) fields.set(FieldName::incomplete, true);
+    node.collect(fields, values);
     json.element();
-    members.write(json);
+    write_json(fields, json, &room);
   }
   json.end_array();
 }
 
-template <class Entities>
-QJsonArray as_array(const Entities& entities) {
-  QJsonArray array;
-  for (const auto& entity : entities) array.append(entity->as_json());
-  return array;
-}
-
 }  // namespace
 
-void write_text(Storage& storage, Writer& out, const NodeCounter& count) {
+void write_text(const Storage& storage, Writer& out, const NodeCounter& count) {
   NodeReader reader(storage);
-  Node::Workspace work;
+  Node::TextRoom room;
   Outline outline;
   for (Storage::NodeId id = 0; id != storage.node_count() && out.ok(); ++id) {
     tell(count, id);
@@ -68,12 +58,12 @@ void write_text(Storage& storage, Writer& out, const NodeCounter& count) {
     out.fill(' ', 2 * depth);
     if (!node.is_complete()) out.put("? ");
     // Every node that a storage makes has a line.
-    node.write_text(out, work);
+    node.write_text(out, room);
     out.put('\n');
   }
 }
 
-void write_json(Storage& storage, Writer& out, const NodeCounter& count) {
+void write_json(const Storage& storage, Writer& out, const NodeCounter& count) {
   JsonWriter json(out);
   json.begin_object();
   write_entities(json, "cl", storage.class_entries());
@@ -81,22 +71,6 @@ void write_json(Storage& storage, Writer& out, const NodeCounter& count) {
   write_entities(json, "fn", storage.functions());
   json.end_object();
   out.put("\n\n");
-}
-
-QJsonObject as_json(Storage& storage) {
-  NodeReader reader(storage);
-  Node::Workspace work;
-  JsonMembers members;
-  QJsonArray nodes;
-  for (Storage::NodeId id = 0; id != storage.node_count(); ++id) {
-    collect_node(reader.read(id), members, work);
-    nodes.append(members.as_json());
-  }
-  QJsonObject document;
-  document.insert(QStringLiteral("cp"), nodes);
-  document.insert(QStringLiteral("fn"), as_array(storage.functions()));
-  document.insert(QStringLiteral("cl"), as_array(storage.class_entries()));
-  return document;
 }
 
 std::size_t Outline::place(std::int32_t id, std::int32_t parent_id) {

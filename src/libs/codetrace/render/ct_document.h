@@ -4,7 +4,6 @@
 // they hold one node at a time. They stop early when the output fails.
 #pragma once
 
-#include <QJsonObject>
 #include <cstdint>
 #include <functional>
 
@@ -13,20 +12,22 @@
 #include "codetrace/render/ct_writer.h"
 #include "kcommon/k_export.h"
 
+class QJsonObject;
+
 namespace CT {
 
 // Told now and then how many nodes are written. Empty if nobody wants to know.
 using NodeCounter = std::function<void(Storage::NodeId)>;
 
 // One line a node, two blanks deeper than its parent's; "? " before what is not complete.
-CODETRACE_EXPORT void write_text(Storage& storage, Writer& out, const NodeCounter& count = {});
+CODETRACE_EXPORT void write_text(const Storage& storage, Writer& out, const NodeCounter& count = {});
 
 // The nodes, functions and classes as QJsonDocument::toJson would print them indented, and one more
 // newline.
-CODETRACE_EXPORT void write_json(Storage& storage, Writer& out, const NodeCounter& count = {});
+CODETRACE_EXPORT void write_json(const Storage& storage, Writer& out, const NodeCounter& count = {});
 
 // The same document for programs that work with Qt's classes: the whole of it in memory.
-CODETRACE_EXPORT QJsonObject as_json(Storage& storage);
+CODETRACE_EXPORT QJsonObject as_json(const Storage& storage);
 
 // How deep a node stands, told node by node in order of creation.
 class CODETRACE_EXPORT Outline {

@@ -43,16 +43,9 @@ void JsonWriter::element() {
 }
 
 void JsonWriter::key(std::string_view name) {
-  element();
-  constexpr std::size_t signs = 4;
-  char* at = out_.room(name.size() + signs);
-  *at++ = '"';
-  std::memcpy(at, name.data(), name.size());
-  at += name.size();
-  *at++ = '"';
-  *at++ = ':';
-  if (indented_) *at++ = ' ';
-  out_.advance(at);
+  begin_key();
+  out_.put(name);
+  end_key();
 }
 
 void JsonWriter::begin_key() {

@@ -7,12 +7,39 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include "codetrace/render/ct_writer.h"
 #include "kcommon/k_export.h"
 
 namespace CT {
+
+// How a member of an object begins in an indented document, at the one depth at which the objects
+// of nodes, functions and classes stand: comma, line, name. Copied as a block of fixed size.
+class MemberStart {
+ public:
+  static constexpr std::size_t depth = 3;
+  static constexpr std::size_t block = 48;
+
+  constexpr MemberStart() = default;
+  // `name`: plain ASCII of at most 28 bytes.
+  constexpr explicit MemberStart(std::string_view name) {
+    add(",\n            \"");
+    add(name);
+    add("\": ");
+  }
+  [[nodiscard]] constexpr const char* text() const { return text_; }
+  [[nodiscard]] constexpr std::size_t size() const { return size_; }
+  [[nodiscard]] constexpr std::string_view name() const { return {text_ + 15, size_ - 18}; }
+
+ private:
+  constexpr void add(std::string_view part) {
+    for (const char c : part) text_[size_++] = c;
+  }
+  char text_[block + 1] = {};
+  std::size_t size_ = 0;
+};
 
 class CODETRACE_EXPORT JsonWriter {
  public:
@@ -29,9 +56,16 @@ class CODETRACE_EXPORT JsonWriter {
 
   // Starts the next element of an array; exactly one value follows.
   void element();
-  // Starts the next member of an object; exactly one value follows. `name` is plain ASCII
-  // of at most 64 bytes.
+  // Starts the next member of an object; exactly one value follows. `name` is plain ASCII.
   void key(std::string_view name);
+  void key(const MemberStart& start) {
+    if (!indented_ || depth_ != MemberStart::depth) return key(start.name());
+    char* at = out_.room(MemberStart::block);
+    const std::size_t skipped = first_ ? 1 : 0;  // the comma
+    std::memcpy(at, start.text() + skipped, MemberStart::block);
+    out_.advance(at + start.size() - skipped);
+    first_ = false;
+  }
   // The same for any text: its JSON form is put between the two calls.
   void begin_key();
   void end_key();
@@ -40,6 +74,12 @@ class CODETRACE_EXPORT JsonWriter {
   void boolean(bool value) { value ? out_.put("true") : out_.put("false"); }
   void number(std::int64_t value);
   void number(double value);
+  // Plain ASCII in which nothing is escaped.
+  void word(std::string_view text) {
+    out_.put('"');
+    out_.put(text);
+    out_.put('"');
+  }
   // `stored` is decoded as ct_text.h says; `suffix` is plain ASCII behind it.
   void text(std::string_view stored, std::string_view suffix = {});
 

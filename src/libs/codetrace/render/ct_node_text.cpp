@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
 // The lines of the text output, without indentation.
+#include "codetrace/render/ct_node_text.h"
+
+#include <QString>
+#include <array>
+
 #include "codetrace/render/ct_number.h"
 #include "codetrace/render/ct_text.h"
 #include "codetrace/tree/ct_node.h"
@@ -15,34 +20,7 @@ void put_quoted(Writer& out, Checkpoint::String text) {
   out.put('"');
 }
 
-// " Returned: " or " Threw: " with the record's value, unless that is undef.
-template <std::size_t Size>
-void put_outcome(Writer& out, const char (&label)[Size], const Checkpoint::EndWithValue& end,
-                 Workspace& work) {
-  const auto value = end.decode_value(work.result);
-  if (work.result.type(value) == Checkpoint::ValueType::undef) return;
-  out.put(label);
-  work.text_writer.write_escaped(work.result, value, out);
-}
-
-}  // namespace
-
-bool Base::write_text(Writer& /*out*/, Workspace& /*work*/) const { return false; }
-
-bool Startup::write_text(Writer& out, Workspace& /*work*/) const {
-  const auto* record = as<Checkpoint::Startup>(begin());
-  if (record == nullptr) return true;
-  out.put("REQUEST STARTUP: REQUEST: ");
-  record->url().write(out);
-  out.put(", URL: ");
-  record->orig_uri().write(out);
-  return true;
-}
-
-bool FunctionCall::write_text(Writer& out, Workspace& work) const {
-  const auto* call = as<Checkpoint::FunctionCall>(begin());
-  if (call == nullptr || call->function() == nullptr) return true;
-  const Checkpoint::Function& function = *call->function();
+void put_call_head(const Checkpoint::Function& function, Writer& out) {
   if (!function.is_user()) out.put('*');
   if (function.class_entry() != nullptr) {
     function.class_entry()->name().write(out);
@@ -50,107 +28,130 @@ bool FunctionCall::write_text(Writer& out, Workspace& work) const {
   }
   function.name().write(out);
   out.put('(');
-  if (call->arg_count() != 0) {
-    call->decode_args(work.args);
-    for (Checkpoint::ValueTape::Index i = 0; i != work.args.size(); i = work.args.end(i)) {
-      if (i != 0) out.put(", ");
-      work.text_writer.write_escaped(work.args, i, out);
+}
+
+bool has_short_names(const Checkpoint::Function& function, const Section& names) {
+  const Checkpoint::ClassEntry* entry = function.class_entry();
+  return RenderedTexts::is_short(names, function.name_place()) &&
+         (entry == nullptr || RenderedTexts::is_short(names, entry->name_place()));
+}
+
+// The event's line, if its name has a `%`. Kept: a marker such as %1 in the name is replaced by the
+// sequence number. What QString::arg takes for a marker, and how it prints the number there, is
+// best left to it.
+void put_event_with_markers(Checkpoint::String name, std::uint32_t sequence, Writer& out) {
+  const QByteArray line = QStringLiteral("(EVENT) Kelvo Monitor Event: %1. Event sequence: %2")
+                              .arg(name.to_string())
+                              .arg(sequence)
+                              .toUtf8();
+  out.put(std::string_view(line.constData(), static_cast<std::size_t>(line.size())));
+}
+
+// Writes the line that each kind of begin gives.
+struct LineWriter {
+  const Base& node;
+  Writer& out;
+  TextRoom& room;
+
+  void operator()(const Checkpoint::Base& /*record*/) const {}
+
+  void operator()(const Checkpoint::Startup& record) const {
+    out.put("REQUEST STARTUP: REQUEST: ");
+    record.url().write(out);
+    out.put(", URL: ");
+    record.orig_uri().write(out);
+  }
+
+  void operator()(const Checkpoint::FunctionCall& call) const {
+    const Checkpoint::Function* function = call.function();
+    if (function == nullptr) return;
+    put_head(*function, call.file()->add_data());
+    const char* separator = "";
+    for (const Checkpoint::ValueRef& argument : call.args(room.tape)) {
+      out.put(std::string_view(separator));
+      room.values.write_escaped(*argument.tape(), argument.item(), out);
+      separator = ", ";
+      if (!out.ok()) return;
+    }
+    out.put(')');
+    if (const auto returned = node.end_as<Checkpoint::FunctionReturn>()) {
+      if (!function->is_constructor_or_destructor()) put_outcome(" Returned: ", *returned);
+    } else if (const auto thrown = node.end_as<Checkpoint::FunctionException>()) {
+      // Kept: constructors and destructors are silent about what they return, not about what they
+      // throw.
+      put_outcome(" Threw: ", *thrown);
     }
   }
-  out.put(')');
-  write_result(function, out, work);
-  return true;
-}
 
-void FunctionCall::write_result(const Checkpoint::Function& function, Writer& out,
-                                Workspace& work) const {
-  if (const auto* returned = as<Checkpoint::FunctionReturn>(end())) {
-    if (!function.is_constructor_or_destructor()) put_outcome(out, " Returned: ", *returned, work);
-  } else if (const auto* thrown = as<Checkpoint::FunctionException>(end())) {
-    // Kept: constructors and destructors are silent about what they return, not about what they
-    // throw.
-    put_outcome(out, " Threw: ", *thrown, work);
+  void operator()(const Checkpoint::IncludeCall& record) const {
+    out.put("include ");
+    record.include().write(out);
+    if (const auto thrown = node.end_as<Checkpoint::IncludeException>()) {
+      put_outcome(" Threw: ", *thrown);
+    }
   }
-}
 
-bool IncludeCall::write_text(Writer& out, Workspace& work) const {
-  const auto* record = as<Checkpoint::IncludeCall>(begin());
-  if (record == nullptr) return true;
-  out.put("include ");
-  record->include().write(out);
-  if (const auto* thrown = as<Checkpoint::IncludeException>(end())) {
-    put_outcome(out, " Threw: ", *thrown, work);
+  void operator()(const Checkpoint::SapiWriteStart& record) const {
+    out.put("WRITE: ");
+    put_quoted(out, record.body());
   }
-  return true;
-}
 
-bool SapiWrite::write_text(Writer& out, Workspace& /*work*/) const {
-  const auto* record = as<Checkpoint::SapiWriteStart>(begin());
-  if (record == nullptr) return true;
-  out.put("WRITE: ");
-  put_quoted(out, record->body());
-  return true;
-}
-
-bool SapiFlush::write_text(Writer& out, Workspace& /*work*/) const {
-  out.put("FLUSH");
-  return true;
-}
-
-bool SapiHeader::write_text(Writer& out, Workspace& /*work*/) const {
-  const auto* record = as<Checkpoint::SapiHeader>(begin());
-  // Kept: an operation that does not exist has a line, with nothing on it.
-  if (record == nullptr || !record->has_known_op()) return true;
-  switch (static_cast<Checkpoint::HeaderOp>(record->op())) {
-    case Checkpoint::HeaderOp::replace: out.put("HEADER REPLACE "); break;
-    case Checkpoint::HeaderOp::add: out.put("HEADER "); break;
-    case Checkpoint::HeaderOp::delete_: out.put("HEADER DELETE "); break;
-    case Checkpoint::HeaderOp::delete_all: out.put("HEADER DELETE ALL"); break;
-    case Checkpoint::HeaderOp::set_status: out.put("HEADER SET STATUS"); break;
+  void operator()(const Checkpoint::SapiHeader& record) const {
+    // Kept: an operation that does not exist has a line, with nothing on it.
+    if (!record.has_known_op()) return;
+    constexpr std::array<std::string_view, 5> heads = {
+        "HEADER REPLACE ", "HEADER ", "HEADER DELETE ", "HEADER DELETE ALL", "HEADER SET STATUS"};
+    out.put(heads[record.op()]);
+    if (record.has_header_line()) put_quoted(out, record.header());
   }
-  if (record->has_header_line()) put_quoted(out, record->header());
-  return true;
-}
 
-bool SapiSendHeaders::write_text(Writer& out, Workspace& /*work*/) const {
-  out.put("SEND_HEADERS");
-  return true;
-}
-
-bool ScriptExit::write_text(Writer& out, Workspace& /*work*/) const {
-  out.put("SCRIPT_EXIT");
-  return true;
-}
-
-bool ScriptError::write_text(Writer& out, Workspace& /*work*/) const {
-  const auto* record = as<Checkpoint::ScriptError>(begin());
-  if (record == nullptr) return true;
-  out.put("Script error (");
-  put_unsigned(out, record->error_num());
-  out.put(") ");
-  record->error_message().write_escaped(out);
-  return true;
-}
-
-bool UserEvent::write_text(Writer& out, Workspace& /*work*/) const {
-  const auto* record = as<Checkpoint::UserEvent>(begin());
-  if (record == nullptr) return true;
-  const Checkpoint::String name = record->event_name();
-  if (name.view().find('%') != std::string_view::npos) {
-    // Kept: a marker such as %1 in the name is replaced by the sequence number. What QString::arg
-    // takes for a marker, and how it prints the number there, is best left to it.
-    const QByteArray line = QStringLiteral("(EVENT) Kelvo Monitor Event: %1. Event sequence: %2")
-                                .arg(name.to_string())
-                                .arg(record->event_sequence())
-                                .toUtf8();
-    out.put(std::string_view(line.constData(), static_cast<std::size_t>(line.size())));
-    return true;
+  void operator()(const Checkpoint::ScriptError& record) const {
+    out.put("Script error (");
+    put_unsigned(out, record.error_num());
+    out.put(") ");
+    record.error_message().write_escaped(out);
   }
-  out.put("(EVENT) Kelvo Monitor Event: ");
-  name.write(out);
-  out.put(". Event sequence: ");
-  put_unsigned(out, record->event_sequence());
-  return true;
+
+  void operator()(const Checkpoint::UserEvent& record) const {
+    const Checkpoint::String name = record.event_name();
+    if (name.view().find('%') != std::string_view::npos) {
+      put_event_with_markers(name, record.event_sequence(), out);
+      return;
+    }
+    out.put("(EVENT) Kelvo Monitor Event: ");
+    name.write(out);
+    out.put(". Event sequence: ");
+    put_unsigned(out, record.event_sequence());
+  }
+
+  void put_head(const Checkpoint::Function& function, const Section& names) const {
+    if (!has_short_names(function, names)) {
+      put_call_head(function, out);
+      return;
+    }
+    room.call_heads.put(&function, out,
+                        [&](Writer& head) { put_call_head(function, head); });
+  }
+
+  // " Returned: " or " Threw: " with the record's value, unless that is undef.
+  void put_outcome(std::string_view label, const Checkpoint::EndWithValue& end) const {
+    const Checkpoint::ValueRef value = end.value(room.tape);
+    if (value.is_undef()) return;
+    out.put(label);
+    room.values.write_escaped(*value.tape(), value.item(), out);
+  }
+};
+
+}  // namespace
+
+bool Base::write_text(Writer& out, TextRoom& room) const {
+  switch (type_) {
+    case Type::SAPI_FLUSH: out.put("FLUSH"); break;
+    case Type::SAPI_SEND_HEADERS: out.put("SEND_HEADERS"); break;
+    case Type::SCRIPT_EXIT: out.put("SCRIPT_EXIT"); break;
+    default: Checkpoint::with_record(begin_, LineWriter{*this, out, room});
+  }
+  return type_ != Type::CRASH;
 }
 
 }  // namespace CT::Node

@@ -1,18 +1,21 @@
 // SPDX-License-Identifier: MIT
-//
-// The checkpoint dump: every record as a block of indented lines.
+#include "codetrace/render/ct_records_dump.h"
+
 #include <bit>
 
 #include "codetrace/model/ct_records.h"
+#include "codetrace/render/ct_json.h"
 #include "codetrace/render/ct_number.h"
-#include "codetrace/render/ct_value_json.h"
-#include "codetrace/render/ct_value_text.h"
 
-namespace CT::Checkpoint {
+namespace CT {
+
+using Checkpoint::String;
+using Checkpoint::ValueRef;
+using Checkpoint::ValueType;
 
 namespace {
 
-void put_line(Writer& out, std::string_view label, String text) {
+void put_line(Writer& out, std::string_view label, const String& text) {
   out.put(label);
   text.dump(out);
   out.put('\n');
@@ -51,139 +54,175 @@ std::uint64_t address_of(const Object* object) {
 // Codes and numbers that the writer stored unsigned and that print as C's int.
 std::int64_t as_int(std::uint32_t value) { return static_cast<std::int32_t>(value); }
 
-void dump_class(const ClassEntry& entry, Writer& out) {
+void dump_class(const Checkpoint::ClassEntry& entry, Writer& out) {
   put_pointer_line(out, "\t\tCE: ", address_of(entry.record()));
   put_line(out, "\t\t\tTYPE: ", std::int64_t{entry.type()});
   put_line(out, "\t\t\tNAME: ", entry.name());
   put_line(out, "\t\t\tCE_FLAGS: ", std::int64_t{entry.flags()});
-  if (entry.type() == user_defined && entry.filename().is_present()) {
+  if (entry.is_user() && entry.filename().is_present()) {
     put_location(out, "\t\t\tFILENAME: ", entry.filename(), entry.line());
   }
 }
 
+// The lines of a function from its type to its place.
+void dump_function(const Checkpoint::Function& function, Writer& out) {
+  put_line(out, "\t\tTYPE: ", std::int64_t{function.type_byte()});
+  put_line(out, "\t\tNAME: ", function.name());
+  if (function.class_entry() != nullptr) dump_class(*function.class_entry(), out);
+  put_line(out, "\t\tFN_FLAGS: ", std::int64_t{function.flags()});
+  if (function.is_user() && function.filename().is_present()) {
+    put_location(out, "\t\tFILENAME: ", function.filename(), function.line_no());
+  }
+}
+
+bool is_short(const Section& names, const Checkpoint::Function& function) {
+  const auto fits = [&](const unsigned char* place) {
+    return RenderedTexts::is_short(names, place);
+  };
+  const Checkpoint::ClassEntry* entry = function.class_entry();
+  return fits(function.name_place()) && fits(function.filename_place()) &&
+         (entry == nullptr || (fits(entry->name_place()) && fits(entry->filename_place())));
+}
+
 }  // namespace
 
-void Base::dump(Writer& out) const {
+// The lines behind the common ones.
+struct RecordDumper::Lines {
+  RecordDumper& room;
+  Writer& out;
+
+  void operator()(const Checkpoint::Base& /*record*/) const {}
+
+  void operator()(const Checkpoint::Startup& record) const {
+    put_line(out, "\tFINAL URL: ", record.url());
+    put_line(out, "\tORIG URI: ", record.orig_uri());
+    put_line(out, "\tHOST: ", record.host());
+    put_line(out, "\tMETHOD: ", record.method());
+  }
+
+  void operator()(const Checkpoint::IncludeCall& record) const {
+    put_line(out, "\tINCLUDE: ", record.include());
+  }
+
+  void operator()(const Checkpoint::End& record) const {
+    put_pointer_line(out, "\tSTART: ", record.start());
+  }
+
+  void operator()(const Checkpoint::FunctionReturn& record) const {
+    put_value("\tRVAL: ", record);
+  }
+
+  void operator()(const Checkpoint::FunctionException& record) const {
+    put_value("\tEXCEPTION: ", record);
+  }
+
+  // Kept: unlike a function's exception it prints as compact JSON, and as nothing when that would
+  // be neither an array nor an object.
+  void operator()(const Checkpoint::IncludeException& record) const {
+    put_pointer_line(out, "\tSTART: ", record.start());
+    const ValueRef value = record.value(room.tape_);
+    const ValueType type = value.type();
+    out.put("\tEXCEPTION: ");
+    if (type == ValueType::array || type == ValueType::object || type == ValueType::resource ||
+        (type == ValueType::string && value.string().orig_sz >= 0)) {
+      JsonWriter json(out, JsonWriter::Form::compact);
+      room.json_.write(*value.tape(), value.item(), json);
+    }
+    out.put('\n');
+  }
+
+  void operator()(const Checkpoint::SapiWriteStart& record) const {
+    put_bare_line(out, "\tBODY: ", record.body());
+  }
+
+  void operator()(const Checkpoint::SapiHeader& record) const {
+    put_line(out, "\tOP: ", std::int64_t{record.op()});
+    const String header = record.header();
+    if (header.is_present()) put_bare_line(out, "\tHDR: ", header);
+  }
+
+  void operator()(const Checkpoint::SapiSendHeaders& record) const {
+    put_line(out, "\tHTTP_RESPONSE_CODE: ", as_int(record.code()));
+    const String status = record.status();
+    if (status.is_present()) put_bare_line(out, "\tHTTP_STATUS_LINE: ", status);
+  }
+
+  void operator()(const Checkpoint::ScriptError& record) const {
+    put_line(out, "\tERROR NUM: ", as_int(record.error_num()));
+    put_line(out, "\tERROR MESSAGE: ", record.error_message());
+  }
+
+  void operator()(const Checkpoint::FunctionCall& call) const {
+    // Kept: always the null pointer.
+    put_pointer_line(out, "\tFUNCTION: ", 0);
+    if (call.function() != nullptr) put_function(*call.function(), call.file()->add_data());
+    if (call.has_this()) put_value_line("\tTHIS: ", call.this_value(room.tape_));
+    const std::uint32_t count = call.arg_count();
+    put_line(out, "\tARG_COUNT: ", std::int64_t{count});
+    if (count == 0) return;
+    out.put("\tARGS: ");
+    std::string_view separator;
+    for (const ValueRef& argument : call.args(room.tape_)) {
+      out.put(separator);
+      room.texts_.write(*argument.tape(), argument.item(), out);
+      separator = ", ";
+      if (!out.ok()) return;
+    }
+    out.put('\n');
+  }
+
+  void put_function(const Checkpoint::Function& function, const Section& names) const {
+    if (!is_short(names, function)) {
+      dump_function(function, out);
+      return;
+    }
+    room.functions_.put(&function, out, [&](Writer& lines) { dump_function(function, lines); });
+  }
+
+  void put_value(std::string_view label, const Checkpoint::EndWithValue& record) const {
+    put_pointer_line(out, "\tSTART: ", record.start());
+    put_value_line(label, record.value(room.tape_));
+  }
+
+  void put_value_line(std::string_view label, const ValueRef& value) const {
+    out.put(label);
+    room.texts_.write(*value.tape(), value.item(), out);
+    out.put('\n');
+  }
+};
+
+void RecordDumper::write_common(const Checkpoint::Base& record, Writer& out) {
   out.put("*** CHECKPOINT ");
-  out.put(type_name(type_));
+  out.put(type_name(record.type()));
   out.put(" [");
-  put_pointer(out, address_of(checkpoint()));
+  put_pointer(out, address_of(record.checkpoint()));
   out.put("]\n");
-  if (has_timestamp()) {
+  if (record.has_timestamp()) {
     out.put("\tTIMESTAMP: ");
-    put_timestamp(out, timestamp_);
+    put_timestamp(out, record.timestamp());
     out.put('\n');
   }
-  if (has_memory()) {
+  if (record.has_memory()) {
     out.put("\tMEMORY USAGE: ");
-    put_unsigned(out, memory_);
+    put_unsigned(out, record.memory());
     out.put('\n');
   }
-  if (has_location()) put_location(out, "\tFILENAME: ", filename(), line_no_);
-}
-
-void Startup::dump(Writer& out) const {
-  Base::dump(out);
-  put_line(out, "\tFINAL URL: ", url());
-  put_line(out, "\tORIG URI: ", orig_uri());
-  put_line(out, "\tHOST: ", host());
-  put_line(out, "\tMETHOD: ", method());
-}
-
-void IncludeCall::dump(Writer& out) const {
-  Base::dump(out);
-  put_line(out, "\tINCLUDE: ", include());
-}
-
-void End::dump(Writer& out) const {
-  Base::dump(out);
-  put_pointer_line(out, "\tSTART: ", start_);
-}
-
-void EndWithValue::dump_line(std::string_view label, Writer& out) const {
-  End::dump(out);
-  ValueTape tape;
-  const ValueTape::Index value = decode_value(tape);
-  out.put(label);
-  ValueTextWriter().write(tape, value, out);
-  out.put('\n');
-}
-
-void FunctionReturn::dump(Writer& out) const { dump_line("\tRVAL: ", out); }
-
-void FunctionException::dump(Writer& out) const { dump_line("\tEXCEPTION: ", out); }
-
-// Kept: unlike a function's exception it prints as compact JSON, and as nothing when that would be
-// neither an array nor an object.
-void IncludeException::dump(Writer& out) const {
-  End::dump(out);
-  ValueTape tape;
-  const ValueTape::Index value = decode_value(tape);
-  const ValueType type = tape.type(value);
-  out.put("\tEXCEPTION: ");
-  if (type == ValueType::array || type == ValueType::object || type == ValueType::resource ||
-      (type == ValueType::string && tape.string(value).orig_sz >= 0)) {
-    JsonWriter json(out, JsonWriter::Form::compact);
-    ValueJsonWriter().write(tape, value, json);
+  if (!record.has_location()) return;
+  const unsigned char* place = record.filename_place();
+  if (place == nullptr || !RenderedTexts::is_short(record.file()->add_data(), place)) {
+    put_location(out, "\tFILENAME: ", record.filename(), record.line_no());
+    return;
   }
-  out.put('\n');
+  out.put("\tFILENAME: ");
+  filenames_.put(place, out, [&](Writer& name) { record.filename().dump(name); });
+  put_line(out, ", LINENO: ", std::int64_t{record.line_no()});
 }
 
-void SapiWriteStart::dump(Writer& out) const {
-  Base::dump(out);
-  put_bare_line(out, "\tBODY: ", body_);
+void RecordDumper::write(const Checkpoint::Base& record, Writer& out) {
+  write_common(record, out);
+  Checkpoint::with_record(record, Lines{*this, out});
 }
 
-void SapiHeader::dump(Writer& out) const {
-  Base::dump(out);
-  put_line(out, "\tOP: ", std::int64_t{op_});
-  if (header_.is_present()) put_bare_line(out, "\tHDR: ", header_);
-}
+void Checkpoint::Base::dump(Writer& out) const { RecordDumper().write(*this, out); }
 
-void SapiSendHeaders::dump(Writer& out) const {
-  Base::dump(out);
-  put_line(out, "\tHTTP_RESPONSE_CODE: ", as_int(code_));
-  if (status_.is_present()) put_bare_line(out, "\tHTTP_STATUS_LINE: ", status_);
-}
-
-void ScriptError::dump(Writer& out) const {
-  Base::dump(out);
-  put_line(out, "\tERROR NUM: ", as_int(error_num_));
-  put_line(out, "\tERROR MESSAGE: ", error_message_);
-}
-
-void FunctionCall::dump(Writer& out) const {
-  Base::dump(out);
-  // Kept: always the null pointer.
-  put_pointer_line(out, "\tFUNCTION: ", 0);
-  if (function_ != nullptr) dump_function(out);
-  ValueTape tape;
-  if (has_this()) {
-    out.put("\tTHIS: ");
-    const ValueTape::Index value = decode_this(tape);
-    ValueTextWriter().write(tape, value, out);
-    out.put('\n');
-  }
-  put_line(out, "\tARG_COUNT: ", std::int64_t{arg_count_});
-  if (arg_count_ == 0) return;
-  out.put("\tARGS: ");
-  decode_args(tape);
-  ValueTextWriter writer;
-  for (ValueTape::Index i = 0; i != tape.size(); i = tape.end(i)) {
-    if (i != 0) out.put(", ");
-    writer.write(tape, i, out);
-  }
-  out.put('\n');
-}
-
-void FunctionCall::dump_function(Writer& out) const {
-  put_line(out, "\t\tTYPE: ", std::int64_t{function_->type_byte()});
-  put_line(out, "\t\tNAME: ", function_->name());
-  if (function_->class_entry() != nullptr) dump_class(*function_->class_entry(), out);
-  put_line(out, "\t\tFN_FLAGS: ", std::int64_t{function_->flags()});
-  if (function_->is_user() && function_->filename().is_present()) {
-    put_location(out, "\t\tFILENAME: ", function_->filename(), function_->line_no());
-  }
-}
-
-}  // namespace CT::Checkpoint
+}  // namespace CT

@@ -5,6 +5,8 @@
 #include <bit>
 #include <cstdint>
 
+#include "codetrace/bytes/ct_utf8.h"
+
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif
@@ -12,29 +14,6 @@
 namespace CT {
 
 namespace {
-
-constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
-constexpr std::string_view replacement = "\xEF\xBF\xBD";
-
-// The length of the well-formed sequence (Unicode, table 3-7) at `p`, a byte of 0x80 or more; 0 if
-// there is none.
-std::size_t sequence_length(const unsigned char* p, const unsigned char* end) {
-  const auto continues = [&](std::size_t i, unsigned low = 0x80, unsigned high = 0xBF) {
-    return p[i] >= low && p[i] <= high;
-  };
-  const auto left = static_cast<std::size_t>(end - p);
-  const unsigned lead = *p;
-  if (lead < 0xC2 || lead > 0xF4) return 0;
-  if (lead < 0xE0) return left >= 2 && continues(1) ? 2 : 0;
-  if (lead < 0xF0) {
-    const unsigned low = lead == 0xE0 ? 0xA0 : 0x80;
-    const unsigned high = lead == 0xED ? 0x9F : 0xBF;
-    return left >= 3 && continues(1, low, high) && continues(2) ? 3 : 0;
-  }
-  const unsigned low = lead == 0xF0 ? 0x90 : 0x80;
-  const unsigned high = lead == 0xF4 ? 0x8F : 0xBF;
-  return left >= 4 && continues(1, low, high) && continues(2) && continues(3) ? 4 : 0;
-}
 
 // A form says which ASCII bytes it escapes, and how.
 struct Plain {
@@ -151,14 +130,14 @@ void put_as(Writer& out, std::string_view stored) {
     p = skip_plain<Form>(first, p, end);
     if (p == end) break;
     if (*p >= 0x80) {
-      if (const std::size_t length = sequence_length(p, end); length != 0) {
+      if (const std::size_t length = utf8_sequence_length(p, end); length != 0) {
         p += length;
         continue;
       }
     }
     put_run();
     if (*p >= 0x80) {
-      out.put(replacement);
+      out.put(replacement_character);
     } else {
       Form::escape(out, *p);
     }
@@ -174,30 +153,5 @@ void put_text(Writer& out, std::string_view stored) { put_as<Plain>(out, stored)
 void put_escaped_text(Writer& out, std::string_view stored) { put_as<Escaped>(out, stored); }
 
 void put_json_text(Writer& out, std::string_view stored) { put_as<Json>(out, stored); }
-
-bool decodes_to(std::string_view stored, std::string_view expected) {
-  return without_byte_order_mark(stored) == expected;
-}
-
-std::string_view without_byte_order_mark(std::string_view stored) {
-  return stored.starts_with(byte_order_mark) ? stored.substr(byte_order_mark.size()) : stored;
-}
-
-std::string_view take_character(std::string_view& stored) {
-  const auto* first = static_cast<const unsigned char*>(static_cast<const void*>(stored.data()));
-  const std::size_t length = *first < 0x80 ? 1 : sequence_length(first, first + stored.size());
-  const std::string_view character = length != 0 ? stored.substr(0, length) : replacement;
-  stored.remove_prefix(length != 0 ? length : 1);
-  return character;
-}
-
-QString to_qstring(std::string_view decoded) {
-  QString marks;
-  while (decoded.starts_with(byte_order_mark)) {
-    marks += QChar(QChar::ByteOrderMark);
-    decoded.remove_prefix(byte_order_mark.size());
-  }
-  return marks + QString::fromUtf8(decoded.data(), static_cast<qsizetype>(decoded.size()));
-}
 
 }  // namespace CT

@@ -3,18 +3,20 @@
 
 #include <algorithm>
 
+#include "codetrace/render/ct_fields_json.h"
+
 namespace CT::Checkpoint {
 
 namespace {
 
 void write_object(const ValueTape& tape, ValueTape::Index i, JsonWriter& out) {
   out.begin_object();
-  if (const auto entry = tape.class_entry(i); entry != nullptr) {
+  if (const auto* entry = tape.class_entry(i); entry != nullptr) {
     out.key("class");
     if (entry->id() >= 0) {
       out.number(std::int64_t{entry->id()});
     } else {
-      entry->write_json(out);
+      CT::write_json(*entry, out);
     }
   }
   out.key("handle");
@@ -158,15 +160,6 @@ void ValueJsonWriter::close_array(const ValueTape& tape, JsonWriter& out) {
   members_.truncate(array.first_member);
   keys_.truncate(array.keys);
   open_.pop_back();
-}
-
-void ValueListPart::write_json(JsonWriter& out) const {
-  out.begin_array();
-  for (ValueTape::Index i = 0; i != tape_->size() && out.ok(); i = tape_->end(i)) {
-    out.element();
-    writer_->write(*tape_, i, out);
-  }
-  out.end_array();
 }
 
 }  // namespace CT::Checkpoint

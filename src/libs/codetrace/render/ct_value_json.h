@@ -7,12 +7,9 @@
 // ct_value_key.h for how little that is.
 #pragma once
 
-#include <QJsonValue>
-
 #include "codetrace/bytes/ct_plain_array.h"
 #include "codetrace/model/ct_value_tape.h"
 #include "codetrace/render/ct_json.h"
-#include "codetrace/render/ct_json_members.h"
 #include "codetrace/render/keys/ct_value_key.h"
 #include "kcommon/k_export.h"
 
@@ -52,44 +49,5 @@ class CODETRACE_EXPORT ValueJsonWriter {
   PlainArray<Member> members_;
   KeyTexts keys_;
 };
-
-// Values of a tape as members of an object. They borrow tape and writer.
-class CODETRACE_EXPORT ValuePart final : public JsonPart {
- public:
-  void set(const ValueTape& tape, ValueTape::Index value, ValueJsonWriter& writer) {
-    tape_ = &tape;
-    value_ = value;
-    writer_ = &writer;
-  }
-  void write_json(JsonWriter& out) const override { writer_->write(*tape_, value_, out); }
-  [[nodiscard]] QJsonValue to_qt_json() const override;
-
- private:
-  const ValueTape* tape_ = nullptr;
-  ValueTape::Index value_ = 0;
-  ValueJsonWriter* writer_ = nullptr;
-};
-
-// The same for all the values of a tape, as one JSON array.
-class CODETRACE_EXPORT ValueListPart final : public JsonPart {
- public:
-  void set(const ValueTape& tape, ValueJsonWriter& writer) {
-    tape_ = &tape;
-    writer_ = &writer;
-  }
-  void write_json(JsonWriter& out) const override;
-  [[nodiscard]] QJsonValue to_qt_json() const override;
-
- private:
-  const ValueTape* tape_ = nullptr;
-  ValueJsonWriter* writer_ = nullptr;
-};
-
-// The deepest nesting of arrays that Qt's JSON classes are given: they recurse.
-constexpr std::size_t qt_json_levels = 1000;
-
-// The same value for programs that work with Qt's classes. Undefined for undef, and for values of
-// more than `qt_json_levels` levels.
-CODETRACE_EXPORT QJsonValue to_qt_json(const ValueTape& tape, ValueTape::Index root);
 
 }  // namespace CT::Checkpoint

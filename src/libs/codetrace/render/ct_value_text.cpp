@@ -21,7 +21,7 @@ void ValueTextWriter::write_name(const File& file, const unsigned char* place, W
 
 void ValueTextWriter::write_object(const ValueTape& tape, ValueTape::Index i, Writer& out) {
   out.put("object(");
-  if (const auto entry = tape.class_entry(i); entry != nullptr) {
+  if (const auto* entry = tape.class_entry(i); entry != nullptr) {
     write_name(tape.file(), entry->name_place(), out);
   } else {
     out.put("!unknown!");

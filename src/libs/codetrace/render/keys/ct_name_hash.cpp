@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-#include "codetrace/render/ct_text.h"
+#include "codetrace/bytes/ct_utf8.h"
 
 namespace CT {
 

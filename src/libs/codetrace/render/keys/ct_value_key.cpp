@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "codetrace/bytes/ct_utf8.h"
 #include "codetrace/render/ct_text.h"
 
 namespace CT::Checkpoint {

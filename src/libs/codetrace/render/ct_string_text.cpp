@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
+//
+// How stored texts are shown.
 #include "codetrace/model/ct_string.h"
-
-#include <QJsonObject>
-
+#include "codetrace/render/ct_json.h"
 #include "codetrace/render/ct_number.h"
 #include "codetrace/render/ct_text.h"
 
@@ -45,27 +45,6 @@ void String::write_json(JsonWriter& out) const {
   out.key("string");
   out.text(view());
   out.end_object();
-}
-
-QString String::to_string() const {
-  MemoryWriter text;
-  write(text);
-  return to_qstring(text.view());
-}
-
-QString String::to_escaped_string() const {
-  MemoryWriter text;
-  write_escaped(text);
-  return to_qstring(text.view());
-}
-
-QJsonValue String::as_json() const {
-  if (orig_sz < 0) return to_string();
-  QJsonObject object;
-  if (is_cut()) object.insert(QStringLiteral("orig_sz"), orig_sz);
-  object.insert(QStringLiteral("string"),
-                QString::fromUtf8(view().data(), static_cast<qsizetype>(view().size())));
-  return object;
 }
 
 }  // namespace CT::Checkpoint

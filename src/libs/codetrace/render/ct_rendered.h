@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+//
+// RenderedTexts: what many lines show alike, such as the name of a function, written out once and
+// copied from then on. It forgets when it is full, so it holds no more than a fixed amount, whatever
+// the trace; long texts are not kept at all.
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
+#include "codetrace/ct_file.h"
+#include "codetrace/render/ct_writer.h"
+
+namespace CT {
+
+class RenderedTexts {
+ public:
+  // The longest stored text that is worth keeping.
+  static constexpr std::size_t longest = 256;
+
+  // Puts what `render(writer)` writes, which is always the same for this key: the address of what is
+  // rendered. Requires: a key that is not null, and a rendering of a few times `longest` at most.
+  template <class Render>
+  void put(const void* key, Writer& out, Render render) {
+    Slot& slot = slots_[slot_of(key)];
+    if (slot.key != key) {
+      if (pool_.size() > most) forget();
+      const std::size_t begin = pool_.size();
+      render(pool_);
+      slot = {key, static_cast<std::uint32_t>(begin),
+              static_cast<std::uint32_t>(pool_.size() - begin)};
+    }
+    out.put(pool_.view().substr(slot.begin, slot.size));
+  }
+
+  // Whether the text at a place of ADD DATA is short; null is.
+  static bool is_short(const Section& section, const unsigned char* place) {
+    if (place == nullptr) return true;
+    const auto room = static_cast<std::size_t>(section.end() - place);
+    return room <= longest || std::memchr(place, 0, longest) != nullptr;
+  }
+
+ private:
+  struct Slot {
+    const void* key = nullptr;
+    std::uint32_t begin = 0;
+    std::uint32_t size = 0;
+  };
+
+  static constexpr std::size_t most = std::size_t{1} << 20;
+  static constexpr unsigned slot_bits = 11;
+
+  static std::size_t slot_of(const void* key) {
+    constexpr std::uint64_t odd = 0x9E3779B97F4A7C15;
+    return (std::bit_cast<std::uintptr_t>(key) * odd) >> (64 - slot_bits);
+  }
+  void forget() {
+    slots_ = {};
+    pool_.clear();
+  }
+
+  std::array<Slot, std::size_t{1} << slot_bits> slots_{};
+  MemoryWriter pool_;
+};
+
+}  // namespace CT
