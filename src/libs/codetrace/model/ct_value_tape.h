@@ -95,6 +95,7 @@ class CODETRACE_EXPORT ValueTape {
     std::uint32_t type : 4;
     std::uint32_t cut : 1;
     std::uint32_t list : 1;
+    std::uint32_t marker : 1;  // a text that is the cut marker
     std::uint32_t link;  // array: the item behind it
   };
 
@@ -109,8 +110,8 @@ class CODETRACE_EXPORT ValueTape {
   PlainArray<ArrayFrame> frames_;
 };
 
-// Steps over the value at the cursor as decode() would, keeping nothing; enters the classes of its
-// objects into `entities` unless that is null.
-void scan_value(Cursor& cursor, const File& file, Entities* entities);
+// Steps over the values at the cursor as decode() would, keeping nothing; enters the classes of
+// their objects into `entities` unless that is null.
+void scan_values(Cursor& cursor, std::uint32_t count, const File& file, Entities* entities);
 
 }  // namespace CT::Checkpoint

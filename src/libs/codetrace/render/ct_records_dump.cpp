@@ -172,11 +172,9 @@ struct RecordDumper::Lines {
   }
 
   void put_function(const Checkpoint::Function& function, const Section& names) const {
-    if (!is_short(names, function)) {
-      dump_function(function, out);
-      return;
-    }
-    room.functions_.put(&function, out, [&](Writer& lines) { dump_function(function, lines); });
+    room.functions_.put(
+        &function, out, [&] { return is_short(names, function); },
+        [&](Writer& lines) { dump_function(function, lines); });
   }
 
   void put_value(std::string_view label, const Checkpoint::EndWithValue& record) const {
@@ -208,13 +206,12 @@ void RecordDumper::write_common(const Checkpoint::Base& record, Writer& out) {
     out.put('\n');
   }
   if (!record.has_location()) return;
-  const unsigned char* place = record.filename_place();
-  if (place == nullptr || !RenderedTexts::is_short(record.file()->add_data(), place)) {
-    put_location(out, "\tFILENAME: ", record.filename(), record.line_no());
-    return;
-  }
   out.put("\tFILENAME: ");
-  filenames_.put(place, out, [&](Writer& name) { record.filename().dump(name); });
+  if (const unsigned char* place = record.filename_place(); place != nullptr) {
+    filenames_.put(
+        place, out, [&] { return RenderedTexts::is_short(record.file()->add_data(), place); },
+        [&](Writer& name) { record.filename().dump(name); });
+  }
   put_line(out, ", LINENO: ", std::int64_t{record.line_no()});
 }
 

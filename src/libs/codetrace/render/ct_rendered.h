@@ -21,14 +21,16 @@ class RenderedTexts {
   static constexpr std::size_t longest = 256;
 
   // Puts what `render(writer)` writes, which is always the same for this key: the address of what is
-  // rendered. Requires: a key that is not null, and a rendering of a few times `longest` at most.
-  template <class Render>
-  void put(const void* key, Writer& out, Render render) {
+  // rendered. `fits()` tells, for a key that is not known, whether its text is short enough to be
+  // kept: a few times `longest`. Requires: a key that is not null.
+  template <class Fits, class Render>
+  void put(const void* key, Writer& out, Fits fits, Render render) {
     Slot& slot = slots_[slot_of(key)];
     if (slot.key != key) {
+      if (!fits()) return render(out);
       if (pool_.size() > most) forget();
       const std::size_t begin = pool_.size();
-      render(pool_);
+      render(static_cast<Writer&>(pool_));
       slot = {key, static_cast<std::uint32_t>(begin),
               static_cast<std::uint32_t>(pool_.size() - begin)};
     }
