@@ -1,13 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The command-line tool: one run from options to exit status, top to bottom.
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cerrno>
-#include <csignal>
-#include <cstdio>
-#include <memory>
 #include <new>
 
 #include "codetrace/ct_file.h"
@@ -17,45 +11,24 @@
 #include "codetrace/render/ct_file_dump.h"
 #include "codetrace/render/ct_writer.h"
 #include "ct_args.h"
-#include "ct_output.h"
-#include "ct_progress.h"
 #include "kcommon/k_logger.h"
+#include "tools/common/ct_failure.h"
+#include "tools/common/ct_output.h"
+#include "tools/common/ct_process.h"
+#include "tools/common/ct_progress.h"
 
 namespace {
 
-// Keeps descriptors 0 to 2 taken, so that no file opened later lands on them. A standard stream
-// that was closed stays unusable.
-void hold_standard_descriptors() {
-  for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
-    if (fcntl(descriptor, F_GETFD) >= 0) continue;
-    const int useless_mode = descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY;
-    static_cast<void>(open("/dev/null", useless_mode));
-  }
-}
-
-// Reports as "Failed to open NAME : REASON"; returns the exit status.
-int fail(const char* what, const QString& name, const QString& reason) {
-  std::fprintf(stderr, "%s %s : %s\n", what, name.toLocal8Bit().constData(),
-               reason.toLocal8Bit().constData());
-  return 1;
-}
-
-constexpr char open_failed[] = "Failed to open";
-constexpr char open_output_failed[] = "Failed to open output file";
-constexpr char write_failed[] = "Failed to write output file";
-
-// Usage and version went through stdio; tells whether they arrived.
-int end_early(const CT::Args& args) {
-  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return args.error ? 1 : 0;
-  const int error = errno;
-  return error == EPIPE ? 1 : fail(write_failed, CT::Output({}).name(), qt_error_string(error));
-}
+using CT::Tool::fail;
+using CT::Tool::open_failed;
+using CT::Tool::open_output_failed;
+using CT::Tool::write_failed;
 
 bool chosen(const CT::Args& args, CT::OutputFormat format) { return args.formats.contains(format); }
 
 // Builds the tree, and dumps each checkpoint on the way if that is wanted.
 void read_tree(const CT::File& file, bool dumps, CT::Storage& storage, CT::Writer& out,
-               CT::Progress& progress) {
+               CT::Tool::Progress& progress) {
   constexpr std::uint64_t now_and_then = 1024;
   std::uint64_t count = 0;
   CT::read_checkpoints(file, storage, [&](const CT::Checkpoint::Base& record) {
@@ -72,7 +45,7 @@ void read_tree(const CT::File& file, bool dumps, CT::Storage& storage, CT::Write
 }
 
 void write_outputs(const CT::Args& args, const CT::File& file, CT::Writer& out,
-                   CT::Progress& progress) {
+                   CT::Tool::Progress& progress) {
   using CT::OutputFormat;
   if (chosen(args, OutputFormat::HEADERS)) {
     klog(3, "Outputting Code Trace dump file headers");
@@ -100,10 +73,10 @@ void write_outputs(const CT::Args& args, const CT::File& file, CT::Writer& out,
 
 int run(int argc, char** argv) {
   CT::Args args;
-  if (!args.init(argc, argv)) return end_early(args);
+  if (!args.init(argc, argv)) return CT::Tool::end_of_printing(args.error ? 1 : 0);
   CT::File file(args.filename);
   if (!file.open()) return fail(open_failed, args.filename, file.error_message());
-  CT::Output output(args.output);
+  CT::Tool::Output output(args.output);
   if (!args.output.isEmpty()) {
     klog(3, "Using {} as the output", args.output.toStdString());
     if (file.is_same_file(args.output)) {
@@ -116,7 +89,7 @@ int run(int argc, char** argv) {
   }
   CT::StreamWriter out(output);
   try {
-    CT::Progress progress(output.descriptor());
+    CT::Tool::Progress progress(output.descriptor());
     write_outputs(args, file, out, progress);
   } catch (const std::bad_alloc&) {
     return fail(write_failed, output.name(), qt_error_string(ENOMEM));
@@ -128,18 +101,4 @@ int run(int argc, char** argv) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  hold_standard_descriptors();
-  // A file-size limit and a reader that leaves show as failed writes, not as signals.
-  std::signal(SIGXFSZ, SIG_IGN);
-  std::signal(SIGPIPE, SIG_IGN);
-  KLogger::instance().addSink(std::make_unique<KLogger::StdOutSink>(stdout, stderr, stdout), 1);
-  int status = 1;
-  try {
-    status = run(argc, argv);
-  } catch (const std::bad_alloc&) {
-    std::fputs("Out of memory\n", stderr);
-  }
-  KLogger::destroyInstance();
-  return status;
-}
+int main(int argc, char** argv) { return CT::Tool::run_tool(run, argc, argv); }

@@ -9,9 +9,9 @@
 
 #include "codetrace/render/ct_writer.h"
 
-namespace CT {
+namespace CT::Tool {
 
-class Output final : public Sink {
+class Output final : public CT::Sink {
  public:
   // An empty name is standard output.
   explicit Output(QString name) : name_(std::move(name)) {}
@@ -35,9 +35,8 @@ class Output final : public Sink {
   // The reader of a pipe has left, as `head` does: nobody waits for a message.
   [[nodiscard]] bool is_pipe_closed() const { return pipe_closed_; }
   // As messages call it.
-  [[nodiscard]] QString name() const {
-    return name_.isEmpty() ? QStringLiteral("standard output") : name_;
-  }
+  [[nodiscard]] QString name() const { return name_.isEmpty() ? standard_output_name() : name_; }
+  [[nodiscard]] static QString standard_output_name() { return QStringLiteral("standard output"); }
 
  private:
   [[nodiscard]] bool wait_for_room() const;
@@ -49,4 +48,4 @@ class Output final : public Sink {
   bool pipe_closed_ = false;
 };
 
-}  // namespace CT
+}  // namespace CT::Tool

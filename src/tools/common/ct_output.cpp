@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ct_output.h"
+#include "tools/common/ct_output.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -8,7 +8,7 @@
 #include <QFile>
 #include <cerrno>
 
-namespace CT {
+namespace CT::Tool {
 
 bool Output::open() {
   if (name_.isEmpty()) {
@@ -57,4 +57,4 @@ bool Output::fail(int error) {
   return false;
 }
 
-}  // namespace CT
+}  // namespace CT::Tool

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+//
+// Descriptors 0 to 2 of a process that may have been started without some of them. Those that were
+// closed are held, so that no file opened later lands on them, and stay useless: a read or write
+// fails as it would have. They are held until the process ends; a system that cannot hold them
+// leaves them as they were.
+#pragma once
+
+namespace CT::Tool {
+
+class StandardDescriptors {
+ public:
+  StandardDescriptors() { hold(); }
+  StandardDescriptors(const StandardDescriptors&) = delete;
+  StandardDescriptors& operator=(const StandardDescriptors&) = delete;
+
+ private:
+  void hold();
+};
+
+}  // namespace CT::Tool
