@@ -71,23 +71,19 @@ void write_outputs(const CT::Args& args, const CT::File& file, CT::Writer& out,
   }
 }
 
-int run(int argc, char** argv) {
+int run(int argc, char** argv, CT::Tool::StandardDescriptors& standard) {
   CT::Args args;
   if (!args.init(argc, argv)) return CT::Tool::end_of_printing(args.error ? 1 : 0);
   CT::File file(args.filename);
+  file.set_log(CT::Tool::log_line);
   if (!file.open()) return fail(open_failed, args.filename, file.error_message());
-  CT::Tool::Output output(args.output);
-  if (!args.output.isEmpty()) {
-    klog(3, "Using {} as the output", args.output.toStdString());
-    if (file.is_same_file(args.output)) {
-      return fail(open_output_failed, args.output,
-                  QStringLiteral("it is the Code Trace file itself"));
-    }
-  }
-  if (!output.open()) {
-    return fail(open_output_failed, args.output, output.error_message());
-  }
+  CT::Tool::Output output(args.output, standard);
+  // Takes its memory before the output is emptied.
   CT::StreamWriter out(output);
+  if (!args.output.isEmpty()) klog(3, "Using {} as the output", args.output.toStdString());
+  if (!output.open([&](int descriptor) { return file.is_same_file(descriptor); })) {
+    return fail(open_output_failed, output.name(), output.error_message());
+  }
   try {
     CT::Tool::Progress progress(output.descriptor());
     write_outputs(args, file, out, progress);

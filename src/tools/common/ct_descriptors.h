@@ -14,8 +14,16 @@ class StandardDescriptors {
   StandardDescriptors(const StandardDescriptors&) = delete;
   StandardDescriptors& operator=(const StandardDescriptors&) = delete;
 
+  // open(2) for a file to be written, made if it is not there, never emptied: a descriptor above
+  // 2, or -1 with errno. A name such as /dev/stdout finds what the process was started with, and
+  // nothing where that was closed.
+  int open_output(const char* path);
+
  private:
   void hold();
+  void let_go();
+
+  bool held_[3] = {};
 };
 
 }  // namespace CT::Tool

@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QFile>
@@ -10,29 +11,62 @@
 
 namespace CT::Tool {
 
-bool Output::open() {
-  if (name_.isEmpty()) {
-    descriptor_ = STDOUT_FILENO;
-    return true;
+namespace {
+
+// Devices and pipes have nothing that could be removed.
+bool empty_file(int descriptor) {
+  struct stat info = {};
+  if (fstat(descriptor, &info) != 0) return false;
+  if (!S_ISREG(info.st_mode)) return true;
+  int result = 0;
+  do {
+    result = ftruncate(descriptor, 0);
+  } while (result != 0 && errno == EINTR);
+  return result == 0;
+}
+
+// For a file that may not be written, whose identity can be asked for all the same.
+bool is_input_by_name(const char* path, const Output::IsInput& is_input) {
+  const int descriptor = ::open(path, O_PATH | O_CLOEXEC);
+  const bool result = descriptor >= 0 && is_input(descriptor);
+  if (descriptor >= 0) ::close(descriptor);
+  return result;
+}
+
+}  // namespace
+
+bool Output::open(const IsInput& is_input) {
+  if (!name_.isEmpty()) return open_file(is_input);
+  if (is_input(STDOUT_FILENO)) return refuse();
+  descriptor_ = STDOUT_FILENO;
+  return true;
+}
+
+// Not by QFile, which takes names that begin with ':' for something else than files, and which
+// would not tell whether closing went well.
+bool Output::open_file(const IsInput& is_input) {
+  const QByteArray path = QFile::encodeName(name_);
+  descriptor_ = standard_.open_output(path.constData());
+  if (descriptor_ < 0) {
+    const int error = errno;
+    return is_input_by_name(path.constData(), is_input) ? refuse() : fail(error);
   }
-  // QFile opens, for its rules about names and its messages; from then on the descriptor is ours,
-  // for QFile would not tell whether closing went well.
-  QFile file(name_);
-  if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
-    error_ = file.errorString();
-    return false;
-  }
-  descriptor_ = fcntl(file.handle(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-  return descriptor_ >= 0 || fail(errno);
+  if (is_input(descriptor_)) return refuse();
+  return empty_file(descriptor_) || fail(errno);
 }
 
 bool Output::write(std::string_view bytes) {
+  // A device that takes nothing, again and again, would keep the run for ever.
+  constexpr int most_futile_writes = 8;
+  int futile_writes = 0;
   while (!bytes.empty()) {
     const ssize_t written = ::write(descriptor_, bytes.data(), bytes.size());
     if (written < 0) {
       if (errno == EINTR || (errno == EAGAIN && wait_for_room())) continue;
       return fail(errno);
     }
+    futile_writes = written == 0 ? futile_writes + 1 : 0;
+    if (futile_writes == most_futile_writes) return fail(EIO);
     bytes.remove_prefix(static_cast<std::size_t>(written));
   }
   return true;
@@ -49,6 +83,11 @@ bool Output::close() {
   if (descriptor_ >= 0 && ::close(descriptor_) != 0 && errno != EINTR) fail(errno);
   descriptor_ = -1;
   return error_.isEmpty();
+}
+
+bool Output::refuse() {
+  error_ = QStringLiteral("it is the Code Trace file itself");
+  return false;
 }
 
 bool Output::fail(int error) {

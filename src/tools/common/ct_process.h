@@ -4,12 +4,23 @@
 // error, and an end with a message when memory runs out.
 //
 // A tool's main is `return CT::Tool::run_tool(run, argc, argv);` and everything else happens in
-// `run`, whose result is the exit status. A std::bad_alloc that leaves it ends the process with
-// "Out of memory" and status 1; any other exception is a mistake of ours and aborts.
+// `run`, whose result is the exit status. Memory that runs out anywhere in it, also where nothing
+// may be thrown, ends the process with "Out of memory" and status 1; any other exception is a
+// mistake of ours and aborts.
 #pragma once
+
+#include <string_view>
+
+#include "tools/common/ct_descriptors.h"
 
 namespace CT::Tool {
 
-int run_tool(int (*run)(int argc, char** argv), int argc, char** argv);
+// A tool's work. `standard` is for its outputs.
+using Run = int (*)(int argc, char** argv, StandardDescriptors& standard);
+
+int run_tool(Run run, int argc, char** argv);
+
+// Hands on to the log what CT::File tells; a FileLog.
+void log_line(int level, std::string_view text, const char* source_file, int line);
 
 }  // namespace CT::Tool
