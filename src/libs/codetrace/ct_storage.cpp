@@ -146,8 +146,9 @@ Storage::NodeId Storage::close(const Checkpoint::Base& record, Type wanted) {
     report(finding(Kind::wrong_class, record));
     return no_node;
   }
-  const ClosingRule& rule = *std::find_if(std::begin(closing_rules), std::end(closing_rules),
-                                          [&](const ClosingRule& row) { return row.end == wanted; });
+  const ClosingRule& rule =
+      *std::find_if(std::begin(closing_rules), std::end(closing_rules),
+                    [&](const ClosingRule& row) { return row.end == wanted; });
   const std::uint64_t start = Checkpoint::End(record).start();
   const NodeId id = find_span(start);
   if (id == no_node) {

@@ -151,7 +151,8 @@ const Checkpoint::ClassEntry& Entities::add(const ClassEntry* record) {
 
 const Checkpoint::Function& Entities::add(const Function* descriptor) {
   return find_or_add(*file_, descriptor, functions_, function_index_, [&](std::size_t place) {
-    const std::uint64_t reference = Descriptor(*file_, descriptor).u64(Format::Function::class_entry);
+    const std::uint64_t reference =
+        Descriptor(*file_, descriptor).u64(Format::Function::class_entry);
     const ClassEntry* record = resolve_class(*file_, reference);
     const Checkpoint::ClassEntry* entry = record != nullptr ? &add(record) : nullptr;
     return Checkpoint::Function(*file_, descriptor, entry, number(place));

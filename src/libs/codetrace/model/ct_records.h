@@ -115,9 +115,7 @@ class CODETRACE_EXPORT SapiHeader final : public Base {
   [[nodiscard]] bool has_known_op() const {
     return op() <= static_cast<std::uint8_t>(HeaderOp::set_status);
   }
-  [[nodiscard]] bool has_header_line() const {
-    return op() < Format::first_operation_without_line;
-  }
+  [[nodiscard]] bool has_header_line() const { return op() < Format::first_operation_without_line; }
   [[nodiscard]] String header() const;  // absent where there is no header line
 };
 

@@ -26,8 +26,8 @@ struct Header {
   String string = {};
 };
 
-// The same where the end is near or the size varies; the cursor, which stands behind the code, fails
-// at the field that is not whole.
+// The same where the end is near or the size varies; the cursor, which stands behind the code,
+// fails at the field that is not whole.
 inline void read_body(Header& header, Cursor& cursor) {
   switch (header.type) {
     case ValueType::undef:

@@ -108,9 +108,7 @@ struct RecordDumper::Lines {
     put_pointer_line(out, "\tSTART: ", record.start());
   }
 
-  void operator()(const Checkpoint::FunctionReturn& record) const {
-    put_value("\tRVAL: ", record);
-  }
+  void operator()(const Checkpoint::FunctionReturn& record) const { put_value("\tRVAL: ", record); }
 
   void operator()(const Checkpoint::FunctionException& record) const {
     put_value("\tEXCEPTION: ", record);
