@@ -40,7 +40,7 @@ traces=$'folder\nnotes.ct'
 expect 'codetrace ' "$traces"
 expect 'codetrace -J no' 'notes.ct'
 expect 'codetrace o' 'other.log'
-[[ $(offered 'codetrace ' | grep -v '^folder$' | head -n 1) == notes.ct ]] || {
+[[ $(offered 'codetrace ' | grep -v '^folder$')$'\n' == notes.ct$'\n'* ]] || {
   echo "$shell: traces do not stand before other files"
   failures=$((failures + 1))
 }
