@@ -78,7 +78,7 @@ expect "status with sudo" 0 "$status"
 expect "calls with sudo" $'sudo\nupdate\nsudo\n'"$apt_install" "$calls"
 
 if ! script -qec true /dev/null </dev/null >/dev/null 2>&1; then
-  echo "SKIPPED: the question at a terminal, for there is no terminal: is /dev/pts missing?"
+  echo "SKIPPED: the question at a terminal, for /dev/pts is missing or cannot be used"
   exit $((failures != 0))
 fi
 question='codetrace set-up: install them? [Y/n] '
