@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
+#include <utility>
 
 #include "measure.h"
 #include "temporary_file.h"
@@ -36,7 +37,8 @@ void write_case(std::string_view name, std::size_t n, const TemporaryFile& file)
 
 class Table {
  public:
-  Table(std::string tool, bool quick) : tool_(std::move(tool)), quick_(quick) {}
+  Table(std::string tool, bool quick)
+      : tool_(std::move(tool)), quick_(quick), start_(seconds_to_start()) {}
 
   void measure(const WorstCase& worst);
   void print_ranked();
@@ -63,6 +65,7 @@ class Table {
     double file_once;  // MiB
     double file_twice;
     Pair pair;
+    double beyond_start;  // seconds at 2n, without what the tool takes for nothing
     std::string faults;
 
     [[nodiscard]] double memory_ratio() const {
@@ -70,14 +73,16 @@ class Table {
     }
     // Of the run at 2n, in nanoseconds.
     [[nodiscard]] double per_byte_read() const {
-      return 1e9 * pair.twice.seconds / (file_twice * bytes_per_mebibyte);
+      return 1e9 * beyond_start / (file_twice * bytes_per_mebibyte);
     }
     [[nodiscard]] double per_byte() const {
-      return 1e9 * pair.twice.seconds /
+      return 1e9 * beyond_start /
              (file_twice * bytes_per_mebibyte + static_cast<double>(pair.twice.output));
     }
+    [[nodiscard]] bool is_noise() const { return pair.twice.seconds <= least_seconds; }
   };
 
+  [[nodiscard]] double seconds_to_start() const;
   [[nodiscard]] Usage run_tool(const TemporaryFile& file, char output, std::uint64_t most) const;
   [[nodiscard]] Pair best_pair(char output, std::uint64_t most) const;
   void add(const WorstCase& worst, char output, const Pair& pair);
@@ -85,11 +90,18 @@ class Table {
 
   std::string tool_;
   bool quick_;
+  double start_;
   std::vector<Row> rows_;
   std::vector<std::string> marked_;
   TemporaryFile once_{"worst_case.n.ct"};
   TemporaryFile twice_{"worst_case.2n.ct"};
 };
+
+double Table::seconds_to_start() const {
+  double least = run({tool_, "-V"}, {}).seconds;
+  for (int i = 0; i != 10; ++i) least = std::min(least, run({tool_, "-V"}, {}).seconds);
+  return least;
+}
 
 Usage Table::run_tool(const TemporaryFile& file, char output, std::uint64_t most) const {
   Limits limits;
@@ -137,10 +149,17 @@ void Table::mark(const std::string& row, const std::string& faults) {
 // The table comes when all is measured; until then somebody who waits sees what is going on.
 void Table::add(const WorstCase& worst, char output, const Pair& pair) {
   const auto& [once, twice] = pair;
-  Row row{std::string(worst.name), output, once_.mebibytes(), twice_.mebibytes(), pair, {}};
+  Row row{std::string(worst.name),
+          output,
+          once_.mebibytes(),
+          twice_.mebibytes(),
+          pair,
+          std::max(twice.seconds - start_, 0.0),
+          {}};
   row.faults = once.failure.empty() ? twice.failure : once.failure;
   const auto add_fault = [&](const char* fault) {
-    row.faults += (row.faults.empty() ? "" : " ") + std::string(fault);
+    if (!row.faults.empty()) row.faults += ' ';
+    row.faults += fault;
   };
   if (pair.is_too_slow()) add_fault("TIME");
   if (twice.mebibytes > least_mebibytes && row.memory_ratio() > most_growth) add_fault("MEMORY");
@@ -151,8 +170,9 @@ void Table::add(const WorstCase& worst, char output, const Pair& pair) {
 }
 
 void Table::print_ranked() {
-  std::stable_sort(rows_.begin(), rows_.end(),
-                   [](const Row& a, const Row& b) { return a.per_byte() > b.per_byte(); });
+  std::stable_sort(rows_.begin(), rows_.end(), [](const Row& a, const Row& b) {
+    return std::pair(a.is_noise(), -a.per_byte()) < std::pair(b.is_noise(), -b.per_byte());
+  });
   std::printf("%-23s %-2s %7s %7s  %8s %8s  %7s %7s %5s  %7s %7s %5s  %s\n", "case", "", "ns/all",
               "ns/in", "MiB", "at 2n", "s", "at 2n", "ratio", "MiB", "at 2n", "ratio", "");
   for (const Row& row : rows_) {
@@ -205,7 +225,7 @@ void Table::measure_sparse() {
                 once_.mebibytes(), one.option.c_str(), static_cast<double>(one.memory) / (1 << 20),
                 usage.seconds, usage.mebibytes, usage.status, usage.failure.c_str(), said.c_str());
     std::fflush(stdout);
-    mark(one.name + (" " + one.option), usage.failure);
+    mark(std::string(one.name) + ' ' + one.option, usage.failure);
   }
 }
 
