@@ -54,9 +54,10 @@ may_install() {
 }
 
 install_packages() {
-  local missing as_root=() apt_options=(-qq -o DPkg::Lock::Timeout=600 -o Acquire::Retries=3)
-  mapfile -t missing < <(missing_packages "$@")
-  ((${#missing[@]})) || return 0
+  local names missing as_root=() apt_options=(-qq -o DPkg::Lock::Timeout=600 -o Acquire::Retries=3)
+  names=$(missing_packages "$@")
+  [[ $names ]] || return 0
+  mapfile -t missing <<<"$names"
   say "these packages are missing: ${missing[*]}"
   if (($(id -u) != 0)); then
     command -v sudo >/dev/null || {
