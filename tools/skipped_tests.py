@@ -23,7 +23,7 @@ def main():
     except xml.etree.ElementTree.ParseError as error:
         print(f"\nWhat was skipped cannot be told: {error}")
         return
-    lines = [f"  {test.get('name')}: {reason}" for test in report.iter("testcase")
+    lines = [f"  {test.get('name').split()[0]}: {reason}" for test in report.iter("testcase")
              for reason in reasons(test)]
     if lines:
         print("\nSkipped, whole or in part:", *lines, sep="\n")

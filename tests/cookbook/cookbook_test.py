@@ -69,7 +69,7 @@ class Cookbook(unittest.TestCase):
     def test_large_trace(self):
         trace = ROOT / "../shared/traces/webapp.ct"
         if not trace.exists() and "CODETRACE_REQUIRE_TRACES" not in os.environ:
-            print("SKIPPED: how long a large trace takes, for ../shared/traces is missing", flush=True)
+            print("\nSKIPPED: how long a large trace takes, for ../shared/traces is missing", flush=True)
             self.skipTest("there are no traces beside the checkout")
         self.run_all_on(trace)
 
