@@ -111,10 +111,12 @@ TEST(FieldsJson, WhatIsEmptyOrUndefIsNotSetIfItMustBePresent) {
   ValueTrace values(ByteOrder::little, value::undef().append(value::null()));
   const Checkpoint::KVal undef = values.next();
   const Checkpoint::KVal null = values.next();
+  const std::string empty;
+  const std::string text = "u";
   CT::Fields fields;
   fields.set_if_present(Name::host, String());
-  fields.set_if_present(Name::method, string_of(""));
-  fields.set_if_present(Name::url, string_of("u"));
+  fields.set_if_present(Name::method, string_of(empty));
+  fields.set_if_present(Name::url, string_of(text));
   fields.set_if_present(Name::this_, undef.ref());
   fields.set_if_present(Name::exception, Checkpoint::ValueRef());
   fields.set_if_present(Name::return_, null.ref());
