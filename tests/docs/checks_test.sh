@@ -45,6 +45,18 @@ expect_complaint 'file.md: no line' licences.sh "$tree"
 printf 'Do not %s this.\n' 'rec''ieve' >"$tree/spelling.md"
 expect_complaint 'spelling.md:1' spelling.sh "$tree"
 
+mkdir -p -- "$tree"/{docs,bench,tests/cli,tests/unit}
+printf '%s\n' 'TEST_F(Suite,' '       Name) {' >"$tree/tests/unit/a_test.cpp"
+: >"$tree/tests/cli/a_case.case"
+echo '// "a_bench"' >"$tree/bench/a.cpp"
+table='| `not.looked.at` | `Suite.Name`, `Golden.a_case`, bench `a_bench` |'
+echo "$table" >"$tree/docs/robustness.md"
+expect_silence named_tests.py "$tree"
+for name in Suite.Other Golden.other other_bench; do
+  printf '%s\n' "$table" "| | \`$name\` |" >"$tree/docs/robustness.md"
+  expect_complaint "docs/robustness.md:2: $name does not exist" named_tests.py "$tree"
+done
+
 if command -v doxygen >/dev/null; then
   mkdir -p -- "$tree/docs" "$tree/src/libs"
   cp -- "$1"/docs/{Doxyfile,doxygen_filter.awk} "$tree/docs"

@@ -9,6 +9,7 @@
 // is every field of a record that is not valid.
 #pragma once
 
+#include <array>
 #include <optional>
 #include <tuple>
 #include <type_traits>
@@ -114,9 +115,7 @@ class CODETRACE_EXPORT SapiHeader final : public Base {
   [[nodiscard]] bool has_known_op() const {
     return op() <= static_cast<std::uint8_t>(HeaderOp::set_status);
   }
-  [[nodiscard]] bool has_header_line() const {
-    return op() < Format::first_operation_without_line;
-  }
+  [[nodiscard]] bool has_header_line() const { return op() < Format::first_operation_without_line; }
   [[nodiscard]] String header() const;  // absent where there is no header line
 };
 
@@ -203,13 +202,16 @@ inline std::optional<EndWithValue> record_as<EndWithValue>(const Base& record) {
 
 // Calls `visit` with the record as one of its class, or as a Base if its type has none.
 template <class Visit>
-void with_record(const Base& record, Visit visit) {
-  std::apply(
-      [&]<class... Record>(const TypeRow<Record>&... row) {
-        static_cast<void>(
-            ((row.info.type == record.type() && (visit(Record(record)), true)) || ...));
+void with_record(const Base& record, const Visit& visit) {
+  using Call = void (*)(const Base&, const Visit&);
+  static constexpr auto calls = std::apply(
+      []<class... Record>(const TypeRow<Record>&...) {
+        return std::array<Call, type_count + 1>{
+            [](const Base& base, const Visit& visitor) { visitor(Record(base)); }...,
+            [](const Base&, const Visit&) {}};
       },
       Rows::table);
+  calls[static_cast<std::size_t>(record.type())](record, visit);
 }
 
 }  // namespace CT::Checkpoint

@@ -3,9 +3,9 @@
 // The lines of the text output, without indentation.
 #include "codetrace/render/ct_node_text.h"
 
-#include <QString>
 #include <array>
 
+#include "codetrace/render/ct_event_line.h"
 #include "codetrace/render/ct_number.h"
 #include "codetrace/render/ct_text.h"
 #include "codetrace/tree/ct_node.h"
@@ -34,17 +34,6 @@ bool has_short_names(const Checkpoint::Function& function, const Section& names)
   const Checkpoint::ClassEntry* entry = function.class_entry();
   return RenderedTexts::is_short(names, function.name_place()) &&
          (entry == nullptr || RenderedTexts::is_short(names, entry->name_place()));
-}
-
-// The event's line, if its name has a `%`. Kept: a marker such as %1 in the name is replaced by the
-// sequence number. What QString::arg takes for a marker, and how it prints the number there, is
-// best left to it.
-void put_event_with_markers(Checkpoint::String name, std::uint32_t sequence, Writer& out) {
-  const QByteArray line = QStringLiteral("(EVENT) Kelvo Monitor Event: %1. Event sequence: %2")
-                              .arg(name.to_string())
-                              .arg(sequence)
-                              .toUtf8();
-  out.put(std::string_view(line.constData(), static_cast<std::size_t>(line.size())));
 }
 
 // Writes the line that each kind of begin gives.
@@ -113,24 +102,13 @@ struct LineWriter {
   }
 
   void operator()(const Checkpoint::UserEvent& record) const {
-    const Checkpoint::String name = record.event_name();
-    if (name.view().find('%') != std::string_view::npos) {
-      put_event_with_markers(name, record.event_sequence(), out);
-      return;
-    }
-    out.put("(EVENT) Kelvo Monitor Event: ");
-    name.write(out);
-    out.put(". Event sequence: ");
-    put_unsigned(out, record.event_sequence());
+    put_event_line(out, record.event_name(), record.event_sequence());
   }
 
   void put_head(const Checkpoint::Function& function, const Section& names) const {
-    if (!has_short_names(function, names)) {
-      put_call_head(function, out);
-      return;
-    }
-    room.call_heads.put(&function, out,
-                        [&](Writer& head) { put_call_head(function, head); });
+    room.call_heads.put(
+        &function, out, [&] { return has_short_names(function, names); },
+        [&](Writer& head) { put_call_head(function, head); });
   }
 
   // " Returned: " or " Threw: " with the record's value, unless that is undef.

@@ -108,9 +108,7 @@ struct RecordDumper::Lines {
     put_pointer_line(out, "\tSTART: ", record.start());
   }
 
-  void operator()(const Checkpoint::FunctionReturn& record) const {
-    put_value("\tRVAL: ", record);
-  }
+  void operator()(const Checkpoint::FunctionReturn& record) const { put_value("\tRVAL: ", record); }
 
   void operator()(const Checkpoint::FunctionException& record) const {
     put_value("\tEXCEPTION: ", record);
@@ -172,11 +170,9 @@ struct RecordDumper::Lines {
   }
 
   void put_function(const Checkpoint::Function& function, const Section& names) const {
-    if (!is_short(names, function)) {
-      dump_function(function, out);
-      return;
-    }
-    room.functions_.put(&function, out, [&](Writer& lines) { dump_function(function, lines); });
+    room.functions_.put(
+        &function, out, [&] { return is_short(names, function); },
+        [&](Writer& lines) { dump_function(function, lines); });
   }
 
   void put_value(std::string_view label, const Checkpoint::EndWithValue& record) const {
@@ -208,13 +204,12 @@ void RecordDumper::write_common(const Checkpoint::Base& record, Writer& out) {
     out.put('\n');
   }
   if (!record.has_location()) return;
-  const unsigned char* place = record.filename_place();
-  if (place == nullptr || !RenderedTexts::is_short(record.file()->add_data(), place)) {
-    put_location(out, "\tFILENAME: ", record.filename(), record.line_no());
-    return;
-  }
   out.put("\tFILENAME: ");
-  filenames_.put(place, out, [&](Writer& name) { record.filename().dump(name); });
+  if (const unsigned char* place = record.filename_place(); place != nullptr) {
+    filenames_.put(
+        place, out, [&] { return RenderedTexts::is_short(record.file()->add_data(), place); },
+        [&](Writer& name) { record.filename().dump(name); });
+  }
   put_line(out, ", LINENO: ", std::int64_t{record.line_no()});
 }
 
