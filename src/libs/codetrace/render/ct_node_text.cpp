@@ -142,7 +142,8 @@ bool Base::write_text(Writer& out, TextRoom& room) const {
     case Type::SCRIPT_EXIT: out.put("SCRIPT_EXIT"); break;
     default: Checkpoint::with_record(begin_, LineWriter{*this, out, room});
   }
-  return type_ != Type::CRASH;
+  // No line for a type that no node has, nor for what is no type.
+  return type_ != Type::CRASH && type_ >= Type::STARTUP && type_ <= Type::USER_EVENT;
 }
 
 }  // namespace CT::Node
