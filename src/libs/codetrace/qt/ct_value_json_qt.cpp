@@ -7,6 +7,7 @@
 
 #include "codetrace/render/ct_text.h"
 #include "codetrace/render/ct_value_json.h"
+#include "codetrace/render/ct_value_text.h"
 
 namespace CT::Checkpoint {
 
