@@ -132,7 +132,7 @@ TEST(HashedText, KnowsWhereCharactersBegin) {
   }
 }
 
-TEST(NameHashes, EveryPlaceOfEveryTextIsItsDecodedText) {
+TEST(NameHashes, EveryPlaceOfEveryTextHasTheHashOfItsDecodedText) {
   Awkward random(11);
   std::string texts;
   for (int i = 0; i != 60; ++i) texts += random.text(40) + '\0';

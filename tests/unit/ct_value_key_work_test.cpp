@@ -65,11 +65,11 @@ double seconds_to_tell_apart(const std::string& one, const std::string& other) {
 
 const std::string long_text(300'000, 'n');
 
-TEST(KeyWork, EqualNamesAreToldEqualOnce) {
+TEST(WorkOfKeys, EqualNamesAreToldEqualOnce) {
   EXPECT_LT(seconds_to_tell_apart(long_text, long_text), limit);
 }
 
-TEST(KeyWork, NamesThatASimpleHashTakesForEqualCostNothing) {
+TEST(WorkOfKeys, NamesThatASimpleHashTakesForEqualCostNothing) {
   EXPECT_LT(
       seconds_to_tell_apart(long_text + "aaaaabadacaadgfaaa", long_text + "cfcabaaaaacaaaagec"),
       limit);
@@ -82,7 +82,7 @@ TEST(KeyWork, NamesThatASimpleHashTakesForEqualCostNothing) {
 }
 
 // Their printed length is gigabytes.
-TEST(KeyWork, OverlappingNamesAreSortedBeforeTheyArePrinted) {
+TEST(WorkOfKeys, OverlappingNamesAreSortedBeforeTheyArePrinted) {
   TraceBuilder trace;
   const Ref text = trace.text(long_text + long_text);
   std::vector<value::Pair> pairs;
@@ -92,7 +92,7 @@ TEST(KeyWork, OverlappingNamesAreSortedBeforeTheyArePrinted) {
   EXPECT_LT(seconds_to_print(trace, value::map(pairs)), limit);
 }
 
-TEST(KeyWork, OneLongNameLeavesOtherKeysAlone) {
+TEST(WorkOfKeys, OneLongNameLeavesOtherKeysAlone) {
   TraceBuilder trace;
   std::vector<value::Pair> pairs = {{value::resource(trace.text(long_text), 1), value::null()}};
   for (int i = 0; i != 2000; ++i) {
@@ -102,7 +102,7 @@ TEST(KeyWork, OneLongNameLeavesOtherKeysAlone) {
   EXPECT_LT(seconds_to_print(trace, value::map(pairs), std::size_t{1} << 30), limit);
 }
 
-TEST(KeyWork, AnOutputThatFailedEndsAKey) {
+TEST(WorkOfKeys, AnOutputThatFailedEndsAKey) {
   TraceBuilder trace;
   const Ref text = trace.text(long_text + long_text);
   std::vector<value::Pair> key;
@@ -112,7 +112,7 @@ TEST(KeyWork, AnOutputThatFailedEndsAKey) {
   EXPECT_LT(seconds_to_print(trace, value::map({{value::map(key), value::null()}})), limit);
 }
 
-TEST(KeyWork, AnOutputThatFailedEndsAMap) {
+TEST(WorkOfKeys, AnOutputThatFailedEndsAMap) {
   TraceBuilder trace;
   const Ref text = trace.text(long_text + long_text);
   std::vector<value::Pair> pairs;

@@ -26,7 +26,7 @@ std::uint16_t rank(unsigned byte) {
 }  // namespace
 
 void HashTable::reset(std::size_t count) {
-  const std::size_t size = std::bit_ceil(2 * count + 1);
+  const std::size_t size = std::bit_ceil(count + count / 4 + 1);
   mask_ = size - 1;
   fill(slots_, size, Slot());
 }
