@@ -7,6 +7,7 @@
 // belongs, and writing reads it in ADD DATA. What is held follows the bytes of the payload.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -57,6 +58,13 @@ class KeyTexts {
   }
   [[nodiscard]] bool has_names(const MapMember& member) const {
     return name(member, member.first_name) != nullptr;
+  }
+  // Asks for the memory around the beginning of a name, if there is one of this number.
+  void prefetch_name(std::size_t i) const {
+    if (i >= names_.size()) return;
+    const unsigned char* const place = names_[i].place;
+    __builtin_prefetch(place);
+    __builtin_prefetch(place - std::min<std::ptrdiff_t>(64, place - add_data().data()));
   }
   [[nodiscard]] const Section& add_data() const { return file_->add_data(); }
 

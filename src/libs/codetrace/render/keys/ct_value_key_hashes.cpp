@@ -18,6 +18,7 @@ class KeyHashes::Row {
     size_ += end - begin;
   }
   [[nodiscard]] std::uint64_t size() const { return size_; }
+  [[nodiscard]] const Residue& hash() const { return before_; }
 
  private:
   KeyHashes& hashes_;
@@ -35,22 +36,24 @@ void KeyHashes::reset(const KeyTexts& texts, const MapMember* begin, const MapMe
   for (const MapMember* member = begin; member != end; ++member) {
     from = std::min<std::size_t>(from, member->begin);
   }
+  constexpr std::size_t ahead = 16;
   bytes_.emplace(*base_, texts.bytes().substr(from));
   for (const MapMember* member = begin; member != end; ++member) {
-    const std::size_t first_piece = pieces_.size();
+    const auto first_piece = static_cast<std::uint32_t>(pieces_.size());
     Row row(*this);
     std::size_t at = member->begin;
     for (std::size_t i = member->first_name; const auto* name = texts.name(*member, i); ++i) {
       row.add(*bytes_, at - from, name->at - from);
       at = name->at;
+      texts.prefetch_name(i + ahead);
       const NameHashes::Name found = names_.of(texts.add_data(), name->place);
       row.add(replaced_, 0, 3 * found.replaced);
       row.add(*found.text, found.offset, found.text->size());
     }
     row.add(*bytes_, at - from, member->end - from);
-    keys_.push_back({row.size(), first_piece});
+    keys_.push_back({row.size(), row.hash(), first_piece});
   }
-  keys_.push_back({0, pieces_.size()});
+  keys_.push_back({0, {}, static_cast<std::uint32_t>(pieces_.size())});
 }
 
 // The last piece that begins at an offset or before it. Every key has one: no text is empty.

@@ -24,6 +24,7 @@ class KeyHashes {
 
   // Of the decoded text of a key.
   [[nodiscard]] std::uint64_t size(std::size_t key) const { return keys_[key].size; }
+  [[nodiscard]] const Residue& hash(std::size_t key) const { return keys_[key].hash; }
   // The hash of the first `size` of its bytes, no more than there are.
   [[nodiscard]] Residue before(std::size_t key, std::uint64_t size) const;
   // Requires: an offset below its size.
@@ -32,7 +33,8 @@ class KeyHashes {
  private:
   struct Key {
     std::uint64_t size;
-    std::size_t first_piece;  // up to the first one of the next key
+    Residue hash;
+    std::uint32_t first_piece;  // up to the first one of the next key
   };
   struct Piece {
     std::uint64_t offset;  // in the key

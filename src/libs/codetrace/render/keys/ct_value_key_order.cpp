@@ -16,11 +16,13 @@ MapMember* LongKeyOrder::arrange(const KeyTexts& texts, MapMember* begin, MapMem
 
 // Equal hashes of whole keys are taken for equal keys.
 void LongKeyOrder::keep_last(MapMember* begin, MapMember* end) {
+  constexpr std::uint32_t ahead = 16;
   const auto count = static_cast<std::uint32_t>(end - begin);
   table_.reset(count);
   kept_.clear();
   for (std::uint32_t i = 0; i != count; ++i) {
-    const std::uint32_t first = table_.add(hashes_.before(i, hashes_.size(i)), i);
+    if (i + ahead < count) table_.prefetch(hashes_.hash(i + ahead));
+    const std::uint32_t first = table_.add(hashes_.hash(i), i);
     if (first == i) {
       kept_.push_back(i);
     } else if (begin[first].value < begin[i].value) {
