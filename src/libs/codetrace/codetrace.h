@@ -55,7 +55,6 @@
 #include "codetrace/ct_file.h"
 #include "codetrace/ct_storage.h"
 #include "codetrace/ct_trace.h"
-#include "codetrace/ct_walk.h"
 #include "codetrace/model/ct_records.h"
 #include "codetrace/model/ct_value.h"
 #include "codetrace/model/ct_view.h"
