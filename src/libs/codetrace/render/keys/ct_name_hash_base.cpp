@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 
 namespace CT {
 
@@ -35,7 +36,7 @@ Residue random_residue() {
     // A system without random numbers: when this runs, and where its memory lies.
     const auto now = std::chrono::high_resolution_clock::now().time_since_epoch().count();
     words[0] = (static_cast<std::uint64_t>(now) * 0x9E3779B97F4A7C15) & high_mask;
-    words[1] = std::bit_cast<std::uintptr_t>(&words) * 0x9E3779B97F4A7C15;
+    words[1] = std::hash<const void*>()(&words) * 0x9E3779B97F4A7C15;
   }
   return reduced(Wide{words[0]} << 64 | words[1]);
 }

@@ -144,11 +144,12 @@ void KeyTree::order_children(const KeyHashes& keys) {
   for (Index i = 0; i != size(); ++i) by_byte_[counts[bytes_[i]]++] = i;
   fill(next_, size(), none);
   for (Item& item : items_) item.children = none;
-  for (auto at = by_byte_.rbegin(); at != by_byte_.rend(); ++at) {
-    if (*at == root_) continue;
-    Index& first = items_[items_[*at].parent].children;
-    next_[*at] = first;
-    first = *at;
+  for (std::size_t i = size(); i-- != 0;) {
+    const Index at = by_byte_[i];
+    if (at == root_) continue;
+    Index& first = items_[items_[at].parent].children;
+    next_[at] = first;
+    first = at;
   }
 }
 
