@@ -29,7 +29,11 @@ build_with_pkg_config() {
 }
 
 # loads PROGRAM: whether it loads the shared library, from the prefix.
-loads() { ldd "$work/$1" | grep -qF "libcodetrace.so.3 => $library/"; }
+loads() {
+  local loaded
+  loaded=$(ldd "$work/$1") || die "ldd cannot read $1"
+  [[ $loaded == *"libcodetrace.so.3 => $library/"* ]]
+}
 
 die() {
   cat -- "$work/log" 2>/dev/null || true

@@ -53,7 +53,7 @@ TEST(EventLine, IsWhatQtMakesOfAnyName) {
   std::mt19937 random(4711);
   for (int i = 0; i != 20000; ++i) {
     std::string name;
-    const unsigned count = random() % 9;
+    const auto count = static_cast<unsigned>(random() % 9);
     for (unsigned piece = 0; piece != count; ++piece) name += pieces[random() % pieces.size()];
     const auto sequence = static_cast<std::uint32_t>(random());
     ASSERT_EQ(line(name, sequence), line_by_qt(name, sequence)) << testing::PrintToString(name);

@@ -57,10 +57,7 @@ std::string lines_of(const FileHeader& header) {
 
 }  // namespace
 
-File::File(File&& other) noexcept
-    : name_(other.name_),
-      log_(std::move(other.log_)),
-      state_(std::exchange(other.state_, State())) {}
+File::File(File&& other) noexcept : File(other.name_) { *this = std::move(other); }
 
 File& File::operator=(File&& other) noexcept {
   if (this == &other) return *this;

@@ -28,8 +28,9 @@ bool DiskSource::open(const QString& name) {
     return false;
   }
   const QByteArray path = QFile::encodeName(name);
+  constexpr int flags = O_RDONLY | O_CLOEXEC;
   do {
-    descriptor_ = ::open(path.constData(), O_RDONLY | O_CLOEXEC | O_LARGEFILE);
+    descriptor_ = ::open(path.constData(), flags | O_LARGEFILE);
   } while (descriptor_ < 0 && errno == EINTR);
   if (descriptor_ < 0) {
     error_ = qt_error_string(errno);

@@ -36,7 +36,7 @@ void KLogger::StdOutSink::println(Level level, const char* file, int line, std::
 KLogger& KLogger::instance() noexcept {
   // Made in place, so it needs no memory, and never destroyed, so the last destructor may log.
   alignas(KLogger) static std::byte place[sizeof(KLogger)];
-  static KLogger* const logger = new (place) KLogger;
+  static auto* const logger = new (place) KLogger;
   return *logger;
 }
 

@@ -21,8 +21,7 @@ KVal EndWithValue::value() const {
 
 ValueRef EndWithValue::value(ValueTape& tape) const {
   reset(tape);
-  Cursor cursor = own();
-  cursor.bytes(Format::reference_size);
+  Cursor cursor = value_cursor();
   return {tape, tape.decode(cursor)};
 }
 

@@ -61,6 +61,11 @@ class CODETRACE_EXPORT ValueTape {
   Index decode(Cursor& cursor);
 
   [[nodiscard]] const File& file() const { return *file_; }
+  [[nodiscard]] const Entities* entities() const { return entities_; }
+  // Where an item's value begins in the payload: at its type code.
+  [[nodiscard]] Cursor place_of(Index i) const {
+    return {payload_ + items_[i].place, payload_end_, file_->big_endian()};
+  }
 
   // Items so far: a value decoded next begins there.
   [[nodiscard]] Index size() const { return static_cast<Index>(items_.size()); }

@@ -12,6 +12,8 @@
 
 namespace CT::Node {
 
+using Checkpoint::ValueStream;
+
 namespace {
 
 void put_quoted(Writer& out, Checkpoint::String text) {
@@ -55,12 +57,12 @@ struct LineWriter {
     const Checkpoint::Function* function = call.function();
     if (function == nullptr) return;
     put_head(*function, call.file()->add_data());
-    const char* separator = "";
-    for (const Checkpoint::ValueRef& argument : call.args(room.tape)) {
-      out.put(std::string_view(separator));
-      room.values.write_escaped(*argument.tape(), argument.item(), out);
-      separator = ", ";
-      if (!out.ok()) return;
+    auto arguments = call.arg_values();
+    for (bool is_first = true; out.ok(); is_first = false) {
+      const auto next = arguments.next(room.tape);
+      if (next == ValueStream::Next::none) break;
+      if (!is_first) out.put(", ");
+      put_value(arguments, next, *call.file());
     }
     out.put(')');
     if (const auto returned = node.end_as<Checkpoint::FunctionReturn>()) {
@@ -113,10 +115,21 @@ struct LineWriter {
 
   // " Returned: " or " Threw: " with the record's value, unless that is undef.
   void put_outcome(std::string_view label, const Checkpoint::EndWithValue& end) const {
-    const Checkpoint::ValueRef value = end.value(room.tape);
-    if (value.is_undef()) return;
+    auto values = end.values();
+    const auto next = values.next(room.tape);
+    const bool is_undef = next == ValueStream::Next::leaf &&
+                          values.leaf().type == Checkpoint::ValueType::undef;
+    if (next == ValueStream::Next::none || is_undef) return;
     out.put(label);
-    room.values.write_escaped(*value.tape(), value.item(), out);
+    put_value(values, next, *end.file());
+  }
+
+  void put_value(const ValueStream& values, ValueStream::Next form, const File& file) const {
+    if (form == ValueStream::Next::leaf) {
+      room.values.write_escaped(values.leaf(), file, out);
+    } else {
+      room.values.write_escaped(*values.array().tape(), values.array().item(), out);
+    }
   }
 };
 

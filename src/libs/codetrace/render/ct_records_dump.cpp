@@ -11,6 +11,7 @@ namespace CT {
 
 using Checkpoint::String;
 using Checkpoint::ValueRef;
+using Checkpoint::ValueStream;
 using Checkpoint::ValueType;
 
 namespace {
@@ -108,10 +109,10 @@ struct RecordDumper::Lines {
     put_pointer_line(out, "\tSTART: ", record.start());
   }
 
-  void operator()(const Checkpoint::FunctionReturn& record) const { put_value("\tRVAL: ", record); }
+  void operator()(const Checkpoint::FunctionReturn& record) const { put_end("\tRVAL: ", record); }
 
   void operator()(const Checkpoint::FunctionException& record) const {
-    put_value("\tEXCEPTION: ", record);
+    put_end("\tEXCEPTION: ", record);
   }
 
   // Kept: unlike a function's exception it prints as compact JSON, and as nothing when that would
@@ -154,17 +155,17 @@ struct RecordDumper::Lines {
     // Kept: always the null pointer.
     put_pointer_line(out, "\tFUNCTION: ", 0);
     if (call.function() != nullptr) put_function(*call.function(), call.file()->add_data());
-    if (call.has_this()) put_value_line("\tTHIS: ", call.this_value(room.tape_));
+    if (call.has_this()) put_value_line("\tTHIS: ", call.this_values(), *call.file());
     const std::uint32_t count = call.arg_count();
     put_line(out, "\tARG_COUNT: ", std::int64_t{count});
     if (count == 0) return;
     out.put("\tARGS: ");
-    std::string_view separator;
-    for (const ValueRef& argument : call.args(room.tape_)) {
-      out.put(separator);
-      room.texts_.write(*argument.tape(), argument.item(), out);
-      separator = ", ";
-      if (!out.ok()) return;
+    auto arguments = call.arg_values();
+    for (bool is_first = true; out.ok(); is_first = false) {
+      const auto next = arguments.next(room.tape_);
+      if (next == ValueStream::Next::none) break;
+      if (!is_first) out.put(", ");
+      put_value(arguments, next, *call.file());
     }
     out.put('\n');
   }
@@ -175,15 +176,29 @@ struct RecordDumper::Lines {
         [&](Writer& lines) { dump_function(function, lines); });
   }
 
-  void put_value(std::string_view label, const Checkpoint::EndWithValue& record) const {
+  void put_end(std::string_view label, const Checkpoint::EndWithValue& record) const {
     put_pointer_line(out, "\tSTART: ", record.start());
-    put_value_line(label, record.value(room.tape_));
+    put_value_line(label, record.values(), *record.file());
   }
 
-  void put_value_line(std::string_view label, const ValueRef& value) const {
+  // What is not whole is undef.
+  void put_value_line(std::string_view label, ValueStream values, const File& file) const {
     out.put(label);
-    room.texts_.write(*value.tape(), value.item(), out);
+    const auto next = values.next(room.tape_);
+    if (next == ValueStream::Next::none) {
+      out.put("undef");
+    } else {
+      put_value(values, next, file);
+    }
     out.put('\n');
+  }
+
+  void put_value(const ValueStream& values, ValueStream::Next form, const File& file) const {
+    if (form == ValueStream::Next::leaf) {
+      room.texts_.write(values.leaf(), file, out);
+    } else {
+      room.texts_.write(*values.array().tape(), values.array().item(), out);
+    }
   }
 };
 

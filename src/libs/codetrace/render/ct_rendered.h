@@ -52,7 +52,7 @@ class RenderedTexts {
   };
 
   static constexpr std::size_t most = std::size_t{1} << 20;
-  static constexpr unsigned slot_bits = 11;
+  static constexpr unsigned slot_bits = 13;
 
   static std::size_t slot_of(const void* key) {
     constexpr std::uint64_t odd = 0x9E3779B97F4A7C15;
