@@ -124,7 +124,7 @@ void add_beginning(Seeds& seeds, const fs::path& path, std::size_t checkpoints) 
   CheckpointView view(file);
   std::size_t size = 0;
   for (; checkpoints != 0 && view.step(); --checkpoints) {
-    const std::size_t end = view.offset() + CheckpointView::header_size + view.size();
+    const std::size_t end = view.offset() + Format::header_word_size + view.size();
     if (fixed + end > largest_seed) break;
     size = end;
   }
