@@ -5,6 +5,7 @@
 //                             through a QTextStream, one QJsonDocument
 #include <QFile>
 #include <QJsonDocument>
+#include <QJsonObject>
 #include <QTextStream>
 #include <cstdio>
 #include <memory>

@@ -11,12 +11,11 @@
 #include "codetrace/model/ct_value_tape.h"
 #include "codetrace/render/ct_json.h"
 #include "codetrace/render/keys/ct_value_key.h"
-#include "kcommon/k_export.h"
 
 namespace CT::Checkpoint {
 
 // Writes values of a tape; keeps its working memory from one to the next.
-class CODETRACE_EXPORT ValueJsonWriter {
+class ValueJsonWriter {
  public:
   // Undef, for which JSON has nothing, is written as null; inside an object its key is left out.
   void write(const ValueTape& tape, ValueTape::Index root, JsonWriter& out);

@@ -17,7 +17,6 @@
 #include "codetrace/render/ct_value_text.h"
 #include "codetrace/render/ct_writer.h"
 #include "codetrace/render/keys/ct_name_hash.h"
-#include "kcommon/k_export.h"
 
 namespace CT::Checkpoint {
 
@@ -65,7 +64,7 @@ class KeyTexts {
   };
 
   // Renders like any text writer, but leaves long names out and notes them.
-  class CODETRACE_EXPORT NameNoter final : public ValueTextWriter {
+  class NameNoter final : public ValueTextWriter {
    public:
     explicit NameNoter(KeyTexts& texts) : texts_(texts) {}
 
