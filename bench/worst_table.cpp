@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
+#include <utility>
 
 #include "measure.h"
 #include "temporary_file.h"
@@ -22,6 +23,7 @@ constexpr double most_growth = 2.2;
 // Below these, noise rules.
 constexpr double least_seconds = 0.05;
 constexpr double least_mebibytes = 32;
+constexpr double bytes_per_mebibyte = 1 << 20;
 // How much is read of an output that is multiplied by definition, at n; at 2n twice as much.
 constexpr std::uint64_t output_piece = std::uint64_t{128} << 20;
 
@@ -35,16 +37,14 @@ void write_case(std::string_view name, std::size_t n, const TemporaryFile& file)
 
 class Table {
  public:
-  Table(std::string tool, bool quick) : tool_(std::move(tool)), quick_(quick) {}
+  Table(std::string tool, bool quick)
+      : tool_(std::move(tool)), quick_(quick), start_(seconds_to_start()) {}
 
   void measure(const WorstCase& worst);
+  void print_ranked();
   void measure_sparse();
-  [[nodiscard]] bool is_good() const { return good_; }
-
-  static void print_head() {
-    std::printf("%-23s %-2s %8s %8s  %7s %7s %5s  %7s %7s %5s  %s\n", "case", "", "MiB", "at 2n",
-                "s", "at 2n", "ratio", "MiB", "at 2n", "ratio", "");
-  }
+  // Returns whether there are none.
+  [[nodiscard]] bool print_marked() const;
 
  private:
   // What a run cost at n and at 2n.
@@ -59,16 +59,49 @@ class Table {
     }
   };
 
+  struct Row {
+    std::string name;
+    char output;
+    double file_once;  // MiB
+    double file_twice;
+    Pair pair;
+    double beyond_start;  // seconds at 2n, without what the tool takes for nothing
+    std::string faults;
+
+    [[nodiscard]] double memory_ratio() const {
+      return pair.twice.mebibytes / std::max(pair.once.mebibytes, 1.0);
+    }
+    // Of the run at 2n, in nanoseconds.
+    [[nodiscard]] double per_byte_read() const {
+      return 1e9 * beyond_start / (file_twice * bytes_per_mebibyte);
+    }
+    [[nodiscard]] double per_byte() const {
+      return 1e9 * beyond_start /
+             (file_twice * bytes_per_mebibyte + static_cast<double>(pair.twice.output));
+    }
+    [[nodiscard]] bool is_noise() const { return pair.twice.seconds <= least_seconds; }
+  };
+
+  [[nodiscard]] double seconds_to_start() const;
   [[nodiscard]] Usage run_tool(const TemporaryFile& file, char output, std::uint64_t most) const;
   [[nodiscard]] Pair best_pair(char output, std::uint64_t most) const;
-  void print(const WorstCase& worst, char output, const Pair& pair);
+  void add(const WorstCase& worst, char output, const Pair& pair);
+  void mark(const std::string& row, const std::string& faults);
 
   std::string tool_;
   bool quick_;
-  bool good_ = true;
+  double start_;
+  std::vector<Row> rows_;
+  std::vector<std::string> marked_;
   TemporaryFile once_{"worst_case.n.ct"};
   TemporaryFile twice_{"worst_case.2n.ct"};
 };
+
+double Table::seconds_to_start() const {
+  double least = run({tool_, "-V"}, {}).seconds;
+  for (int i = 0; i != 10; ++i) least = std::min(least, run({tool_, "-V"}, {}).seconds);
+  return least;
+}
 
 Usage Table::run_tool(const TemporaryFile& file, char output, std::uint64_t most) const {
   Limits limits;
@@ -105,29 +138,62 @@ void Table::measure(const WorstCase& worst) {
   write_case(worst.name, worst.n / share * 2, twice_);
   for (const char output : std::string_view("STJDB")) {
     const bool multiplied = worst.multiplied.find(output) != std::string_view::npos;
-    print(worst, output, best_pair(output, multiplied ? output_piece / share : 0));
+    add(worst, output, best_pair(output, multiplied ? output_piece / share : 0));
   }
 }
 
-void Table::print(const WorstCase& worst, char output, const Pair& pair) {
+void Table::mark(const std::string& row, const std::string& faults) {
+  if (!faults.empty()) marked_.push_back(row + ": " + faults);
+}
+
+// The table comes when all is measured; until then somebody who waits sees what is going on.
+void Table::add(const WorstCase& worst, char output, const Pair& pair) {
   const auto& [once, twice] = pair;
-  const double memory_ratio = twice.mebibytes / std::max(once.mebibytes, 1.0);
-  std::string notes;
-  if (twice.output != 0) {
-    char text[64];
-    std::snprintf(text, sizeof text, "%.2f ns a byte",
-                  1e9 * twice.seconds / static_cast<double>(twice.output));
-    notes = text;
+  Row row{std::string(worst.name),
+          output,
+          once_.mebibytes(),
+          twice_.mebibytes(),
+          pair,
+          std::max(twice.seconds - start_, 0.0),
+          {}};
+  row.faults = once.failure.empty() ? twice.failure : once.failure;
+  const auto add_fault = [&](const char* fault) {
+    if (!row.faults.empty()) row.faults += ' ';
+    row.faults += fault;
+  };
+  if (pair.is_too_slow()) add_fault("TIME");
+  if (twice.mebibytes > least_mebibytes && row.memory_ratio() > most_growth) add_fault("MEMORY");
+  mark(row.name + " -" + output, row.faults);
+  std::fprintf(stderr, "%s -%c: %.3f s, %.3f s at 2n%s%s\n", row.name.c_str(), output, once.seconds,
+               twice.seconds, row.faults.empty() ? "" : " !! ", row.faults.c_str());
+  rows_.push_back(std::move(row));
+}
+
+void Table::print_ranked() {
+  std::stable_sort(rows_.begin(), rows_.end(), [](const Row& a, const Row& b) {
+    return std::pair(a.is_noise(), -a.per_byte()) < std::pair(b.is_noise(), -b.per_byte());
+  });
+  std::printf("%-23s %-2s %7s %7s  %8s %8s  %7s %7s %5s  %7s %7s %5s  %s\n", "case", "", "ns/all",
+              "ns/in", "MiB", "at 2n", "s", "at 2n", "ratio", "MiB", "at 2n", "ratio", "");
+  for (const Row& row : rows_) {
+    const auto& [once, twice] = row.pair;
+    std::printf("%-23s -%c %7.2f %7.2f  %8.1f %8.1f  %7.3f %7.3f %5.2f  %7.1f %7.1f %5.2f  %s%s\n",
+                row.name.c_str(), row.output, row.per_byte(), row.per_byte_read(), row.file_once,
+                row.file_twice, once.seconds, twice.seconds, row.pair.time_ratio(), once.mebibytes,
+                twice.mebibytes, row.memory_ratio(), row.faults.empty() ? "" : "!! ",
+                row.faults.c_str());
   }
-  std::string faults = once.failure.empty() ? twice.failure : once.failure;
-  if (pair.is_too_slow()) faults += " TIME";
-  if (twice.mebibytes > least_mebibytes && memory_ratio > most_growth) faults += " MEMORY";
-  if (!faults.empty()) good_ = false;
-  std::printf("%-23s -%c %8.1f %8.1f  %7.3f %7.3f %5.2f  %7.1f %7.1f %5.2f  %s%s%s\n",
-              worst.name.data(), output, once_.mebibytes(), twice_.mebibytes(), once.seconds,
-              twice.seconds, pair.time_ratio(), once.mebibytes, twice.mebibytes, memory_ratio,
-              notes.c_str(), faults.empty() ? "" : " !!", faults.c_str());
   std::fflush(stdout);
+}
+
+bool Table::print_marked() const {
+  if (marked_.empty()) {
+    std::printf("\nno row is marked: status 0\n");
+  } else {
+    std::printf("\nmarked with !!, so the status is 1:\n");
+    for (const std::string& row : marked_) std::printf("  %s\n", row.c_str());
+  }
+  return marked_.empty();
 }
 
 // Files that are far larger than anything that is written by hand; each is read once.
@@ -159,7 +225,7 @@ void Table::measure_sparse() {
                 once_.mebibytes(), one.option.c_str(), static_cast<double>(one.memory) / (1 << 20),
                 usage.seconds, usage.mebibytes, usage.status, usage.failure.c_str(), said.c_str());
     std::fflush(stdout);
-    if (!usage.failure.empty()) good_ = false;
+    mark(std::string(one.name) + ' ' + one.option, usage.failure);
   }
 }
 
@@ -167,15 +233,15 @@ void Table::measure_sparse() {
 
 int run_table(const std::string& tool, bool quick, const std::vector<std::string>& names) {
   Table table(tool, quick);
-  Table::print_head();
   const auto is_chosen = [&](std::string_view name) {
     return names.empty() || std::find(names.begin(), names.end(), name) != names.end();
   };
   for (const WorstCase& worst : worst_cases()) {
     if (is_chosen(worst.name)) table.measure(worst);
   }
+  table.print_ranked();
   if (is_chosen("sparse")) table.measure_sparse();
-  return table.is_good() ? 0 : 1;
+  return table.print_marked() ? 0 : 1;
 }
 
 }  // namespace CT::Bench

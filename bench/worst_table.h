@@ -9,8 +9,8 @@
 
 namespace CT::Bench {
 
-// Measures the cases of these names, or all if there are none. Returns 1 if a run crashed, met its
-// limit or grew faster than its file.
+// Measures the cases of these names, or all if there are none, and ranks them by what a byte costs.
+// Returns 1, and says why, if a run crashed, met its limit or grew faster than its file.
 int run_table(const std::string& tool, bool quick, const std::vector<std::string>& names);
 
 }  // namespace CT::Bench

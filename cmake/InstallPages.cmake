@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
-# Manual pages, and completions where each shell looks for those that come with programs.
+# Manual pages, completions where each shell looks for those that come with programs, and what a user
+# reads and tries first, laid out as here so that links and commands go on working.
 include(GNUInstallDirs)
 
 install(FILES man/codetrace.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tool)
@@ -17,3 +18,9 @@ install(FILES completions/_codetrace COMPONENT tool
         DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/${zsh_folder})
 install(FILES completions/codetrace.fish COMPONENT tool
         DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+
+install(FILES README.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tool)
+install(FILES docs/cookbook.md docs/outputs.md docs/robustness.md
+        DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT tool)
+install(FILES examples/notes.ct examples/words.ct
+        DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT tool)

@@ -10,7 +10,6 @@ _codetrace_options() {
     '-h --help:Print this help message and exit.'
     '-J --json:Outputs the Code Trace as a JSON document.'
     '-o --output:The output is stored to the file <filename>.'
-    '-S --sqlite:Outputs the Code Trace as a SQLITE database.'
     '-T --text:Outputs the Code Trace using a human-readable text format.'
     '-V --version:Prints version information and exits.'
     '-v:Makes the Code Trace tool more verbose.'

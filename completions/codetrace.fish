@@ -7,7 +7,6 @@ complete -c codetrace -s H -l headers -d 'Dumps all the Code Trace file headers.
 complete -c codetrace -s h -l help -d 'Print this help message and exit.'
 complete -c codetrace -s J -l json -d 'Outputs the Code Trace as a JSON document.'
 complete -c codetrace -s o -l output -r -F -d 'The output is stored to the file <filename>.'
-complete -c codetrace -s S -l sqlite -d 'Outputs the Code Trace as a SQLITE database.'
 complete -c codetrace -s T -l text -d 'Outputs the Code Trace using a human-readable text format.'
 complete -c codetrace -s V -l version -d 'Prints version information and exits.'
 complete -c codetrace -s v -d 'Makes the Code Trace tool more verbose.'

@@ -42,3 +42,4 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   install(FILES ${debian}/${package}.lintian-overrides
     DESTINATION share/lintian/overrides RENAME ${package} COMPONENT ${component})
 endforeach()
+install_development_documents(${CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME})

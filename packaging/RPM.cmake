@@ -40,3 +40,4 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   install(FILES LICENSE
     DESTINATION share/licenses/${CPACK_RPM_${upper}_PACKAGE_NAME} COMPONENT ${component})
 endforeach()
+install_development_documents(${CPACK_RPM_DEVELOPMENT_PACKAGE_NAME})

@@ -29,6 +29,9 @@ done
 build/packages/work/src/codetrace examples/notes.ct >"$work/expected"
 "$work/usr/bin/codetrace" examples/notes.ct | cmp - "$work/expected" ||
   die "the tool of the RPM package does not run"
+for file in README.md docs/cookbook.md examples/notes.ct; do
+  cmp -- "$file" "$work/usr/share/doc/codetrace/$file" || die "the RPM package lacks $file"
+done
 [[ -e $work/usr/lib64/libcodetrace.so ]] || die "the RPM packages lack the library"
 
 copy=$work/another/path

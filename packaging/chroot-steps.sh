@@ -34,6 +34,14 @@ codetrace -J -o document.json /try/notes.ct
 rm -- text document.json
 cd /try
 
+step "the documentation"
+doc=/usr/share/doc/codetrace
+(cd $doc && codetrace examples/notes.ct >/dev/null && codetrace examples/words.ct >/dev/null)
+for page in README.md docs/cookbook.md; do
+  zcat $doc/$page.gz >page
+  sed -n 2p page
+done
+
 step "man"
 for section in 1 5; do
   man "$section" codetrace >page 2>&1 || die "man $section codetrace shows no page"

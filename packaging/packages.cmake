@@ -34,5 +34,14 @@ set(development_text "${about}
 These are the headers, the static library and the files for CMake and
 pkg-config.")
 
+# install_development_documents(PACKAGE): what somebody who uses the library reads first.
+function(install_development_documents package)
+  install(FILES docs/library.md
+    DESTINATION share/doc/${package}/docs COMPONENT development)
+  install(DIRECTORY examples/api
+    DESTINATION share/doc/${package}/examples COMPONENT development
+    FILES_MATCHING PATTERN *.cpp PATTERN *.h)
+endfunction()
+
 include(${CMAKE_CURRENT_LIST_DIR}/${CODETRACE_PACKAGES}.cmake)
 include(CPack)

@@ -17,7 +17,7 @@ install_packages debootstrap util-linux
 mkdir -p -- "$archives"
 
 mirror=$(apt-get indextargets --format "\$(REPO_URI) \$(CODENAME) \$(COMPONENT) \$(CREATED_BY)" |
-  awk -v release=$release '$2 == release && $3 == "main" && $4 == "Packages" { print $1; exit }')
+  awk -v release=$release '$2 == release && $3 == "main" && $4 == "Packages" && !found++ { print $1 }')
 [[ $mirror ]] || die "this system's apt knows no mirror of Debian $release"
 
 if [[ ! -e $cache/$release.tar ]]; then

@@ -2,11 +2,16 @@
 # shellcheck shell=bash
 # Sourced by ./run, ./test and .ci/run: installs Debian packages and builds. What it has to say goes
 # to standard error, and only when there is something to do. A step that fails ends the caller.
+# Before packages are installed it says which and how much, and asks a person at a terminal.
 
 root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd -P)
 build_packages=(g++ cmake ninja-build qt6-base-dev libfmt-dev)
 test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev jq codespell mandoc
   bash-completion zsh fish pkg-config python3-jsonschema)
+
+# Whether somebody is there to answer; set_up has another input.
+person=
+if [[ -t 0 && -t 2 ]]; then person=yes; fi
 
 say() { printf 'codetrace set-up: %s\n' "$*" >&2; }
 die() {
@@ -25,18 +30,50 @@ missing_packages() {
   done
 }
 
+# Says how much apt would install for the named packages, as far as it can tell.
+say_how_much() {
+  local answer count download disk
+  answer=$(LC_ALL=C apt-get -q -o Debug::NoLocking=1 install --assume-no --no-install-recommends \
+    "$@" 2>/dev/null) || true # the answer "no"
+  [[ $answer =~ ([0-9]+)' newly installed' ]] || return 0
+  count=${BASH_REMATCH[1]}
+  [[ $answer =~ 'Need to get '([0-9.,]+' '[kMG]?B) ]] || return 0
+  download=${BASH_REMATCH[1]}
+  [[ $answer =~ 'this operation, '([0-9.,]+' '[kMG]?B)' of additional' ]] || return 0
+  disk=${BASH_REMATCH[1]}
+  say "with all that they need: $count packages, $download to download, $disk on the disk"
+}
+
+# May they be installed? Only a person at a terminal is asked.
+may_install() {
+  local answer
+  [[ $person ]] || return 0
+  printf 'codetrace set-up: install them? [Y/n] ' >&2
+  read -r answer </dev/tty || answer=no
+  [[ ! $answer || $answer == [Yy]* ]]
+}
+
 install_packages() {
-  local missing as_root=() apt_options=(-qq -o DPkg::Lock::Timeout=600 -o Acquire::Retries=3)
-  mapfile -t missing < <(missing_packages "$@")
-  ((${#missing[@]})) || return 0
-  say "installing ${missing[*]}"
-  if ((EUID != 0)); then
-    command -v sudo >/dev/null || die "only root can install them, and there is no sudo"
+  local names missing as_root=() apt_options=(-qq -o DPkg::Lock::Timeout=600 -o Acquire::Retries=3)
+  names=$(missing_packages "$@")
+  [[ $names ]] || return 0
+  mapfile -t missing <<<"$names"
+  say "these packages are missing: ${missing[*]}"
+  if (($(id -u) != 0)); then
+    command -v sudo >/dev/null || {
+      say_how_much "${missing[@]}"
+      say "only root can install them, and there is no sudo; an administrator can, with"
+      printf '  apt install --no-install-recommends %s\n' "${missing[*]}" >&2
+      exit 1
+    }
     as_root=(sudo)
   fi
   as_root+=(env DEBIAN_FRONTEND=noninteractive)
   "${as_root[@]}" apt-get "${apt_options[@]}" update ||
     say "the package lists could not be brought up to date; trying with the old ones"
+  say_how_much "${missing[@]}"
+  may_install || die "nothing was installed"
+  say "installing"
   "${as_root[@]}" apt-get "${apt_options[@]}" install -y --no-install-recommends "${missing[@]}" ||
     die "could not install ${missing[*]}"
 }

@@ -2,58 +2,16 @@
 //
 // The tool among real files, pipes and devices: where traces come from, where outputs go, and what
 // is said when one of them fails. Commands are run by a shell, with `codetrace` as the tool.
+#include "devices.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <string>
 
-#include "process.h"
-#include "trace_text.h"
-
 namespace CT::Test {
 namespace {
-
-constexpr const char* trace_text =
-    "order little\n"
-    "startup @10 url \"http://h/\" uri \"/\"\n"
-    "shutdown @11\n";
-constexpr const char* line = "REQUEST STARTUP: REQUEST: http://h/, URL: /\n";
-
-// The address space that tests leave to the tool is not enough for AddressSanitizer.
-#ifdef __SANITIZE_ADDRESS__
-constexpr bool is_sanitized = true;
-#else
-constexpr bool is_sanitized = false;
-#endif
-
-class Devices : public testing::Test {
- protected:
-  void SetUp() override {
-    bytes_ = build_traces(trace_text).front().bytes;
-    write_file(folder_.path() / "t.ct", bytes_);
-  }
-
-  ProcessResult shell(const std::string& command) {
-    const std::string with_tool = "codetrace() { '" CODETRACE_BINARY "' \"$@\"; }; " + command;
-    return run_process("/bin/sh", {"sh", "-c", with_tool}, folder_.path());
-  }
-
-  void expect(const std::string& command, const std::string& output, const std::string& error,
-              int status) {
-    const ProcessResult result = shell(command);
-    EXPECT_EQ(result.standard_output, output) << command;
-    EXPECT_EQ(result.standard_error, error) << command;
-    EXPECT_EQ(result.status, status) << command;
-  }
-
-  [[nodiscard]] std::string content(const std::string& name) const {
-    return read_file(folder_.path() / name);
-  }
-
-  TemporaryFolder folder_;
-  std::string bytes_;
-};
 
 TEST_F(Devices, TraceFromAPipe) { expect("cat t.ct | codetrace /dev/stdin", line, "", 0); }
 

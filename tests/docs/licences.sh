@@ -17,7 +17,7 @@ while IFS= read -r -d '' path; do
     fuzz/corpus/* | tests/data/*) continue ;;
   esac
   seen=$((seen + 1))
-  if ! head -n 5 -- "$path" | grep -aq 'SPDX-License-Identifier: MIT'; then
+  if ! grep -aq 'SPDX-License-Identifier: MIT' <(head -n 5 -- "$path"); then
     echo "$path: no line \"SPDX-License-Identifier: MIT\" among its first five"
     missing=$((missing + 1))
   fi

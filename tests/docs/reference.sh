@@ -3,7 +3,10 @@
 # reference.sh FOLDER OUTPUT: whether Doxygen makes the reference of FOLDER in OUTPUT without a
 # warning. Status 77 if there is no Doxygen.
 set -euo pipefail
-command -v doxygen >/dev/null || exit 77
+command -v doxygen >/dev/null || {
+  echo "SKIPPED: doxygen is missing"
+  exit 77
+}
 cd -- "$1"
 mkdir -p -- "$2"
 # The later setting counts.

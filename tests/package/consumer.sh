@@ -21,7 +21,7 @@ build_with_pkg_config() {
   local compile link dependencies
   read -ra compile < <(pkg-config --cflags 'codetrace >= 3')
   read -ra link < <(pkg-config --libs codetrace)
-  read -ra dependencies < <(pkg-config --libs Qt6Core fmt)
+  read -ra dependencies < <(pkg-config --libs Qt6Core)
   "$compiler" -std=c++20 -O1 "${compile[@]}" -c "$here/consumer/main.cpp" -o "$work/main.o"
   "$compiler" "$work/main.o" "${link[@]}" -o "$work/with_codetrace"
   "$compiler" "$work/main.o" "$library/libcodetrace.a" "${dependencies[@]}" \
@@ -29,7 +29,11 @@ build_with_pkg_config() {
 }
 
 # loads PROGRAM: whether it loads the shared library, from the prefix.
-loads() { ldd "$work/$1" | grep -qF "libcodetrace.so.3 => $library/"; }
+loads() {
+  local loaded
+  loaded=$(ldd "$work/$1") || die "ldd cannot read $1"
+  [[ $loaded == *"libcodetrace.so.3 => $library/"* ]]
+}
 
 die() {
   cat -- "$work/log" 2>/dev/null || true

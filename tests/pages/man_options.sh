@@ -40,7 +40,7 @@ diff <(echo "$letters_of_help") <(echo "$letters_of_synopsis") || {
 }
 
 version=$("$binary" -V | grep -o 'version .*')
-page_section "$page" HISTORY | grep -Fq "$version." || {
+[[ $(page_section "$page" HISTORY) == *"$version."* ]] || {
   echo "codetrace(1) does not tell $version"
   exit 1
 }

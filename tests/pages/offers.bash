@@ -5,7 +5,7 @@
 # shellcheck disable=SC1090,SC2034
 source /usr/share/bash-completion/bash_completion
 source "$1"
-complete -p codetrace | grep -q -- '-F _codetrace codetrace' || exit 1
+[[ $(complete -p codetrace) == *'-F _codetrace codetrace'* ]] || exit 1
 
 # As readline tells it: "=" is a word of its own, and this is a list that is only shown.
 COMP_LINE=$2

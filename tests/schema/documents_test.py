@@ -53,6 +53,7 @@ class Documents(unittest.TestCase):
     def test_real_traces(self):
         folder = "../shared/traces"
         if not (documents.ROOT / folder).is_dir() and "CODETRACE_REQUIRE_TRACES" not in os.environ:
+            print(f"\nSKIPPED: the real traces, for {folder} is missing", flush=True)
             self.skipTest("there are no traces beside the checkout")
         self.validate_all(documents.traces(folder, "*.ct"), 1)
 

@@ -15,12 +15,16 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <utility>
+#include <vector>
 
 #include "codetrace/ct_file.h"
 #include "codetrace/ct_storage.h"
-#include "codetrace/ct_walk.h"
+#include "codetrace/ct_trace.h"
 #include "codetrace/model/ct_records.h"
 #include "codetrace/render/ct_document.h"
+#include "finding_recorder.h"
 #include "trace_builder.h"
 #include "trace_text.h"
 #include "written.h"
@@ -33,9 +37,26 @@ inline const unsigned char* as_bytes(std::string_view text) {
   return static_cast<const unsigned char*>(static_cast<const void*>(text.data()));
 }
 
+// A record as one of its class, with what it needs to stay; it must be of this class.
+template <class Class>
+std::shared_ptr<const Class> kept_as(std::shared_ptr<const Checkpoint::Base> made) {
+  if constexpr (std::is_same_v<Class, Checkpoint::Base>) {
+    return made;
+  } else {
+    const auto record = Checkpoint::record_as<Class>(*made);
+    if (!record) throw std::runtime_error("a record of another class");
+    struct Kept {
+      std::shared_ptr<const Checkpoint::Base> made;
+      Class record;
+    };
+    const auto kept = std::make_shared<const Kept>(Kept{std::move(made), *record});
+    return {kept, &kept->record};
+  }
+}
+
 class OpenTrace {
  public:
-  explicit OpenTrace(std::string_view bytes) : file_(QString()), storage_(file_) {
+  explicit OpenTrace(std::string_view bytes) : file_(QString()), storage_(file_, &findings_) {
     if (!file_.open(as_bytes(bytes), bytes.size())) {
       throw std::runtime_error(file_.error_message().toStdString());
     }
@@ -46,6 +67,9 @@ class OpenTrace {
 
   const File& file() const { return file_; }
   Storage& storage() { return storage_; }
+  // What the storage reported so far, as "LEVEL TEXT".
+  const std::vector<std::string>& findings() const { return findings_.lines(); }
+  void forget_findings() { findings_.clear(); }
 
   // A view on the checkpoint of this number, which must exist.
   CheckpointView view(std::size_t number = 0) const {
@@ -55,15 +79,15 @@ class OpenTrace {
     }
     return view;
   }
-  // Its record, with the storage as the cache; it must be of this class.
+  // Its record, with functions and classes entered into the storage; it must be of this class.
   template <class Class = Checkpoint::Base>
-  std::shared_ptr<Class> record(std::size_t number = 0) {
-    auto made = std::dynamic_pointer_cast<Class>(Checkpoint::make_record(view(number), &storage_));
-    if (made == nullptr) throw std::runtime_error("a record of another class");
-    return made;
+  std::shared_ptr<const Class> record(std::size_t number = 0) {
+    auto made = Checkpoint::make_record(view(number), &storage_.entities());
+    if (made == nullptr) throw std::runtime_error("a checkpoint that has no record");
+    return kept_as<Class>(std::move(made));
   }
   // Hands it to the storage; null when it is rejected.
-  std::shared_ptr<Node::Base> add(std::size_t number) {
+  std::shared_ptr<const Node::Base> add(std::size_t number) {
     return storage_.add_checkpoint(record(number));
   }
   // Hands all checkpoints to the storage.
@@ -78,6 +102,7 @@ class OpenTrace {
 
  private:
   File file_;
+  FindingRecorder findings_;
   Storage storage_;
 };
 

@@ -17,7 +17,7 @@ inline bool same_string(const PlainValue& plain, const Checkpoint::String& strin
   return string.view() == plain.text && string.orig_sz == plain.orig_sz;
 }
 
-inline bool same_object(const PlainValue& plain, const Checkpoint::KVal& value) {
+inline bool same_object(const PlainValue& plain, const Checkpoint::ValueRef& value) {
   const auto entry = value.class_entry();
   if (value.object_handle() != static_cast<std::uint64_t>(plain.number)) return false;
   if (!plain.class_id) return entry == nullptr;
@@ -25,24 +25,22 @@ inline bool same_object(const PlainValue& plain, const Checkpoint::KVal& value) 
          entry->name().view() == plain.text;
 }
 
-inline bool same_value(const PlainValue& plain, const Checkpoint::KVal& value);
+inline bool same_value(const PlainValue& plain, const Checkpoint::ValueRef& value);
 
-inline bool same_array(const PlainValue& plain, const Checkpoint::KVal& value) {
-  const auto elements = value.elements();
+inline bool same_array(const PlainValue& plain, const Checkpoint::ValueRef& value) {
   if (value.is_cut() != plain.is_cut || value.is_list() != plain.is_list ||
-      value.declared_count() != plain.count || elements.size() != plain.pairs.size()) {
+      value.declared_count() != plain.count || value.size() != plain.pairs.size()) {
     return false;
   }
-  for (std::size_t i = 0; i != elements.size(); ++i) {
-    if (!same_value(plain.pairs[i].first, elements[i].first) ||
-        !same_value(plain.pairs[i].second, elements[i].second)) {
-      return false;
-    }
+  auto expected = plain.pairs.begin();
+  for (const auto& [key, element] : value.elements()) {
+    if (!same_value(expected->first, key) || !same_value(expected->second, element)) return false;
+    ++expected;
   }
   return true;
 }
 
-inline bool same_value(const PlainValue& plain, const Checkpoint::KVal& value) {
+inline bool same_value(const PlainValue& plain, const Checkpoint::ValueRef& value) {
   using Checkpoint::ValueType;
   if (static_cast<int>(value.type()) != plain.type) return false;
   switch (value.type()) {
@@ -62,7 +60,7 @@ inline bool same_value(const PlainValue& plain, const Checkpoint::KVal& value) {
 // For EXPECT_TRUE: shows both as text.
 inline ::testing::AssertionResult is_same_value(const PlainValue& plain,
                                                 const Checkpoint::KVal& value) {
-  if (same_value(plain, value)) return ::testing::AssertionSuccess();
+  if (same_value(plain, value.ref())) return ::testing::AssertionSuccess();
   return ::testing::AssertionFailure() << "expected " << plain.to_string(true).toStdString()
                                        << "\ngot " << value.to_string(true).toStdString();
 }

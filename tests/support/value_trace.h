@@ -8,8 +8,11 @@
 //   const Checkpoint::KVal number = values.next();
 #pragma once
 
+#include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "codetrace/ct_file.h"
 #include "codetrace/model/ct_value.h"
@@ -17,6 +20,16 @@
 #include "trace_builder.h"
 
 namespace CT::Test {
+
+// The pairs of an array, each kept on its own.
+inline std::vector<std::pair<Checkpoint::KVal, Checkpoint::KVal>> pairs_of(
+    const Checkpoint::KVal& array) {
+  std::vector<std::pair<Checkpoint::KVal, Checkpoint::KVal>> pairs;
+  for (const auto& [key, value] : array.elements()) {
+    pairs.emplace_back(array.keep(key), array.keep(value));
+  }
+  return pairs;
+}
 
 class ValueTrace {
  public:
@@ -43,17 +56,24 @@ class ValueTrace {
   const File& file() const { return file_; }
   const CheckpointView& view() const { return view_; }
   Cursor& cursor() { return cursor_; }
-  EntityCache& cache() { return cache_; }
+  Entities& entities() { return *entities_; }
 
-  // Decodes the next value, with the cache or without one.
-  Checkpoint::KVal next() { return {view_, cursor_, &cache_}; }
-  Checkpoint::KVal next_uncached() { return {view_, cursor_, nullptr}; }
+  // Decodes the next value, with the table of classes or without one.
+  Checkpoint::KVal next() { return {view_, cursor_, entities_.get()}; }
+  Checkpoint::KVal next_alone() { return {view_, cursor_, nullptr}; }
+  // The same on a tape, which is reset.
+  Checkpoint::ValueRef next(Checkpoint::ValueTape& tape) {
+    Cursor ahead = cursor_;
+    Checkpoint::scan_values(ahead, 1, file_, entities_.get());
+    tape.reset(view_, entities_.get());
+    return {tape, tape.decode(cursor_)};
+  }
 
  private:
   File file_;
   CheckpointView view_;
   Cursor cursor_;
-  EntityCache cache_;
+  std::shared_ptr<Entities> entities_ = Entities::make(file_);
 };
 
 }  // namespace CT::Test

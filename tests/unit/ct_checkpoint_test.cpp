@@ -4,10 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "codetrace/model/ct_records.h"
 #include "open_trace.h"
 
 namespace CT::Test {
@@ -16,13 +18,15 @@ namespace {
 using Checkpoint::Base;
 using Checkpoint::Type;
 
-// A record of no class of its own over the first checkpoint, and where its decoding stopped.
+// The record of a view's checkpoint, with a table of its own.
 struct Decoded {
-  explicit Decoded(const CheckpointView& view) : record(view, cursor, nullptr) {
-    record.note_damage(cursor);
-  }
+  explicit Decoded(const CheckpointView& view)
+      : entities(Entities::make(view.file())), record(view, *entities) {}
 
-  Cursor cursor;
+  // The first of its own fields, if that is a number.
+  std::uint32_t own_number() const { return Checkpoint::ScriptError(record).error_num(); }
+
+  std::shared_ptr<Entities> entities;
   Base record;
 };
 
@@ -58,7 +62,8 @@ TEST(CheckpointBase, ViewOnNothingGivesAnInvalidRecord) {
   const File file{QString()};
   const Decoded made{CheckpointView(file)};
   EXPECT_FALSE(made.record.is_valid());
-  EXPECT_FALSE(made.cursor.ok());
+  EXPECT_EQ(made.own_number(), 0U);
+  EXPECT_EQ(made.record.file(), nullptr);
   EXPECT_EQ(made.record.checkpoint(), nullptr);
   EXPECT_EQ(made.record.type(), Type::INVALID);
   EXPECT_EQ(made.record.flags(), 0);
@@ -80,7 +85,16 @@ TEST(CheckpointBase, TypesWithoutNameGiveInvalidRecords) {
       EXPECT_FALSE(made.record.is_valid());
       EXPECT_EQ(made.record.type(), Type::INVALID);
       EXPECT_EQ(made.record.flags(), 0);
-      EXPECT_FALSE(made.cursor.ok());
+      EXPECT_EQ(made.record.checkpoint(), nullptr);
+      EXPECT_EQ(made.record.timestamp(), KTime::Timestamp());
+      EXPECT_EQ(made.record.memory(), 0U);
+      EXPECT_EQ(made.own_number(), 0U);
+      EXPECT_FALSE(made.record.damage());
+      const Base sighted = Base::sighted(open.view(), *made.entities);
+      EXPECT_FALSE(sighted.is_valid());
+      EXPECT_EQ(sighted.type(), Type::INVALID);
+      EXPECT_EQ(sighted.checkpoint(), nullptr);
+      EXPECT_FALSE(sighted.damage());
     }
   }
 }
@@ -98,13 +112,13 @@ TEST(CheckpointBase, AnyCombinationOfCommonFieldsIsReadInOrder) {
   for (const ByteOrder order : both_orders) {
     for (std::uint8_t flags = 0; flags != 8; ++flags) {
       TraceBuilder trace(order);
-      CheckpointDraft draft = CheckpointDraft::raw(17, Fields().u32(77));
+      CheckpointDraft draft = CheckpointDraft::script_error(77, "text");
       if (flags & 1) draft.time(1'700'000'000, 999'999'999);
       if (flags & 2) draft.memory(UINT64_MAX);
       if (flags & 4) draft.location(trace.text("/a.php"), UINT32_MAX);
       trace.add(draft);
       const OpenTrace open(trace);
-      Decoded made(open.view());
+      const Decoded made(open.view());
       const Base& record = made.record;
       EXPECT_TRUE(record.is_valid());
       EXPECT_EQ(record.flags(), flags);
@@ -113,8 +127,8 @@ TEST(CheckpointBase, AnyCombinationOfCommonFieldsIsReadInOrder) {
       EXPECT_EQ(record.memory(), (flags & 2) ? UINT64_MAX : 0);
       EXPECT_EQ(text_of(record.filename()), (flags & 4) ? "/a.php" : "(absent)");
       EXPECT_EQ(record.line_no(), (flags & 4) ? UINT32_MAX : 0);
-      EXPECT_EQ(made.cursor.u32(), 77U);
-      EXPECT_TRUE(made.cursor.ok());
+      EXPECT_EQ(made.own_number(), 77U);
+      EXPECT_EQ(text_of(Checkpoint::ScriptError(record).error_message()), "text");
       EXPECT_FALSE(record.damage());
     }
   }
@@ -125,7 +139,8 @@ TEST(CheckpointBase, FlagsWithoutPayloadMeanNothing) {
     const Decoded made(trace.view());
     EXPECT_TRUE(made.record.is_valid());
     EXPECT_EQ(made.record.flags(), 0);
-    EXPECT_FALSE(made.cursor.ok());
+    EXPECT_EQ(made.record.payload_size(), 0U);
+    EXPECT_EQ(made.own_number(), 0U);
     EXPECT_FALSE(made.record.damage());
   });
 }
@@ -208,17 +223,18 @@ TEST(CheckpointBase, BytesBehindTheLastFieldAreNoDamage) {
   });
 }
 
-TEST(CheckpointBase, DamageIsNotedOfACursorThatFailed) {
-  for_both_orders("event @1 none sequence 5", [](OpenTrace& trace) {
-    Cursor cursor;
-    Base record(trace.view(), cursor, nullptr);
-    record.note_damage(cursor);
-    EXPECT_FALSE(record.damage());
-    EXPECT_NE(cursor.bytes(9), nullptr);
-    EXPECT_EQ(cursor.u64(), 0U);
-    record.note_damage(cursor);
-    EXPECT_EQ(record.damage(), 12U + 9);
-  });
+TEST(CheckpointBase, DamageIsAtTheFieldThatIsNotWhole) {
+  for (std::size_t kept = 12; kept <= 24; ++kept) {
+    for (const ByteOrder order : both_orders) {
+      TraceBuilder trace(order);
+      trace.add(CheckpointDraft::user_event(0, 5).time(1).keep(kept));
+      const OpenTrace open(trace);
+      const std::optional<std::uint32_t> field = kept < 20   ? std::optional(12U)
+                                                 : kept < 24 ? std::optional(20U)
+                                                             : std::nullopt;
+      EXPECT_EQ(Decoded(open.view()).record.damage(), field) << kept;
+    }
+  }
 }
 
 }  // namespace

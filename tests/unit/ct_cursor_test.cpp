@@ -73,7 +73,8 @@ TEST(Cursor, AFieldThatIsOneByteShortDoesNotMoveIt) {
     Cursor eight = over(bytes, 7, big_endian);
     EXPECT_EQ(eight.u64(), 0U);
     EXPECT_FALSE(eight.ok());
-    EXPECT_EQ(eight.left(), 7U);
+    EXPECT_EQ(eight.position(), bytes.data());
+    EXPECT_EQ(eight.left(), 0U);
   }
 }
 
@@ -112,7 +113,16 @@ TEST(Cursor, AHugeCountFails) {
   Cursor cursor = over(bytes, 12, true);
   EXPECT_EQ(cursor.bytes(std::numeric_limits<std::size_t>::max()), nullptr);
   EXPECT_FALSE(cursor.ok());
-  EXPECT_EQ(cursor.left(), 12U);
+  EXPECT_EQ(cursor.position(), bytes.data());
+  EXPECT_EQ(cursor.left(), 0U);
+}
+
+TEST(Cursor, OverARangeThatEndsBeforeItBeginsItHasFailed) {
+  Cursor cursor(bytes.data() + 4, bytes.data() + 3, false);
+  EXPECT_FALSE(cursor.ok());
+  EXPECT_EQ(cursor.left(), 0U);
+  EXPECT_EQ(cursor.bytes(0), nullptr);
+  EXPECT_EQ(cursor.u8(), 0);
 }
 
 TEST(Cursor, OverNothingItHasFailed) {

@@ -9,9 +9,11 @@
 #include <string>
 #include <string_view>
 
-#include "codetrace/ct_walk.h"
+#include "codetrace/ct_trace.h"
 #include "codetrace/render/ct_document.h"
 #include "codetrace/render/ct_file_dump.h"
+#include "codetrace/render/ct_records_dump.h"
+#include "finding_recorder.h"
 #include "kcommon/k_logger.h"
 #include "open_trace.h"
 #include "rich_trace.h"
@@ -61,10 +63,12 @@ class Damage : public testing::TestWithParam<ByteOrder> {
     StreamWriter out(sink);
     write_headers(file, out);
     write_binary(file, out);
-    Storage storage(file);
+    FindingRecorder findings;
+    Storage storage(file, &findings);
+    RecordDumper dumper;
     read_checkpoints(file, storage, [&](const Checkpoint::Base& record) {
       ++counts.records;
-      record.dump(out);
+      dumper.write(record, out);
       return true;
     });
     write_json(storage, out);
@@ -93,7 +97,8 @@ TEST_P(Damage, RichTraceHasEverythingAndIsSmall) {
   for (std::uint8_t type = 0; type != 18; ++type) EXPECT_TRUE(types.contains(type)) << int{type};
   EXPECT_TRUE(types.contains(20));
   std::set<ValueType> kinds;
-  for (const Checkpoint::KVal& value : trace.record<Checkpoint::FunctionCall>(2)->args()) {
+  const auto call = trace.record<Checkpoint::FunctionCall>(2);
+  for (const Checkpoint::KVal& value : call->args()) {
     kinds.insert(value.type());
     for (const auto& [key, element] : value.elements()) {
       kinds.insert(key.type());

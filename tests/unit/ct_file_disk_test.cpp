@@ -2,12 +2,18 @@
 //
 // What concerns a trace on disk alone: its name, its state from one opening to the next, what the
 // log says when it is refused.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <QDir>
+#include <QFile>
+#include <fstream>
 #include <string>
 #include <vector>
 
 #include "codetrace/ct_file.h"
+#include "file_lines.h"
 #include "log_recorder.h"
 #include "open_trace.h"
 #include "temp_file.h"
@@ -22,15 +28,36 @@ class FileOnDisk : public ::testing::Test {
   QString file(const char* name, std::string_view bytes) const {
     return folder_.file(QString::fromUtf8(name), bytes);
   }
-  static std::string error_of(const QString& path) {
+  std::string error_of(const QString& path) {
     File file(path);
+    told_.clear();
+    file.set_log(told_.log());
     EXPECT_FALSE(file.open());
     EXPECT_FALSE(file.is_open());
     return file.error_message().toStdString();
   }
 
   const TempFolder folder_;
+  FileLines told_;
 };
+
+// An open descriptor of a path.
+class Descriptor {
+ public:
+  explicit Descriptor(const QString& path)
+      : number_(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC)) {}
+  ~Descriptor() { ::close(number_); }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  int number() const { return number_; }
+
+ private:
+  int number_;
+};
+
+bool is_same(const File& file, const QString& path) {
+  return file.is_same_file(Descriptor(path).number());
+}
 
 TEST_F(FileOnDisk, AMissingOneIsRefusedInTheWordsOfTheSystem) {
   EXPECT_EQ(error_of(path("missing")), "No such file or directory");
@@ -91,7 +118,8 @@ TEST_F(FileOnDisk, AFailedOpeningForgetsTheOneBefore) {
   EXPECT_EQ(file.header().request_id, 0U);
   EXPECT_EQ(file.header().version, 1);
   EXPECT_EQ(std::string(file.header().magic, 2), "CT");
-  EXPECT_FALSE(file.is_same_file(path("trace")));
+  this->file("trace", "");
+  EXPECT_FALSE(is_same(file, path("trace")));
 }
 
 TEST_F(FileOnDisk, ASuccessForgetsTheErrorBefore) {
@@ -105,15 +133,26 @@ TEST_F(FileOnDisk, ASuccessForgetsTheErrorBefore) {
 
 TEST_F(FileOnDisk, IsTheSameFileByWhateverName) {
   File file(this->file("trace", TraceBuilder().build()));
-  EXPECT_FALSE(file.is_same_file(path("trace"))) << "before it was opened";
+  EXPECT_FALSE(is_same(file, path("trace"))) << "before it was opened";
   ASSERT_TRUE(file.open());
   ASSERT_TRUE(QFile::link(path("trace"), path("link")));
   this->file("other", TraceBuilder().build());
-  EXPECT_TRUE(file.is_same_file(path("trace")));
-  EXPECT_TRUE(file.is_same_file(path("./trace")));
-  EXPECT_TRUE(file.is_same_file(path("link")));
-  EXPECT_FALSE(file.is_same_file(path("other")));
-  EXPECT_FALSE(file.is_same_file(path("missing")));
+  EXPECT_TRUE(is_same(file, path("trace")));
+  EXPECT_TRUE(is_same(file, path("./trace")));
+  EXPECT_TRUE(is_same(file, path("link")));
+  EXPECT_FALSE(is_same(file, path("other")));
+  EXPECT_FALSE(is_same(file, path("."))) << "a folder";
+  EXPECT_FALSE(file.is_same_file(-1));
+}
+
+TEST_F(FileOnDisk, IsTheSameFileWhateverBecomesOfItsName) {
+  File file(this->file("trace", TraceBuilder().build()));
+  ASSERT_TRUE(file.open());
+  const Descriptor before(path("trace"));
+  ASSERT_TRUE(QFile::rename(path("trace"), path("elsewhere")));
+  this->file("trace", TraceBuilder().build());
+  EXPECT_TRUE(file.is_same_file(before.number()));
+  EXPECT_FALSE(is_same(file, path("trace")));
 }
 
 TEST_F(FileOnDisk, BytesFromMemoryAreNoFileOnDisk) {
@@ -121,39 +160,48 @@ TEST_F(FileOnDisk, BytesFromMemoryAreNoFileOnDisk) {
   File file(name);
   const std::string bytes = TraceBuilder().build();
   ASSERT_TRUE(file.open(as_bytes(bytes), bytes.size()));
-  EXPECT_FALSE(file.is_same_file(name));
+  EXPECT_FALSE(is_same(file, name));
 }
 
-TEST_F(FileOnDisk, AMissingOneIsLoggedAsFarAsItCame) {
-  const LogRecorder log(5);
+TEST_F(FileOnDisk, ANameThatBeginsWithAColonIsAName) {
+  const QString folder = QDir::currentPath();
+  ASSERT_TRUE(QDir::setCurrent(folder_.path(QStringLiteral("."))));
+  std::ofstream(":trace", std::ios::binary) << TraceBuilder().build();
+  File file(QStringLiteral(":trace"));
+  EXPECT_TRUE(file.open());
+  EXPECT_EQ(error_of(QStringLiteral(":missing")), "No such file or directory");
+  QDir::setCurrent(folder);
+}
+
+TEST_F(FileOnDisk, AnEmptyNameIsRefused) { EXPECT_EQ(error_of({}), "No file name specified"); }
+
+TEST_F(FileOnDisk, AMissingOneIsToldAsFarAsItCame) {
   error_of(path("missing"));
-  EXPECT_EQ(log.lines(),
+  EXPECT_EQ(told_.lines(),
             std::vector<std::string>{"4 Opening Code Trace file " + path("missing").toStdString()});
 }
 
 // Though a file that is no trace need not be read to its end, its size is known.
-TEST_F(FileOnDisk, TheLogTellsTheSizeOfOneThatIsRefused) {
+TEST_F(FileOnDisk, TheSizeOfOneThatIsRefusedIsTold) {
   TraceBuilder trace;
   trace.data(Fields().raw("abcd"));
   for (const char* magic : {"XY", "CT"}) {
     trace.set_magic(magic);
     trace.set_version(2);
     const QString name = file("trace", trace.build());
-    const LogRecorder log(4);
     error_of(name);
-    EXPECT_EQ(log.lines().back(),
+    EXPECT_EQ(told_.lines().at(2),
               "4 Read 40 bytes of data from the Code Trace file " + name.toStdString());
   }
   trace.append_to_file("surplus");
   const QString name = file("trace", trace.build());
-  const LogRecorder log(4);
   error_of(name);
-  EXPECT_EQ(log.lines().back(),
+  EXPECT_EQ(told_.lines().at(2),
             "4 Read 47 bytes of data from the Code Trace file " + name.toStdString());
 }
 
-TEST_F(FileOnDisk, NothingIsLoggedBelowLevelFour) {
-  const LogRecorder log(3);
+TEST_F(FileOnDisk, NothingIsLoggedUnlessSomebodyAsks) {
+  const LogRecorder log(127);
   File file(this->file("trace", TraceBuilder().build()));
   EXPECT_TRUE(file.open());
   EXPECT_TRUE(log.lines().empty());

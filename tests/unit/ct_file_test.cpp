@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "log_recorder.h"
+#include "file_lines.h"
 #include "open_trace.h"
 #include "temp_file.h"
 #include "trace_builder.h"
@@ -25,6 +25,8 @@ class FileOpen : public ::testing::TestWithParam<Way> {
   bool open(const std::string& bytes) {
     const QString path = folder_.path(QStringLiteral("trace"));
     file_.emplace(path);
+    told_.clear();
+    file_->set_log(told_.log());
     switch (GetParam()) {
       case Way::memory: return file_->open(as_bytes(bytes), bytes.size());
       case Way::disk: folder_.file(QStringLiteral("trace"), bytes); return file_->open();
@@ -46,6 +48,7 @@ class FileOpen : public ::testing::TestWithParam<Way> {
   }
 
   TempFolder folder_;
+  FileLines told_;
   std::optional<File> file_;
 };
 
@@ -227,9 +230,11 @@ TEST_P(FileOpen, IsLoggedStepByStep) {
       "PHP API VERSION: 20230831\n\tDATA: 1 0xabc\n\tADD DATA: 0 0xdef0"};
   // Of bytes in memory no file is opened.
   if (GetParam() == Way::memory) expected.erase(expected.begin(), expected.begin() + 2);
-  const LogRecorder log(5);
   ASSERT_TRUE(open(trace.build()));
-  EXPECT_EQ(log.lines(), expected);
+  EXPECT_EQ(told_.lines(), expected);
+  for (const std::string& place : told_.places()) {
+    EXPECT_EQ(place, "src/libs/codetrace/ct_file.cpp:N");
+  }
 }
 
 TEST_P(FileOpen, AHeaderIsLoggedBeforeItIsJudged) {
@@ -238,25 +243,26 @@ TEST_P(FileOpen, AHeaderIsLoggedBeforeItIsJudged) {
     trace.set_magic(magic);
     trace.set_version(9);
     trace.set_flags(0xFA);
-    const LogRecorder log(5);
     error_of(trace.build());
-    EXPECT_EQ(log.lines().back(),
+    EXPECT_EQ(told_.lines().back(),
               "5 Code Trace dump file header:\n\tVERSION: 9\n\tFLAGS: 0xfa\n\tREQUEST ID: 0\n\t"
               "PHP API VERSION: 0\n\tDATA: 0 0x10000000\n\tADD DATA: 0 0x20000000");
   }
 }
 
 TEST_P(FileOpen, WithoutAHeaderNoneIsLogged) {
-  const LogRecorder log(5);
   error_of(std::string(35, 'C'));
-  ASSERT_FALSE(log.lines().empty());
-  EXPECT_TRUE(log.lines().back().starts_with("4 Read 35 bytes of data"));
+  ASSERT_FALSE(told_.lines().empty());
+  EXPECT_TRUE(told_.lines().back().starts_with("4 Read 35 bytes of data"));
 }
 
-TEST_P(FileOpen, TheHeaderIsADetailOfLevelFive) {
-  const LogRecorder log(4);
-  ASSERT_TRUE(open(TraceBuilder().build()));
-  for (const std::string& line : log.lines()) EXPECT_TRUE(line.starts_with("4 ")) << line;
+TEST_P(FileOpen, ZerosFollowTheLastByte) {
+  TraceBuilder trace;
+  trace.data(Fields().raw("abc"));
+  trace.add_data(Fields().raw("de"));
+  ASSERT_TRUE(open(trace.build()));
+  const std::string_view behind(Section::as_chars(file_->add_data().end()), File::padding);
+  EXPECT_EQ(behind, std::string(File::padding, '\0'));
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "awkward.h"
+#include "codetrace/render/ct_fields_json.h"
 #include "codetrace/tree/ct_node.h"
 #include "open_trace.h"
 #include "rich_trace.h"
@@ -16,11 +17,12 @@ namespace {
 
 // A node's members as compact JSON, which must be the same in both their forms.
 std::string members(const Node::Base& node) {
-  Node::Workspace work;
-  JsonMembers collected;
-  node.collect(collected, work);
-  const std::string streamed =
-      written_json(JsonWriter::Form::compact, [&](JsonWriter& json) { collected.write(json); });
+  CT::Fields fields;
+  ValueRoom values;
+  JsonRoom room;
+  node.collect(fields, values);
+  const std::string streamed = written_json(
+      JsonWriter::Form::compact, [&](JsonWriter& json) { write_json(fields, json, &room); });
   QJsonObject object;
   EXPECT_TRUE(node.to_json(object));
   EXPECT_EQ(QJsonDocument(object).toJson(QJsonDocument::Compact).toStdString(), streamed);

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include "codetrace/render/ct_node_text.h"
+
 #include <gtest/gtest.h>
 
 #include <QString>
@@ -16,7 +18,7 @@ namespace {
 std::string line(const Node::Base& node) {
   QString text;
   EXPECT_TRUE(node.to_text(text));
-  Node::Workspace work;
+  Node::TextRoom work;
   const std::string streamed =
       written([&](Writer& out) { EXPECT_TRUE(node.write_text(out, work)); });
   EXPECT_EQ(text.toStdString(), streamed);
@@ -32,7 +34,7 @@ std::string last_line(OpenTrace& trace) {
       const auto node = trace.storage().node(id);
       const bool ended_here =
           node->end() != nullptr && node->end()->checkpoint() == record.checkpoint();
-      if (ended_here || node->begin()->checkpoint() == record.checkpoint()) last = id;
+      if (ended_here || node->begin().checkpoint() == record.checkpoint()) last = id;
     }
     return true;
   });

@@ -253,7 +253,7 @@ TEST(CutRecord, MethodCallNumbersWhatItReached) {
       });
 }
 
-TEST(CutRecord, RecordMetAgainDoesNotLookIntoItsValues) {
+TEST(CutRecord, RecordMadeWithoutSightingEntersNothing) {
   for_both_orders(R"(
     C: class user "A"
     F: function user "f"
@@ -263,13 +263,20 @@ TEST(CutRecord, RecordMetAgainDoesNotLookIntoItsValues) {
                   [](OpenTrace& trace) {
                     for (std::size_t number = 0; number != 2; ++number) {
                       const CheckpointView first = trace.view(number);
-                      EntityCache cache;
-                      EXPECT_TRUE(make_record(first, &cache)->damage());
-                      EXPECT_EQ(cache.class_entries().size(), 1U);
-                      EntityCache other_cache;
-                      const auto view = CheckpointView::revisit(trace.file(), first.offset());
-                      EXPECT_FALSE(make_record(view, &other_cache)->damage());
-                      EXPECT_TRUE(other_cache.class_entries().empty());
+                      const auto entities = Entities::make(trace.file());
+                      const auto sighted = make_record(first, entities.get());
+                      EXPECT_TRUE(sighted->damage());
+                      EXPECT_EQ(entities->classes().size(), 1U);
+                      const auto others = Entities::make(trace.file());
+                      const auto view = CheckpointView::at(trace.file(), first.offset());
+                      // Where its function is missing, a call is not valid.
+                      EXPECT_EQ(Made::Base(view, *others).is_valid(), number == 1);
+                      others->add(resolve_function(trace.file(), trace.view(0).cursor().u64()));
+                      const Made::Base again(view, *others);
+                      EXPECT_TRUE(again.is_valid());
+                      EXPECT_EQ(again.damage(), sighted->damage());
+                      EXPECT_TRUE(others->classes().empty());
+                      EXPECT_EQ(others->functions().size(), 1U);
                     }
                   });
 }

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <typeinfo>
 #include <vector>
 
 #include "open_trace.h"
@@ -14,43 +13,9 @@ namespace {
 
 namespace Made = Checkpoint;
 using Checkpoint::KVal;
-using Checkpoint::make_record;
 using Checkpoint::Type;
 
 std::string shown(const KVal& value) { return value.to_string(true).toStdString(); }
-
-TEST(Records, EachTypeHasItsClassAndOthersHaveNone) {
-  for (std::uint8_t type = 0; type != 32; ++type) {
-    TraceBuilder trace;
-    const Ref function = trace.function({.name = "f"});
-    trace.add(CheckpointDraft::raw(type, Fields().u64(function).u64(0).u64(0).u64(0)));
-    OpenTrace open(trace);
-    const std::shared_ptr<Made::Base> made = make_record(open.view(), nullptr);
-    Made::Record room;
-    const Made::Base* in_room = room.decode(open.view(), nullptr);
-    ASSERT_EQ(made == nullptr, type == 16 || type > 17) << int{type};
-    ASSERT_EQ(in_room == nullptr, made == nullptr) << int{type};
-    if (made == nullptr) continue;
-    EXPECT_EQ(made->type(), static_cast<Type>(type));
-    EXPECT_TRUE(made->is_valid()) << int{type};
-    const Made::Base& object = *made;
-    EXPECT_EQ(typeid(object), typeid(*in_room)) << int{type};
-  }
-}
-
-TEST(Records, RoomIsFilledAgainAndAgain) {
-  for_both_orders("error 1 \"a\"\nerror 2 \"b\"\nexit", [](OpenTrace& trace) {
-    Made::Record room;
-    const auto* first = dynamic_cast<const Made::ScriptError*>(room.decode(trace.view(0), nullptr));
-    ASSERT_NE(first, nullptr);
-    EXPECT_EQ(text_of(first->error_message()), "a");
-    const auto* second =
-        dynamic_cast<const Made::ScriptError*>(room.decode(trace.view(1), nullptr));
-    ASSERT_NE(second, nullptr);
-    EXPECT_EQ(text_of(second->error_message()), "b");
-    EXPECT_NE(dynamic_cast<const Made::ScriptExit*>(room.decode(trace.view(2), nullptr)), nullptr);
-  });
-}
 
 TEST(Records, OnlyShutdownAndExitAreValidWithoutPayload) {
   for (std::uint8_t type = 0; type != 18; ++type) {

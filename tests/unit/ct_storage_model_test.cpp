@@ -13,7 +13,6 @@
 #include <vector>
 
 #include "codetrace/ct_storage.h"
-#include "log_recorder.h"
 #include "open_trace.h"
 
 namespace CT::Test {
@@ -185,15 +184,15 @@ std::string tree_of(const Model& model) {
 }
 
 std::string tree_of(Storage& storage, const std::vector<std::uint32_t>& offsets) {
-  const auto number_of = [&](const Node::Base::Record& record) {
+  const auto number_of = [&](const Node::Base::Record* record) {
     if (record == nullptr) return Model::none;
-    const auto found = std::find(offsets.begin(), offsets.end(), record->view().offset());
+    const auto found = std::find(offsets.begin(), offsets.end(), record->offset());
     return static_cast<std::size_t>(found - offsets.begin());
   };
   std::string all;
   for (Storage::NodeId id = 0; id != storage.node_count(); ++id) {
     const auto node = storage.node(id);
-    all += described(number_of(node->begin()), number_of(node->end()), node->parent_id());
+    all += described(number_of(&node->begin()), number_of(node->end()), node->parent_id());
   }
   return all;
 }
@@ -211,14 +210,13 @@ void hold_to_model(std::uint32_t seed, Next next) {
   for (int run = 0; run != 400; ++run) {
     const RandomTrace made(random);
     OpenTrace trace(made.builder());
-    std::vector<std::shared_ptr<Checkpoint::Base>> records;
+    std::vector<std::shared_ptr<const Checkpoint::Base>> records;
     std::vector<std::uint32_t> offsets;
     for (CheckpointView view(trace.file()); view.step();) {
-      records.push_back(Checkpoint::make_record(view, &trace.storage()));
+      records.push_back(Checkpoint::make_record(view, &trace.storage().entities()));
       offsets.push_back(view.offset());
     }
     ASSERT_EQ(records.size(), made.size());
-    const LogRecorder log(1);
     Model model;
     for (std::size_t step = 0; step != made.size(); ++step) {
       const std::size_t number = next(random, step, made.size());
@@ -227,7 +225,7 @@ void hold_to_model(std::uint32_t seed, Next next) {
                 model.add(number, record.type(), made.start_of(number)));
     }
     ASSERT_EQ(tree_of(trace.storage(), offsets), tree_of(model)) << run;
-    ASSERT_EQ(without_addresses(log.lines()), model.messages) << run;
+    ASSERT_EQ(without_addresses(trace.findings()), model.messages) << run;
   }
 }
 

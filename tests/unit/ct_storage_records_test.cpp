@@ -8,7 +8,8 @@
 #include <string>
 
 #include "codetrace/ct_storage.h"
-#include "log_recorder.h"
+#include "codetrace/render/ct_fields_json.h"
+#include "codetrace/render/ct_node_text.h"
 #include "open_trace.h"
 #include "rich_trace.h"
 
@@ -17,12 +18,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-// A record of no class of its own.
-std::shared_ptr<Checkpoint::Base> plain_record(const CheckpointView& view) {
-  Cursor cursor;
-  return std::make_shared<Checkpoint::Base>(view, cursor, nullptr);
-}
 
 TEST(StorageRecords, ReturnsTheNodeThatWasOpenedMadeOrClosed) {
   for_both_orders("startup\nw: write \"\"\nflush\nwrite_end of w\nshutdown", [](OpenTrace& trace) {
@@ -38,9 +33,11 @@ TEST(StorageRecords, ReturnsTheNodeThatWasOpenedMadeOrClosed) {
 TEST(StorageRecords, ObjectsAreReturnedForObjects) {
   for_both_orders("startup @1\nw: write \"x\"\nwrite_end of w\nflush keep 0", [](OpenTrace& trace) {
     const auto startup = trace.add(0);
-    ASSERT_NE(dynamic_cast<Node::Startup*>(startup.get()), nullptr);
+    ASSERT_NE(startup, nullptr);
+    EXPECT_EQ(startup->type(), Node::Type::STARTUP);
     const auto opened = trace.add(1);
-    ASSERT_NE(dynamic_cast<Node::SapiWrite*>(opened.get()), nullptr);
+    ASSERT_NE(opened, nullptr);
+    EXPECT_EQ(opened->type(), Node::Type::SAPI_WRITE);
     EXPECT_FALSE(opened->is_complete());
     EXPECT_EQ(opened->parent_id(), 0);
     const auto closed = trace.add(2);
@@ -83,11 +80,13 @@ TEST(StorageRecords, EachAddFunctionClosesItsKind) {
 
 TEST(StorageRecords, CrashIsAnUnknownType) {
   for_both_orders("startup\nraw 16 more u8(1)", [](OpenTrace& trace) {
-    const LogRecorder log(1);
+    Storage& storage = trace.storage();
     trace.add(0);
-    EXPECT_EQ(trace.storage().add_checkpoint(plain_record(trace.view(1))), nullptr);
-    EXPECT_THAT(log.lines(), ElementsAre("0 Unknown checkpoint type 16"));
-    EXPECT_EQ(trace.storage().node_count(), 1);
+    const Checkpoint::Base crash(trace.view(1), storage.entities());
+    EXPECT_TRUE(crash.is_valid());
+    EXPECT_EQ(storage.add_checkpoint(crash), Storage::no_node);
+    EXPECT_THAT(trace.findings(), ElementsAre("0 Unknown checkpoint type 16"));
+    EXPECT_EQ(storage.node_count(), 1);
   });
 }
 
@@ -101,57 +100,64 @@ TEST(StorageRecords, EndOfTheWrongClassIsInvalid) {
     include_return of w
     include_exception of w value null
     write_end of w
+    shutdown
   )",
       [](OpenTrace& trace) {
-        const LogRecorder log(1);
+        Storage& storage = trace.storage();
         trace.add(0);
         trace.add(1);
-        for (std::size_t end = 2; end != 7; ++end) {
-          EXPECT_EQ(trace.storage().add_checkpoint(plain_record(trace.view(end))), nullptr);
-        }
-        EXPECT_EQ(trace.storage().add_function_return(*trace.record(4)), Storage::no_node);
-        EXPECT_THAT(log.lines(), ElementsAre("0 Invalid FUNCTION_RETURN checkpoint",
-                                             "0 Invalid FUNCTION_EXCEPTION checkpoint",
-                                             "0 Invalid INCLUDE_RETURN checkpoint",
-                                             "0 Invalid INCLUDE_EXCEPTION checkpoint",
-                                             "0 Invalid SAPI_WRITE_END checkpoint",
-                                             "0 Invalid INCLUDE_RETURN checkpoint"));
-        EXPECT_FALSE(trace.storage().node(1)->is_complete());
+        EXPECT_EQ(storage.add_function_exception(*trace.record(2)), Storage::no_node);
+        EXPECT_EQ(storage.add_include_return(*trace.record(3)), Storage::no_node);
+        EXPECT_EQ(storage.add_include_exception(*trace.record(4)), Storage::no_node);
+        EXPECT_EQ(storage.add_function_return(*trace.record(5)), Storage::no_node);
+        EXPECT_EQ(storage.add_include_return(*trace.record(6)), Storage::no_node);
+        EXPECT_EQ(storage.add_shutdown(*trace.record(6)), Storage::no_node);
+        EXPECT_EQ(storage.add_function_return(*trace.record(7)), Storage::no_node);
+        EXPECT_EQ(storage.add_shutdown(*trace.record(1)), Storage::no_node);
+        EXPECT_THAT(
+            trace.findings(),
+            ElementsAre(
+                "0 Invalid FUNCTION_RETURN checkpoint", "0 Invalid FUNCTION_EXCEPTION checkpoint",
+                "0 Invalid INCLUDE_RETURN checkpoint", "0 Invalid INCLUDE_EXCEPTION checkpoint",
+                "0 Invalid SAPI_WRITE_END checkpoint", "0 Invalid SAPI_WRITE_END checkpoint",
+                "0 Invalid SHUTDOWN checkpoint", "0 Invalid SAPI_WRITE_START checkpoint"));
+        EXPECT_FALSE(storage.node(0)->is_complete());
+        EXPECT_FALSE(storage.node(1)->is_complete());
+        EXPECT_EQ(storage.summary().rejected, 8U);
       });
 }
 
 TEST(StorageRecords, OpenNodeIsMissedBeforeTheClassIsLookedAt) {
   for_both_orders("return of none", [](OpenTrace& trace) {
-    const LogRecorder log(1);
-    EXPECT_EQ(trace.storage().add_checkpoint(plain_record(trace.view())), nullptr);
-    EXPECT_THAT(log.lines(),
-                ElementsAre("0 FUNCTION_RETURN checkpoint without STARTUP checkpoint"));
+    EXPECT_EQ(trace.storage().add_include_return(*trace.record()), Storage::no_node);
+    EXPECT_EQ(trace.storage().add_shutdown(*trace.record()), Storage::no_node);
+    EXPECT_THAT(trace.findings(),
+                ElementsAre("0 FUNCTION_RETURN checkpoint without STARTUP checkpoint",
+                            "0 FUNCTION_RETURN checkpoint without STARTUP checkpoint"));
   });
 }
 
 TEST(StorageRecords, RecordOfAnotherFileIsRefusedWithoutAWord) {
   for_both_orders("startup\nflush", [](OpenTrace& trace) {
     OpenTrace other(rich_trace(ByteOrder::little));
-    const LogRecorder log(1);
     EXPECT_EQ(trace.storage().add_checkpoint(*other.record(0)), Storage::no_node);
     trace.add(0);
     EXPECT_EQ(trace.storage().add_checkpoint(*other.record(0)), Storage::no_node);
     EXPECT_EQ(trace.storage().node_count(), 1);
-    EXPECT_THAT(log.lines(), IsEmpty());
+    EXPECT_THAT(trace.findings(), IsEmpty());
   });
 }
 
 TEST(StorageRecords, SameBeginTwiceMakesTwoNodesOfWhichTheLaterIsFound) {
   for_both_orders("startup\nw: write \"\"\nwrite_end of w\nshutdown", [](OpenTrace& trace) {
-    const LogRecorder log(1);
     trace.add(0);
     EXPECT_EQ(trace.add(1)->id(), 1);
     EXPECT_EQ(trace.add(1)->id(), 2);
     EXPECT_EQ(trace.storage().node(2)->parent_id(), 1);
     EXPECT_EQ(trace.add(2)->id(), 2);
-    EXPECT_THAT(log.lines(), IsEmpty());
+    EXPECT_THAT(trace.findings(), IsEmpty());
     EXPECT_EQ(trace.add(2), nullptr);
-    EXPECT_THAT(log.lines(),
+    EXPECT_THAT(trace.findings(),
                 ElementsAre("1 SAPI_WRITE node with ID 2 is not the last node in the stack",
                             "0 Nodes stack is corrupted"));
     EXPECT_FALSE(trace.storage().node(1)->is_complete());
@@ -161,12 +167,11 @@ TEST(StorageRecords, SameBeginTwiceMakesTwoNodesOfWhichTheLaterIsFound) {
 
 TEST(StorageRecords, SameBeginAgainBehindItsEndHidesTheClosedNode) {
   for_both_orders("startup\nw: write \"\"\nwrite_end of w", [](OpenTrace& trace) {
-    const LogRecorder log(1);
     for (const std::size_t number : {0U, 1U, 2U, 1U}) trace.add(number);
     EXPECT_EQ(trace.add(2)->id(), 2);
     EXPECT_TRUE(trace.storage().node(1)->is_complete());
     EXPECT_TRUE(trace.storage().node(2)->is_complete());
-    EXPECT_THAT(log.lines(), IsEmpty());
+    EXPECT_THAT(trace.findings(), IsEmpty());
   });
 }
 
@@ -189,30 +194,31 @@ TEST(StorageRecords, PairsAreFoundWhateverTheOrderInTheFile) {
     startup
   )",
                   [](OpenTrace& trace) {
-                    const LogRecorder log(1);
                     EXPECT_EQ(trace.add(4)->id(), 0);
                     EXPECT_EQ(trace.add(2)->id(), 1);
                     EXPECT_EQ(trace.add(0)->id(), 2);
                     EXPECT_EQ(trace.add(1)->id(), 2);
                     EXPECT_EQ(trace.add(3)->id(), 1);
                     EXPECT_EQ(trace.storage().node(2)->parent_id(), 1);
-                    EXPECT_THAT(log.lines(), IsEmpty());
+                    EXPECT_THAT(trace.findings(), IsEmpty());
                   });
 }
 
 // A node with everything that it shows.
 std::string described(const Node::Base& node) {
-  Node::Workspace work;
-  JsonMembers members;
-  node.collect(members, work);
-  const auto address = [](const Node::Base::Record& record) {
-    return record == nullptr ? "none" : std::to_string(record->view().offset());
+  Node::TextRoom text_room;
+  CT::Fields fields;
+  ValueRoom values;
+  JsonRoom room;
+  node.collect(fields, values);
+  const auto offset = [](const Node::Base::Record* record) {
+    return record == nullptr ? "none" : std::to_string(record->offset());
   };
-  const std::string text = written([&](Writer& out) { node.write_text(out, work); });
-  const std::string json =
-      written_json(JsonWriter::Form::compact, [&](JsonWriter& out) { members.write(out); });
+  const std::string text = written([&](Writer& out) { node.write_text(out, text_room); });
+  const std::string json = written_json(JsonWriter::Form::compact,
+                                        [&](JsonWriter& out) { write_json(fields, out, &room); });
   return text + '\n' + json + (node.is_complete() ? " complete " : " open ") +
-         address(node.begin()) + ' ' + address(node.end());
+         offset(&node.begin()) + ' ' + offset(node.end());
 }
 
 TEST(StorageRecords, NodeObjectsAgreeWithTheReader) {

@@ -9,7 +9,6 @@
 #include <string>
 #include <vector>
 
-#include "log_recorder.h"
 #include "open_trace.h"
 #include "rich_trace.h"
 
@@ -35,10 +34,9 @@ void expect_tree(std::string_view text, std::string_view expected,
                  const std::vector<std::string>& messages) {
   SCOPED_TRACE(text);
   for_both_orders(text, [&](OpenTrace& trace) {
-    const LogRecorder log(1);
     trace.read();
     EXPECT_EQ(tree(trace), expected);
-    EXPECT_EQ(log.lines(), messages);
+    EXPECT_EQ(trace.findings(), messages);
   });
 }
 
@@ -97,9 +95,8 @@ TEST(Storage, NothingFitsBehindShutdown) {
 TEST(Storage, SecondStartupIsRefusedAndResetsNothing) {
   for_both_orders("startup @10 mem 100\nstartup @20 mem 500\nexit @11 mem 150",
                   [](OpenTrace& trace) {
-                    const LogRecorder log(1);
                     trace.read();
-                    EXPECT_THAT(log.lines(), ElementsAre("0 Duplicate STARTUP checkpoint"));
+                    EXPECT_THAT(trace.findings(), ElementsAre("0 Duplicate STARTUP checkpoint"));
                     EXPECT_EQ(trace.storage().node(1)->ms(), 1000.0);
                     EXPECT_EQ(trace.storage().node(1)->mem(), 50);
                   });
@@ -221,7 +218,8 @@ std::string not_found(std::string_view node, std::uint64_t address) {
 }
 
 TEST(Storage, EndWithoutItsBeginIsRefused) {
-  for_both_orders(R"(
+  for_both_orders(
+      R"(
     base data 0x1000
     s: startup
     l: flush
@@ -232,26 +230,24 @@ TEST(Storage, EndWithoutItsBeginIsRefused) {
     write_end of s+1
     shutdown
   )",
-                  [](OpenTrace& trace) {
-                    const LogRecorder log(1);
-                    trace.read();
-                    const auto data = std::bit_cast<std::uint64_t>(trace.file().data().data());
-                    EXPECT_THAT(log.lines(), ElementsAre(not_found("FUNCTION_CALL", 0),
-                                                         not_found("FUNCTION_CALL", data - 0x700),
-                                                         not_found("INCLUDE_CALL", data),
-                                                         not_found("INCLUDE_CALL", data + 36),
-                                                         not_found("SAPI_WRITE", data + 1)));
-                    EXPECT_EQ(tree(trace), "0(-1) 1(0)");
-                  });
+      [](OpenTrace& trace) {
+        trace.read();
+        const auto data = std::bit_cast<std::uint64_t>(trace.file().data().data());
+        EXPECT_THAT(
+            trace.findings(),
+            ElementsAre(not_found("FUNCTION_CALL", 0), not_found("FUNCTION_CALL", data - 0x700),
+                        not_found("INCLUDE_CALL", data), not_found("INCLUDE_CALL", data + 36),
+                        not_found("SAPI_WRITE", data + 1)));
+        EXPECT_EQ(tree(trace), "0(-1) 1(0)");
+      });
 }
 
 TEST(Storage, EndBeforeItsBeginFindsNothing) {
   for_both_orders(
       "F: function user \"f\"\nstartup\nreturn of 0x10000031\ncall fn F", [](OpenTrace& trace) {
-        const LogRecorder log(1);
         trace.read();
         const auto call = trace.view(2).checkpoint();
-        EXPECT_THAT(log.lines(),
+        EXPECT_THAT(trace.findings(),
                     ElementsAre(not_found("FUNCTION_CALL", std::bit_cast<std::uint64_t>(call))));
         EXPECT_EQ(tree(trace), "0(-1)? 1(0)?");
       });
@@ -264,9 +260,8 @@ TEST(Storage, InvalidRecordsAreRefusedWithoutAWord) {
 
 TEST(Storage, NullIsRefusedWithoutAWord) {
   OpenTrace trace(rich_trace(ByteOrder::little));
-  const LogRecorder log(1);
-  EXPECT_EQ(trace.storage().add_checkpoint(std::shared_ptr<Checkpoint::Base>()), nullptr);
-  EXPECT_THAT(log.lines(), IsEmpty());
+  EXPECT_EQ(trace.storage().add_checkpoint(std::shared_ptr<const Checkpoint::Base>()), nullptr);
+  EXPECT_THAT(trace.findings(), IsEmpty());
 }
 
 }  // namespace

@@ -11,6 +11,8 @@
 #include <vector>
 
 #include "awkward.h"
+#include "codetrace/bytes/ct_utf8.h"
+#include "codetrace/qt/ct_text_qt.h"
 #include "written.h"
 
 namespace CT::Test {

@@ -14,10 +14,11 @@
 #include <string>
 #include <string_view>
 
-#include "codetrace/ct_walk.h"
+#include "codetrace/ct_trace.h"
 #include "codetrace/render/ct_document.h"
 #include "codetrace/render/ct_file_dump.h"
-#include "log_recorder.h"
+#include "codetrace/render/ct_records_dump.h"
+#include "finding_recorder.h"
 #include "written.h"
 
 namespace CT::Test {
@@ -59,15 +60,16 @@ class RealTraces : public testing::TestWithParam<RealTrace> {
     }
     file_ = std::make_unique<File>(QString::fromStdString(path.string()));
     ASSERT_TRUE(file_->open()) << file_->error_message().toStdString();
-    storage_ = std::make_unique<Storage>(*file_);
+    storage_ = std::make_unique<Storage>(*file_, &findings_);
   }
 
+  FindingRecorder findings_;
   std::unique_ptr<File> file_;
   std::unique_ptr<Storage> storage_;
 };
 
 TEST_P(RealTraces, PrintInEveryFormWithoutAWarning) {
-  const LogRecorder log(1);
+  RecordDumper dumper;
   Counter sink;
   StreamWriter out(sink);
   const auto expect_output = [&] {
@@ -84,7 +86,7 @@ TEST_P(RealTraces, PrintInEveryFormWithoutAWarning) {
     EXPECT_TRUE(record.is_valid());
     EXPECT_FALSE(record.damage());
     ++checkpoints;
-    record.dump(out);
+    dumper.write(record, out);
     return true;
   });
   expect_output();
@@ -94,7 +96,9 @@ TEST_P(RealTraces, PrintInEveryFormWithoutAWarning) {
   expect_output();
   write_text(*storage_, out);
   expect_output();
-  EXPECT_THAT(log.lines(), testing::IsEmpty());
+  EXPECT_THAT(findings_.lines(), testing::IsEmpty());
+  EXPECT_TRUE(storage_->summary().is_clean());
+  EXPECT_EQ(storage_->summary().records, checkpoints);
 }
 
 TEST_P(RealTraces, StreamTheDocumentThatQtPrints) {

@@ -33,11 +33,11 @@ class ValueDamage : public ::testing::TestWithParam<ByteOrder> {
     ASSERT_EQ(plain.ok() ? read : plain.position(), plain.position());
     // Stepping over it numbers the same classes and ends at the same place.
     Cursor again = trace.view().cursor();
-    EntityCache cache;
-    Checkpoint::scan_value(again, trace.view(), &cache);
+    const auto entities = Entities::make(trace.file());
+    Checkpoint::scan_values(again, 1, trace.file(), entities.get());
     ASSERT_EQ(again.position(), trace.cursor().position());
     ASSERT_EQ(again.ok(), trace.cursor().ok());
-    ASSERT_EQ(cache.class_entries().size(), trace.cache().class_entries().size());
+    ASSERT_EQ(entities->classes().size(), trace.entities().classes().size());
   }
 
   KVal decode(const Fields& fields, std::size_t keep) {
@@ -156,7 +156,7 @@ TEST_P(ValueDamage, TheClassOfAnObjectThatIsCutIsNotNumbered) {
   const Fields fields = value::object(names_.classes[0], 1);
   ValueTrace trace(names_.trace, fields, fields.size() - 1);
   EXPECT_EQ(trace.next().class_entry(), nullptr);
-  EXPECT_TRUE(trace.cache().class_entries().empty());
+  EXPECT_TRUE(trace.entities().classes().empty());
 }
 
 }  // namespace

@@ -133,8 +133,8 @@ TEST_P(ValueDecoding, TheMarkerAsAKeyCutsTheArrayThere) {
   EXPECT_TRUE(decoded.value.is_cut());
   EXPECT_TRUE(decoded.value.is_list());
   EXPECT_EQ(decoded.value.declared_count(), 3);
-  ASSERT_EQ(decoded.value.elements().size(), 1U);
-  EXPECT_EQ(decoded.value.elements()[0].second.string().view(), "kept");
+  ASSERT_EQ(decoded.value.ref().size(), 1U);
+  EXPECT_EQ(pairs_of(decoded.value)[0].second.string().view(), "kept");
   EXPECT_EQ(decoded.left, 4U) << "all declared pairs are consumed";
 }
 
@@ -149,8 +149,8 @@ TEST_P(ValueDecoding, PairsBehindTheMarkerDoNotChangeTheList) {
 TEST_P(ValueDecoding, TheMarkerAsAnElementIsAnEmptyCutArray) {
   const Decoded decoded = decode(value::list({value::cut_marker(), value::null()}));
   EXPECT_FALSE(decoded.value.is_cut());
-  ASSERT_EQ(decoded.value.elements().size(), 2U);
-  const KVal element = decoded.value.elements()[0].second;
+  ASSERT_EQ(decoded.value.ref().size(), 2U);
+  const KVal element = pairs_of(decoded.value)[0].second;
   EXPECT_EQ(element.type(), ValueType::array);
   EXPECT_TRUE(element.is_cut());
   EXPECT_TRUE(element.is_list());
@@ -165,21 +165,21 @@ TEST_P(ValueDecoding, OnlyTheExactTextIsTheMarker) {
         std::string("**CUT**\0", 8), mark + mark + "**CUT**"}) {
     const Decoded decoded = decode(value::map({{value::string(text), value::string(text)}}));
     EXPECT_FALSE(decoded.value.is_cut());
-    ASSERT_EQ(decoded.value.elements().size(), 1U);
-    EXPECT_EQ(decoded.value.elements()[0].second.string().view(), text);
+    ASSERT_EQ(decoded.value.ref().size(), 1U);
+    EXPECT_EQ(pairs_of(decoded.value)[0].second.string().view(), text);
   }
 }
 
 TEST_P(ValueDecoding, AByteOrderMarkBeforeTheMarkerDoesNotHideIt) {
   const Fields marked = value::string(mark + "**CUT**");
   EXPECT_TRUE(decode(value::map({{marked, value::null()}})).value.is_cut());
-  EXPECT_TRUE(decode(value::list({marked})).value.elements()[0].second.is_cut());
+  EXPECT_TRUE(pairs_of(decode(value::list({marked})).value)[0].second.is_cut());
 }
 
 TEST_P(ValueDecoding, AMarkerThatWasCutItselfIsAMarker) {
   const Fields marker = value::cut_string("**CUT**", 100);
   EXPECT_TRUE(decode(value::map({{marker, value::null()}})).value.is_cut());
-  EXPECT_TRUE(decode(value::list({marker})).value.elements()[0].second.is_cut());
+  EXPECT_TRUE(pairs_of(decode(value::list({marker})).value)[0].second.is_cut());
 }
 
 TEST_P(ValueDecoding, TheMarkerOutsideOfAnArrayIsAString) {
@@ -189,9 +189,9 @@ TEST_P(ValueDecoding, TheMarkerOutsideOfAnArrayIsAString) {
 TEST_P(ValueDecoding, ArraysMayBeKeys) {
   const Decoded decoded =
       decode(value::map({{value::list({value::null()}), value::boolean(true)}}));
-  ASSERT_EQ(decoded.value.elements().size(), 1U);
-  EXPECT_EQ(decoded.value.elements()[0].first.elements().size(), 1U);
-  EXPECT_TRUE(decoded.value.elements()[0].second.as_boolean());
+  ASSERT_EQ(decoded.value.ref().size(), 1U);
+  EXPECT_EQ(pairs_of(decoded.value)[0].first.ref().size(), 1U);
+  EXPECT_TRUE(pairs_of(decoded.value)[0].second.as_boolean());
   EXPECT_EQ(decoded.left, 4U);
 }
 
@@ -208,16 +208,16 @@ TEST_P(ValueDecoding, ObjectsOfOneClassShareItsEntry) {
   EXPECT_EQ(first.class_entry(), second.class_entry());
 }
 
-TEST_P(ValueDecoding, WithoutACacheEachObjectHasAnEntryOfItsOwn) {
+TEST_P(ValueDecoding, WithoutATableEachObjectHasAnEntryOfItsOwn) {
   TraceBuilder trace(GetParam());
   const Ref klass = trace.klass({.name = "A"});
   ValueTrace values(trace, value::object(klass, 1).append(value::object(klass, 1)));
-  const KVal first = values.next_uncached();
-  const KVal second = values.next_uncached();
+  const KVal first = values.next_alone();
+  const KVal second = values.next_alone();
   EXPECT_EQ(first.class_entry()->id(), -1);
   EXPECT_EQ(second.class_entry()->id(), -1);
   EXPECT_NE(first.class_entry(), second.class_entry());
-  EXPECT_TRUE(values.cache().class_entries().empty());
+  EXPECT_TRUE(values.entities().classes().empty());
 }
 
 TEST_P(ValueDecoding, AnObjectWithoutAClassKeepsItsHandle) {
@@ -269,8 +269,8 @@ TEST(Value, ACopyOfAnArrayOutlivesItsSource) {
   copy.copy(source);
   source.reset();
   EXPECT_EQ(source.type(), ValueType::undef);
-  ASSERT_EQ(copy.elements().size(), 1U);
-  EXPECT_EQ(copy.elements()[0].second.string().view(), "kept");
+  ASSERT_EQ(copy.ref().size(), 1U);
+  EXPECT_EQ(pairs_of(copy)[0].second.string().view(), "kept");
 }
 
 TEST(Value, ElementsOutliveTheirArray) {
@@ -278,7 +278,7 @@ TEST(Value, ElementsOutliveTheirArray) {
   KVal element;
   {
     const KVal array = trace.next();
-    element.copy(array.elements()[0].second);
+    element.copy(pairs_of(array)[0].second);
   }
   EXPECT_EQ(element.to_string(true), QStringLiteral("array(0 => 7)"));
 }

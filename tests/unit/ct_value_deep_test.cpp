@@ -77,7 +77,7 @@ std::string nested_keys(ByteOrder order, std::size_t depth) {
 
 // Decodes, copies, prints and destroys; returns what was printed.
 Counter print(const Checkpoint::Base& record) {
-  const auto& ending = dynamic_cast<const FunctionReturn&>(record);
+  const FunctionReturn ending(record);
   Counter counter;
   KVal copy;
   {
@@ -85,9 +85,9 @@ Counter print(const Checkpoint::Base& record) {
     copy.copy(value);
   }
   EXPECT_EQ(copy.type(), ValueType::array);
-  EXPECT_LE(copy.elements().size(), 1U);
+  EXPECT_LE(copy.ref().size(), 1U);
   ValueTape tape;
-  const auto root = ending.decode_value(tape);
+  const ValueTape::Index root = ending.value(tape).item();
   StreamWriter out(counter);
   ValueTextWriter().write(tape, root, out);
   out.flush();
@@ -96,7 +96,7 @@ Counter print(const Checkpoint::Base& record) {
 
 Counter print_json(const Checkpoint::Base& record, JsonWriter::Form form) {
   ValueTape tape;
-  const auto root = dynamic_cast<const FunctionReturn&>(record).decode_value(tape);
+  const ValueTape::Index root = FunctionReturn(record).value(tape).item();
   Counter counter;
   StreamWriter out(counter);
   JsonWriter json(out, form);
@@ -164,9 +164,8 @@ TEST_P(DeepValue, TheDeepestDamagedOneEndsInUndef) {
 TEST_P(DeepValue, QtsClassesAreNotGivenTheDeepestOne) {
   const auto trace = returning(GetParam(), nested_values(GetParam(), whole_depth));
   on_small_stack([&] {
-    const auto record = trace->record();
-    const auto& ending = dynamic_cast<const FunctionReturn&>(*record);
-    EXPECT_TRUE(ending.value().as_json().isUndefined());
+    const auto ending = trace->record<FunctionReturn>();
+    EXPECT_TRUE(ending->value().as_json().isUndefined());
   });
 }
 

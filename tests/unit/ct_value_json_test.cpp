@@ -11,6 +11,8 @@
 
 #include "awkward.h"
 #include "codetrace/model/ct_value.h"
+#include "codetrace/qt/ct_value_qt.h"
+#include "codetrace/render/ct_fields_json.h"
 #include "plain_value.h"
 #include "value_trace.h"
 #include "written.h"
@@ -26,14 +28,18 @@ using Form = JsonWriter::Form;
 class ValueJson : public ::testing::TestWithParam<ByteOrder> {
  protected:
   // Streamed without blanks; the adapter must say the same.
-  static std::string json(const TraceBuilder& trace, const Fields& fields, bool cached = true) {
+  static std::string json(const TraceBuilder& trace, const Fields& fields, bool numbered = true) {
     ValueTrace values(trace, fields);
+    const auto unnumbered = Entities::make(values.file(), Entities::Numbering::none);
+    Entities& entities = numbered ? values.entities() : *unnumbered;
+    Cursor ahead = values.cursor();
+    Checkpoint::scan_values(ahead, 1, values.file(), &entities);
     ValueTape tape;
-    tape.reset(values.view());
-    const auto root = tape.decode(values.cursor(), cached ? &values.cache() : nullptr);
+    tape.reset(values.view(), &entities);
+    const auto root = tape.decode(values.cursor());
     const std::string element = written_element(
         Form::compact, [&](JsonWriter& out) { ValueJsonWriter().write(tape, root, out); });
-    EXPECT_EQ(element, qt_element(Form::compact, to_qt_json(tape, root)));
+    EXPECT_EQ(element, qt_element(Form::compact, to_qt_json(Checkpoint::ValueRef(tape, root))));
     return element.substr(1, element.size() - 2);
   }
   std::string json(const Fields& fields) const { return json(TraceBuilder(GetParam()), fields); }
@@ -139,8 +145,7 @@ TEST_P(ValueJson, EqualsQtAndThePlainRulesForRandomValues) {
     ValueTrace trace(names.trace, fields);
     const auto shared = std::make_shared<ValueTape>();
     ValueTape& tape = *shared;
-    tape.reset(trace.view());
-    const auto root = tape.decode(trace.cursor(), &trace.cache());
+    const ValueTape::Index root = trace.next(tape).item();
     const KVal value(shared, root);
     const std::string bytes = fields.encode(GetParam());
     const PlainValue plain = PlainReader(bytes, GetParam(), names.known).read();
@@ -176,21 +181,19 @@ TEST_P(ValueJson, AllValuesOfATapeAreOneArray) {
       GetParam(),
       value::list({value::integer(1)}).append(value::undef()).append(value::string("b")));
   ValueTape tape;
-  tape.reset(trace.view());
-  for (int i = 0; i != 3; ++i) tape.decode(trace.cursor(), nullptr);
-  ValueJsonWriter writer;
-  Checkpoint::ValueListPart list;
-  list.set(tape, writer);
-  EXPECT_EQ(written_json(Form::compact, [&](JsonWriter& out) { list.write_json(out); }),
-            R"([{"array":[1]},null,{"string":"b"}])");
-  EXPECT_EQ(QJsonDocument(list.to_qt_json().toArray()).toJson(QJsonDocument::Compact),
-            QByteArray(R"([{"array":[1]},null,{"string":"b"}])"));
-  Checkpoint::ValuePart last;
-  last.set(tape, tape.size() - 1, writer);
-  EXPECT_EQ(written_json(Form::compact, [&](JsonWriter& out) { last.write_json(out); }),
-            R"({"string":"b"})");
-  EXPECT_EQ(last.to_qt_json(),
-            QJsonValue(QJsonObject{{QStringLiteral("string"), QStringLiteral("b")}}));
+  tape.reset(trace.view(), nullptr);
+  for (int i = 0; i != 3; ++i) tape.decode(trace.cursor());
+  CT::Fields fields;
+  fields.set(FieldName::args, Checkpoint::Values(tape));
+  fields.set(FieldName::return_, Checkpoint::ValueRef(tape, tape.size() - 1));
+  JsonRoom room;
+  const std::string expected =
+      R"({"args":[{"array":[1]},null,{"string":"b"}],"return":{"string":"b"}})";
+  EXPECT_EQ(written_json(Form::compact, [&](JsonWriter& out) { write_json(fields, out, &room); }),
+            expected);
+  QJsonObject object;
+  insert_into(object, fields);
+  EXPECT_EQ(QJsonDocument(object).toJson(QJsonDocument::Compact).toStdString(), expected);
 }
 
 }  // namespace

@@ -14,6 +14,7 @@ namespace CT::Checkpoint::Test {
 namespace {
 
 using namespace CT::Test;
+using CT::Test::Fields;
 
 // Names that are told apart late, that hold what is no UTF-8, or that sort differently in UTF-16.
 std::vector<std::string> awkward_names() {
@@ -68,7 +69,7 @@ TEST(KeyTexts, MapsPrintLikeQtWhateverTheirKeys) {
     OpenTrace open(trace);
     const auto record = open.record<FunctionReturn>();
     ValueTape tape;
-    const auto root = record->decode_value(tape);
+    const ValueTape::Index root = record->value(tape).item();
     const std::string streamed = written([&](Writer& out) {
       JsonWriter json(out);
       ValueJsonWriter().write(tape, root, json);
@@ -88,7 +89,7 @@ TEST(KeyTexts, HoldAFewBytesOfAKeyWhateverItsName) {
   OpenTrace open(trace);
   const auto record = open.record<FunctionReturn>();
   ValueTape tape;
-  const auto root = record->decode_value(tape);
+  const ValueTape::Index root = record->value(tape).item();
   KeyTexts texts;
   for (ValueTape::Index key = root + 1; key != tape.end(root); key = tape.end(tape.end(key))) {
     texts.add(tape, key);

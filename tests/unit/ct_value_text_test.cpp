@@ -130,8 +130,7 @@ TEST_P(ValueText, EqualsThePlainRulesForRandomValues) {
     const std::string bytes = fields.encode(GetParam());
     const PlainValue plain = PlainReader(bytes, GetParam(), names.known).read();
     ValueTape tape;
-    tape.reset(trace.view());
-    const auto root = tape.decode(trace.cursor(), &trace.cache());
+    const ValueTape::Index root = trace.next(tape).item();
     ASSERT_EQ(written([&](Writer& out) { writer.write(tape, root, out); }),
               plain.to_string(true).toStdString());
   }
@@ -152,8 +151,8 @@ TEST_P(ValueText, EqualsThePlainRulesForRandomLeavesInEachForm) {
     ASSERT_EQ(value.to_escaped_string(true).toStdString(), plain_escaped(plain));
     Cursor again = trace.view().cursor();
     ValueTape tape;
-    tape.reset(trace.view());
-    const auto root = tape.decode(again, nullptr);
+    tape.reset(trace.view(), &trace.entities());
+    const auto root = tape.decode(again);
     ASSERT_EQ(written([&](Writer& out) { writer.write_escaped(tape, root, out); }),
               plain_escaped(plain));
   }
@@ -164,8 +163,8 @@ TEST_P(ValueText, SeveralValuesOfATapeStandForThemselves) {
       GetParam(),
       value::list({value::integer(1)}).append(value::string("b")).append(value::list({})));
   ValueTape tape;
-  tape.reset(trace.view());
-  for (int i = 0; i != 3; ++i) tape.decode(trace.cursor(), nullptr);
+  tape.reset(trace.view(), nullptr);
+  for (int i = 0; i != 3; ++i) tape.decode(trace.cursor());
   std::string texts;
   for (ValueTape::Index i = 0; i != tape.size(); i = tape.end(i)) {
     texts += written([&](Writer& out) { ValueTextWriter().write(tape, i, out); }) + ";";

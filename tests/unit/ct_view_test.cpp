@@ -37,13 +37,25 @@ TEST(HeaderWord, EveryTypeAndFlagsInBothOrders) {
   }
 }
 
+// What a view says that stands on no checkpoint.
+void expect_nothing(const CheckpointView& view) {
+  EXPECT_FALSE(view.is_valid());
+  EXPECT_EQ(view.checkpoint(), nullptr);
+  EXPECT_EQ(view.payload(), nullptr);
+  EXPECT_EQ(view.size(), 0U);
+  EXPECT_EQ(view.type(), 0);
+  EXPECT_EQ(view.presence(), 0);
+  EXPECT_FALSE(view.cursor().ok());
+  EXPECT_FALSE(view.cursor_at(0).ok());
+  EXPECT_FALSE(view.cursor_at(1).ok());
+}
+
 TEST(CheckpointView, ShowsTypeFlagsAndPayloadInPlace) {
   for_both_orders("raw 21 more hex(aa bb)\nerror @1 mem 2 at none:3 8\nevent mem 1 none sequence 1",
                   [](OpenTrace& trace) {
                     const unsigned char* data = trace.file().data().data();
                     const CheckpointView first = trace.view(0);
                     EXPECT_TRUE(first.is_valid());
-                    EXPECT_TRUE(first.is_first_sighting());
                     EXPECT_EQ(first.type(), 21);
                     EXPECT_EQ(first.checkpoint(), data);
                     EXPECT_EQ(first.payload(), data + 4);
@@ -72,7 +84,7 @@ TEST(CheckpointView, CursorReadsThePayloadAndNoFurther) {
     EXPECT_EQ(cursor.left(), 0U);
     cursor.u8();
     EXPECT_FALSE(cursor.ok());
-    Cursor behind = view.cursor_at(view.payload() + 4);
+    Cursor behind = view.cursor_at(4);
     EXPECT_EQ(behind.left(), 1U);
     EXPECT_EQ(behind.u8(), 9);
   });
@@ -106,8 +118,9 @@ TEST(CheckpointView, StepsToTheEndOfDataAndStaysThere) {
     while (view.step()) types += std::to_string(view.type()) + ' ';
     EXPECT_EQ(types, "14 11 1 ");
     EXPECT_FALSE(view.step());
-    EXPECT_FALSE(view.is_broken());
-    EXPECT_EQ(view.left(), 0U);
+    EXPECT_FALSE(view.broken());
+    EXPECT_FALSE(view.is_valid());
+    EXPECT_EQ(view.checkpoint(), nullptr);
   });
 }
 
@@ -116,7 +129,7 @@ TEST(CheckpointView, EmptyDataHasNoCheckpoints) {
     CheckpointView view(trace.file());
     EXPECT_FALSE(view.step());
     EXPECT_FALSE(view.is_valid());
-    EXPECT_FALSE(view.is_broken());
+    EXPECT_FALSE(view.broken());
   });
 }
 
@@ -124,7 +137,7 @@ TEST(CheckpointView, UnopenedFileHasNoCheckpoints) {
   const File file{QString()};
   CheckpointView view(file);
   EXPECT_FALSE(view.step());
-  EXPECT_FALSE(view.is_broken());
+  EXPECT_FALSE(view.broken());
 }
 
 TEST(CheckpointView, LargestPayloadIsWhole) {
@@ -149,13 +162,16 @@ TEST(CheckpointView, CutHeaderWordEndsTheWalk) {
       const OpenTrace open(trace);
       CheckpointView view = open.view(0);
       EXPECT_FALSE(view.step());
-      EXPECT_TRUE(view.is_broken());
-      EXPECT_TRUE(view.is_header_broken());
-      EXPECT_EQ(view.offset(), 4U);
-      EXPECT_EQ(view.wanted(), 4U);
-      EXPECT_EQ(view.left(), left);
+      ASSERT_TRUE(view.broken());
+      EXPECT_TRUE(view.broken()->in_header_word);
+      EXPECT_EQ(view.broken()->type, 0);
+      EXPECT_EQ(view.broken()->offset, 4U);
+      EXPECT_EQ(view.broken()->wanted, 4U);
+      EXPECT_EQ(view.broken()->left, left);
+      expect_nothing(view);
       EXPECT_FALSE(view.step());
-      EXPECT_EQ(view.offset(), 4U);
+      ASSERT_TRUE(view.broken());
+      EXPECT_EQ(view.broken()->offset, 4U);
     }
   }
 }
@@ -169,29 +185,74 @@ TEST(CheckpointView, CutPayloadEndsTheWalkWithItsTypeKnown) {
       const OpenTrace open(trace);
       CheckpointView view = open.view(0);
       EXPECT_FALSE(view.step());
-      EXPECT_TRUE(view.is_broken());
-      EXPECT_FALSE(view.is_header_broken());
-      EXPECT_EQ(view.type(), 9);
-      EXPECT_EQ(view.offset(), 4U);
-      EXPECT_EQ(view.wanted(), 5U);
-      EXPECT_EQ(view.left(), left);
+      ASSERT_TRUE(view.broken());
+      EXPECT_FALSE(view.broken()->in_header_word);
+      EXPECT_EQ(view.broken()->type, 9);
+      EXPECT_EQ(view.broken()->offset, 4U);
+      EXPECT_EQ(view.broken()->wanted, 5U);
+      EXPECT_EQ(view.broken()->left, left);
+      expect_nothing(view);
       EXPECT_FALSE(view.step());
+      EXPECT_TRUE(view.broken());
+      expect_nothing(view);
     }
   }
 }
 
-TEST(CheckpointView, RevisitShowsTheSameCheckpointAgain) {
+TEST(CheckpointView, AtShowsTheSameCheckpointAgain) {
   for_both_orders("exit\nerror @1 8 \"x\"\nflush", [](OpenTrace& trace) {
     const CheckpointView first = trace.view(1);
-    const CheckpointView again = CheckpointView::revisit(trace.file(), first.offset());
+    const CheckpointView again = CheckpointView::at(trace.file(), first.offset());
     EXPECT_TRUE(again.is_valid());
-    EXPECT_FALSE(again.is_first_sighting());
     EXPECT_EQ(again.checkpoint(), first.checkpoint());
     EXPECT_EQ(again.payload(), first.payload());
     EXPECT_EQ(again.size(), first.size());
     EXPECT_EQ(again.type(), 15);
     EXPECT_TRUE(again.has_timestamp());
   });
+}
+
+// At every offset, and far behind the last one: what a view shows lies in DATA.
+TEST(CheckpointView, AtAnyOffsetItStaysInData) {
+  for (const ByteOrder order : both_orders) {
+    TraceBuilder trace(order);
+    trace.add(CheckpointDraft::script_error(8, "text").time(1).memory(2));
+    trace.add(CheckpointDraft::raw(9, Fields().raw("\xFF\xFF\xFF\xFF\xFF")));
+    trace.add(CheckpointDraft::shutdown());
+    const OpenTrace open(trace);
+    const Section& data = open.file().data();
+    std::vector<std::uint32_t> offsets = {0x7FFFFFFF, 0x80000000, 0xFFFFFFF0,
+                                          0xFFFFFFFC, 0xFFFFFFFE, 0xFFFFFFFF};
+    for (std::uint32_t i = 0; i != trace.data_size() + 8; ++i) offsets.push_back(i);
+    std::size_t valid = 0;
+    for (const std::uint32_t offset : offsets) {
+      SCOPED_TRACE(offset);
+      const CheckpointView view = CheckpointView::at(open.file(), offset);
+      EXPECT_FALSE(view.broken());
+      if (!view.is_valid()) {
+        expect_nothing(view);
+        CheckpointView next = view;
+        EXPECT_FALSE(next.step());
+        continue;
+      }
+      ++valid;
+      EXPECT_EQ(view.offset(), offset);
+      EXPECT_LE(std::uint64_t{offset} + 4 + view.size(), data.size());
+      EXPECT_EQ(view.cursor().left(), view.size());
+      for (const std::uint32_t at : {0U, 1U, view.size(), view.size() + 1, 0xFFFFFFFFU}) {
+        const Cursor cursor = view.cursor_at(at);
+        EXPECT_EQ(cursor.ok(), view.size() != 0 && at <= view.size());
+        if (cursor.ok()) {
+          EXPECT_LE(cursor.position() + cursor.left(), data.end());
+        }
+      }
+    }
+    EXPECT_GE(valid, 3U);
+    EXPECT_LT(valid, trace.data_size());
+  }
+  const File closed{QString()};
+  expect_nothing(CheckpointView::at(closed, 0));
+  expect_nothing(CheckpointView::at(closed, 0xFFFFFFFF));
 }
 
 }  // namespace

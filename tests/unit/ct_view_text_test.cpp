@@ -146,6 +146,32 @@ TEST_P(StoredText, InlineTextLongerThanAnyPayloadIsAbsent) {
   }
 }
 
+TEST_P(StoredText, InlineTextEndsAtItsNulThoughMoreWasPromised) {
+  constexpr std::string_view two_and_nul("ab\0", 3);
+  EXPECT_EQ(inlined(Fields().inline_text(2, two_and_nul)), (Read{true, "ab", -1, 0}));
+  for (const std::uint64_t size : {std::uint64_t{3}, std::uint64_t{4}, std::uint64_t{5},
+                                   std::uint64_t{1} << 32, UINT64_MAX - 1, UINT64_MAX}) {
+    EXPECT_EQ(inlined(Fields().inline_text(size, two_and_nul)), (Read{false, "ab", -1, 0})) << size;
+  }
+  EXPECT_EQ(inlined(Fields().inline_text(5, std::string_view("ab\0cd", 5))),
+            (Read{false, "ab", -1, 0}));
+  EXPECT_EQ(inlined(Fields().inline_text(9, std::string_view("\0", 1))), (Read{false, "", -1, 0}));
+}
+
+TEST(RecordText, InlineTextThatPromisesTooMuchIsToldAsDamage) {
+  for_both_orders(
+      "raw 15 more u32(8) u64(5) bytes(\"ab\\0\")\nraw 13 more u32(2) u64(5) bytes(\"abc\")",
+      [](OpenTrace& trace) {
+        const auto error = trace.record<Checkpoint::ScriptError>(0);
+        EXPECT_TRUE(error->is_valid());
+        EXPECT_EQ(text_of(error->error_message()), "ab");
+        EXPECT_EQ(error->damage(), 12U);
+        const auto sent = trace.record<Checkpoint::SapiSendHeaders>(1);
+        EXPECT_EQ(text_of(sent->status()), "(absent)");
+        EXPECT_EQ(sent->damage(), 12U);
+      });
+}
+
 INSTANTIATE_TEST_SUITE_P(Order, StoredText, testing::ValuesIn(both_orders), [](const auto& order) {
   return order.param == ByteOrder::big ? "big" : "little";
 });

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <memory>
 #include <string>
 #include <vector>
@@ -171,6 +172,51 @@ TEST_F(Logger, StartsAfreshOnceDestroyed) {
   klog(0, "lost");
   EXPECT_TRUE(lines_.empty());
   EXPECT_EQ(KLogger::instance().maxVerbosity(), 1);
+}
+
+TEST_F(Logger, StaysWhereItIsWhenItIsDestroyed) {
+  KLogger& logger = KLogger::instance();
+  record(5);
+  KLogger::destroyInstance();
+  KLogger::destroyInstance();
+  EXPECT_EQ(&KLogger::instance(), &logger);
+  EXPECT_FALSE(logger.enabled(0));
+  record();
+  klog(0, "after");
+  EXPECT_EQ(lines_.size(), 1U);
+}
+
+TEST_F(Logger, ASinkMayLogWhileItIsDestroyed) {
+  struct LastWord final : KLogger::Sink {
+    ~LastWord() override { klog(0, "to nobody"); }
+    void println(KLogger::Level, const char*, int, std::string_view) override {}
+  };
+  KLogger::instance().addSink(std::make_unique<LastWord>(), 1);
+  record();
+  KLogger::destroyInstance();
+  EXPECT_TRUE(lines_.empty());
+}
+
+TEST_F(Logger, NoSinkIsAddedByNone) {
+  KLogger::instance().addSink(nullptr, 5);
+  EXPECT_FALSE(KLogger::instance().enabled(0));
+  EXPECT_EQ(KLogger::instance().maxVerbosity(), 1);
+  klog(0, "lost");
+}
+
+// An object that was there before the logger, and so is destroyed behind it.
+struct AtExit {
+  ~AtExit() { klog(0, "the last line"); }
+};
+
+TEST(LoggerDeathTest, LogsUntilTheProcessEnds) {
+  const auto log_at_exit = [] {
+    static const AtExit last;
+    KLogger::instance().addSink(std::make_unique<KLogger::StdOutSink>(stdout, stderr, stdout), 1);
+    std::exit(0);
+  };
+  ::testing::FLAGS_gtest_death_test_style = "threadsafe";
+  EXPECT_EXIT(log_at_exit(), ::testing::ExitedWithCode(0), "error: the last line");
 }
 
 class StdOutSink : public Logger {

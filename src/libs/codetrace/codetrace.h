@@ -24,9 +24,9 @@
 // classes: CT::as_json, KVal::as_json, Node::Base::to_json. Output in pieces: a CT::StreamWriter
 // over a CT::Sink of yours.
 //
-// Ownership. A Trace owns all that was read. Nodes, records, texts, functions and classes borrow
-// from it; a KVal borrows its bytes alone. What lies on a ValueTape lives until the tape is used
-// again.
+// Ownership. A Trace owns all that was read, and moving it moves none of it. Nodes, records, texts,
+// functions, classes and values borrow from it. What lies on a ValueTape lives until the tape is
+// used again. With a CT::File and a CT::Storage of your own, the file must outlive everything.
 //
 // Errors are values. Trace::open returns false and says why; a Writer whose sink failed is not
 // ok(); damaged bytes give records that are not valid, absent texts and undef values. What is odd

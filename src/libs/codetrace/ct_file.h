@@ -10,9 +10,14 @@
 #pragma once
 
 #include <QString>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <functional>
 #include <memory>
+#include <span>
+#include <string>
+#include <string_view>
 
 #include "codetrace/bytes/ct_cursor.h"
 #include "kcommon/k_export.h"
@@ -35,9 +40,30 @@ struct CODETRACE_EXPORT FileHeader {
   std::uint64_t orig_add_data = 0;  // where ADD DATA lay there
 };
 
+// Gets what happens while a file is opened, if somebody wants to know: 4 for the steps, 5 for the
+// header, the text, and the place in the source that it comes from.
+using FileLog =
+    std::function<void(int level, std::string_view text, const char* source_file, int line)>;
+
+class FileSource;
+
 class CODETRACE_EXPORT File {
  public:
+  // So many bytes behind the last one of the file are readable and zero, for loads of a fixed size
+  // that begin inside. No size counts them.
+  static constexpr std::size_t padding = 32;
+
   explicit File(QString name) : name_(std::move(name)) {}
+  ~File() = default;
+  // The bytes stay where they are, and with them what points into them; what borrows the File
+  // itself does not follow. The file that was moved from is as before its first opening.
+  File(File&& other) noexcept;
+  File& operator=(File&& other) noexcept;
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+
+  // From now on each opening is told to `log`.
+  void set_log(FileLog log) { log_ = std::move(log); }
 
   // Reads and checks the file of this name, which may be a pipe. False, with error_message(), if it
   // cannot be read or is not a whole trace. Opening again starts afresh.
@@ -45,52 +71,57 @@ class CODETRACE_EXPORT File {
 
   // The same for bytes in memory, which are copied.
   bool open(const unsigned char* bytes, std::size_t size);
+  bool open(std::span<const std::byte> bytes);
 
   // True only after a successful open.
-  [[nodiscard]] bool is_open() const { return open_; }
+  [[nodiscard]] bool is_open() const { return state_.open; }
   // Why the last open failed.
-  [[nodiscard]] const QString& error_message() const { return error_; }
+  [[nodiscard]] const QString& error_message() const { return state_.error; }
   [[nodiscard]] const QString& name() const { return name_; }
 
   // Set from the moment that 36 bytes could be read, valid or not.
-  [[nodiscard]] const FileHeader& header() const { return header_; }
+  [[nodiscard]] const FileHeader& header() const { return state_.header; }
   // The byte order of everything in both sections (not of the header).
   [[nodiscard]] bool big_endian() const {
-    return (header_.flags & FileHeader::big_endian_flag) != 0;
+    return (state_.header.flags & FileHeader::big_endian_flag) != 0;
   }
-  [[nodiscard]] const Section& data() const { return data_; }
-  [[nodiscard]] const Section& add_data() const { return add_data_; }
+  [[nodiscard]] const Section& data() const { return state_.data; }
+  [[nodiscard]] const Section& add_data() const { return state_.add_data; }
 
-  // True when `path` is the very file that was opened from disk, by whatever name or link.
-  [[nodiscard]] bool is_same_file(const QString& path) const;
+  // True when the open descriptor is of the very file on disk that was read, by whatever name. A
+  // descriptor, not a path: what a path means may change before somebody opens it.
+  [[nodiscard]] bool is_same_file(int descriptor) const;
 
  private:
-  class Source;
-  class DiskSource;
-  class MemorySource;
-
-  void reset();
-  bool fail(QString message);
-  bool load(Source& source);
-  void decode_header(const unsigned char* bytes);
-  [[nodiscard]] bool is_trace() const;
-  [[nodiscard]] std::uint64_t expected_size() const;
-  std::int64_t read_sections(Source& source, const unsigned char* head, bool size_is_known);
-  bool check_header(std::uint64_t got);
-
   struct Free {
     void operator()(unsigned char* bytes) const { std::free(bytes); }
   };
 
+  struct State {
+    bool open = false;
+    QString error;
+    std::unique_ptr<unsigned char, Free> content;
+    FileHeader header;
+    Section data;
+    Section add_data;
+    std::uint64_t device = 0;  // identity on disk; inode 0 for none
+    std::uint64_t inode = 0;
+  };
+
+  bool fail(QString message);
+  std::int64_t refused(QString message);
+  void log(int level, const std::string& text, int line = __builtin_LINE()) const;
+  bool load(FileSource& source);
+  void decode_header(const unsigned char* bytes);
+  [[nodiscard]] bool is_trace() const;
+  [[nodiscard]] std::uint64_t expected_size() const;
+  std::int64_t read_sections(FileSource& source, const unsigned char* head, bool size_is_known);
+  unsigned char* make_room(std::uint64_t size);
+  bool check_header(std::uint64_t got);
+
   QString name_;
-  bool open_ = false;
-  QString error_;
-  std::unique_ptr<unsigned char, Free> content_;
-  FileHeader header_;
-  Section data_;
-  Section add_data_;
-  std::uint64_t device_ = 0;  // identity on disk; inode 0 for none
-  std::uint64_t inode_ = 0;
+  FileLog log_;
+  State state_;
 };
 
 }  // namespace CT

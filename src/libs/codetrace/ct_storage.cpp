@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <bit>
+#include <memory>
+#include <type_traits>
 
 namespace CT {
 
@@ -144,8 +146,9 @@ Storage::NodeId Storage::close(const Checkpoint::Base& record, Type wanted) {
     report(finding(Kind::wrong_class, record));
     return no_node;
   }
-  const ClosingRule& rule = *std::find_if(std::begin(closing_rules), std::end(closing_rules),
-                                          [&](const ClosingRule& row) { return row.end == wanted; });
+  const ClosingRule& rule =
+      *std::find_if(std::begin(closing_rules), std::end(closing_rules),
+                    [&](const ClosingRule& row) { return row.end == wanted; });
   const std::uint64_t start = Checkpoint::End(record).start();
   const NodeId id = find_span(start);
   if (id == no_node) {
@@ -218,8 +221,9 @@ void Storage::read(NodeId id, Node::Base& node) const {
     return Checkpoint::Base(CheckpointView::at(*file_, offset), *entities_);
   };
   const Checkpoint::Base begin = record(place.begin);
-  node = Node::Base(Node::type_of_begin(begin.type()), begin, start_timestamp_, start_memory_, id,
-                    place.parent);
+  static_assert(std::is_trivially_destructible_v<Node::Base>);
+  std::construct_at(&node, Node::type_of_begin(begin.type()), begin, start_timestamp_,
+                    start_memory_, id, place.parent);
   if (place.end != no_end) node.add_end(record(place.end));
 }
 

@@ -49,8 +49,8 @@ void read_checkpoints(const File& file, Storage& storage, const RecordVisitor& v
     const auto record = Checkpoint::Base::sighted(view, storage.entities());
     storage.count_record();
     if (const auto damage = record.damage()) {
-      storage.report(finding(Finding::Kind::damaged_record, view.type(), view.offset(), *damage,
-                             view.size()));
+      storage.report(
+          finding(Finding::Kind::damaged_record, view.type(), view.offset(), *damage, view.size()));
     }
     storage.add_checkpoint(record);
     if (visit && !visit(record)) return;
@@ -61,8 +61,7 @@ void read_checkpoints(const File& file, Storage& storage, const RecordVisitor& v
 // Behind a pointer, so that what points at the file or at the storage stays right when the trace is
 // moved.
 struct Trace::State {
-  explicit State(File opened, FindingSink* sink)
-      : file(std::move(opened)), storage(file, sink) {}
+  explicit State(File opened, FindingSink* sink) : file(std::move(opened)), storage(file, sink) {}
 
   File file;
   Storage storage;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A trace, read: the file with its bytes and the tree with its functions and classes, as one object.
+// A trace, read: the file with its bytes and the tree with its functions and classes, as one
+// object.
 //
 //   CT::Trace trace;
 //   if (!trace.open("request.ct")) ... trace.error_message() ...
@@ -46,8 +47,8 @@ class CODETRACE_EXPORT Trace {
   Trace& operator=(Trace&& other) noexcept;
 
   // Opens a file by name, or a trace in memory, which is copied, and reads it whole. False, with
-  // error_message(), if it cannot be read or is no whole trace; the trace is then empty. What is odd
-  // about it goes to the sink, if there is one, until open() returns.
+  // error_message(), if it cannot be read or is no whole trace; the trace is then empty. What is
+  // odd about it goes to the sink, if there is one, until open() returns.
   [[nodiscard]] bool open(std::string_view name, FindingSink* sink = nullptr);
   [[nodiscard]] bool open(const unsigned char* bytes, std::size_t size,
                           FindingSink* sink = nullptr);
@@ -75,9 +76,9 @@ class CODETRACE_EXPORT Trace {
   // Requires, here and below: a number below node_count().
   [[nodiscard]] Node::Base node(NodeId id) const { return storage().read(id); }
 
-  // What is known of a node without decoding it: nothing here reads a record but type(), which reads
-  // a header word. depth(), last() and next_sibling() find the shape of the whole tree at their
-  // first call, in eight bytes a node.
+  // What is known of a node without decoding it: nothing here reads a record but type(), which
+  // reads a header word. depth(), last() and next_sibling() find the shape of the whole tree at
+  // their first call, in eight bytes a node.
   [[nodiscard]] NodeId parent(NodeId id) const { return storage().parent(id); }
   [[nodiscard]] Node::Type type(NodeId id) const { return storage().type(id); }
   // Offsets in DATA of the checkpoints that begin and end it; Storage::no_end for no end.

@@ -6,16 +6,13 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstddef>
 #include <limits>
+#include <new>
 #include <string>
 #include <utility>
 
 namespace {
-
-std::unique_ptr<KLogger>& holder() {
-  static std::unique_ptr<KLogger> logger;
-  return logger;
-}
 
 std::string_view word(KLogger::Level level) {
   static constexpr std::array<std::string_view, 5> words = {"error", "warning", "notice", "info",
@@ -36,15 +33,22 @@ void KLogger::StdOutSink::println(Level level, const char* file, int line, std::
   std::fwrite(message.data(), 1, message.size(), err_);
 }
 
-KLogger& KLogger::instance() {
-  std::unique_ptr<KLogger>& logger = holder();
-  if (!logger) logger.reset(new KLogger);
+KLogger& KLogger::instance() noexcept {
+  // Made in place, so it needs no memory, and never destroyed, so the last destructor may log.
+  alignas(KLogger) static std::byte place[sizeof(KLogger)];
+  static auto* const logger = new (place) KLogger;
   return *logger;
 }
 
-void KLogger::destroyInstance() { holder().reset(); }
+void KLogger::destroyInstance() noexcept {
+  KLogger& logger = instance();
+  logger.max_verbosity_ = first_max_verbosity;
+  // Taken out first: a sink that logs while it is destroyed finds none.
+  const std::vector<std::unique_ptr<Sink>> sinks = std::exchange(logger.sinks_, {});
+}
 
 void KLogger::addSink(std::unique_ptr<Sink> sink, Level level) {
+  if (sink == nullptr) return;
   sinks_.push_back(std::move(sink));
   max_verbosity_ = std::max(max_verbosity_, level);
 }

@@ -4,7 +4,8 @@
 // The logger owns its sinks. Levels: 0 error, 1 warning, 2 notice, 3 progress of the run, 4 and
 // above detail. A message is formatted only when its level is admitted and a sink is there to take
 // it, so a silent log costs a comparison. A message that cannot be formatted is replaced by the
-// reason; nothing here fails or throws on its own account. Not thread-safe: one thread logs.
+// reason; nothing here fails, and nothing throws but the memory for a text or a sink when there is
+// none, which leaves the logger as it was. Not thread-safe: one thread logs.
 //
 // Callers write `klog(1, "{} node with ID {} is lost", name, id)`.
 #pragma once
@@ -45,12 +46,14 @@ class CODETRACE_EXPORT KLogger {
     FILE* err_;
   };
 
-  // The one logger, created on first use: without sinks, admitting levels 0 and 1.
-  static KLogger& instance();
-  // Destroys the logger with its sinks; a later use starts afresh.
-  static void destroyInstance();
+  // The one logger: at first without sinks, admitting levels 0 and 1. It is there at any time, from
+  // the first constructor of the process to the last destructor, and takes no memory to be there.
+  static KLogger& instance() noexcept;
+  // Destroys the sinks and starts afresh. The logger stays where it is. Sinks that are left when
+  // the process ends are not destroyed.
+  static void destroyInstance() noexcept;
 
-  // Takes the sink over; the maximum verbosity becomes at least `level`.
+  // Takes the sink over, unless it is null; the maximum verbosity becomes at least `level`.
   void addSink(std::unique_ptr<Sink> sink, Level level);
   // Raises the maximum verbosity by a decimal number of steps, by one if `steps` is empty and not
   // at all if it is no such number. It stays at 127 once it is there.
@@ -75,8 +78,10 @@ class CODETRACE_EXPORT KLogger {
   void format_line(Level level, const char* file, int line, fmt::string_view format,
                    fmt::format_args args);
 
+  static constexpr Level first_max_verbosity = 1;
+
   std::vector<std::unique_ptr<Sink>> sinks_;
-  Level max_verbosity_ = 1;
+  Level max_verbosity_ = first_max_verbosity;
 };
 
 // A format together with the place of the call, noted by the compiler as the text is passed.

@@ -1,77 +1,36 @@
 // SPDX-License-Identifier: MIT
 //
 // The command-line tool: one run from options to exit status, top to bottom.
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cerrno>
-#include <csignal>
-#include <cstdio>
-#include <memory>
 #include <new>
 
 #include "codetrace/ct_file.h"
 #include "codetrace/ct_storage.h"
 #include "codetrace/ct_trace.h"
-#include "codetrace/render/ct_records_dump.h"
 #include "codetrace/render/ct_document.h"
 #include "codetrace/render/ct_file_dump.h"
+#include "codetrace/render/ct_records_dump.h"
 #include "codetrace/render/ct_writer.h"
 #include "ct_args.h"
-#include "ct_output.h"
-#include "ct_progress.h"
 #include "kcommon/k_logger.h"
+#include "tools/common/ct_failure.h"
+#include "tools/common/ct_log_sink.h"
+#include "tools/common/ct_output.h"
+#include "tools/common/ct_process.h"
+#include "tools/common/ct_progress.h"
 
 namespace {
 
-// Keeps descriptors 0 to 2 taken, so that no file opened later lands on them. A standard stream
-// that was closed stays unusable.
-void hold_standard_descriptors() {
-  for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
-    if (fcntl(descriptor, F_GETFD) >= 0) continue;
-    const int useless_mode = descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY;
-    static_cast<void>(open("/dev/null", useless_mode));
-  }
-}
-
-// Reports as "Failed to open NAME : REASON"; returns the exit status.
-int fail(const char* what, const QString& name, const QString& reason) {
-  std::fprintf(stderr, "%s %s : %s\n", what, name.toLocal8Bit().constData(),
-               reason.toLocal8Bit().constData());
-  return 1;
-}
-
-constexpr char open_failed[] = "Failed to open";
-constexpr char open_output_failed[] = "Failed to open output file";
-constexpr char write_failed[] = "Failed to write output file";
-
-// Usage and version went through stdio; tells whether they arrived.
-int end_early(const CT::Args& args) {
-  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return args.error ? 1 : 0;
-  const int error = errno;
-  return error == EPIPE ? 1 : fail(write_failed, CT::Output({}).name(), qt_error_string(error));
-}
+using CT::Tool::fail;
+using CT::Tool::open_failed;
+using CT::Tool::open_output_failed;
+using CT::Tool::write_failed;
 
 bool chosen(const CT::Args& args, CT::OutputFormat format) { return args.formats.contains(format); }
 
-// Findings become lines of the log.
-class LogSink final : public CT::FindingSink {
- public:
-  void report(const CT::Finding& finding) override {
-    const KLogger::Level level = CT::finding_info(finding.kind).level;
-    if (!KLogger::instance().enabled(level)) return;
-    line_.clear();
-    CT::write_text(finding, line_);
-    KLogger::instance().println(level, finding.source_file, finding.source_line, line_.view());
-  }
-
- private:
-  CT::MemoryWriter line_;
-};
-
 // Builds the tree, and dumps each checkpoint on the way if that is wanted.
 void read_tree(const CT::File& file, bool dumps, CT::Storage& storage, CT::Writer& out,
-               CT::Progress& progress) {
+               CT::Tool::Progress& progress) {
   constexpr std::uint64_t now_and_then = 1024;
   std::uint64_t count = 0;
   CT::RecordDumper dumper;
@@ -89,7 +48,7 @@ void read_tree(const CT::File& file, bool dumps, CT::Storage& storage, CT::Write
 }
 
 void write_outputs(const CT::Args& args, const CT::File& file, CT::Writer& out,
-                   CT::Progress& progress) {
+                   CT::Tool::Progress& progress) {
   using CT::OutputFormat;
   if (chosen(args, OutputFormat::HEADERS)) {
     klog(3, "Outputting Code Trace dump file headers");
@@ -99,7 +58,7 @@ void write_outputs(const CT::Args& args, const CT::File& file, CT::Writer& out,
     klog(3, "Outputting Code Trace dump file binary data");
     CT::write_binary(file, out);
   }
-  LogSink log;
+  CT::Tool::LogSink log;
   CT::Storage storage(file, &log);
   read_tree(file, chosen(args, OutputFormat::DUMP), storage, out, progress);
   const auto count = [&](CT::Storage::NodeId done) {
@@ -116,25 +75,21 @@ void write_outputs(const CT::Args& args, const CT::File& file, CT::Writer& out,
   }
 }
 
-int run(int argc, char** argv) {
+int run(int argc, char** argv, CT::Tool::StandardDescriptors& standard) {
   CT::Args args;
-  if (!args.init(argc, argv)) return end_early(args);
+  if (!args.init(argc, argv)) return CT::Tool::end_of_printing(args.error ? 1 : 0);
   CT::File file(args.filename);
+  file.set_log(CT::Tool::log_line);
   if (!file.open()) return fail(open_failed, args.filename, file.error_message());
-  CT::Output output(args.output);
-  if (!args.output.isEmpty()) {
-    klog(3, "Using {} as the output", args.output.toStdString());
-    if (file.is_same_file(args.output)) {
-      return fail(open_output_failed, args.output,
-                  QStringLiteral("it is the Code Trace file itself"));
-    }
-  }
-  if (!output.open()) {
-    return fail(open_output_failed, args.output, output.error_message());
-  }
+  CT::Tool::Output output(args.output, standard);
+  // Takes its memory before the output is emptied.
   CT::StreamWriter out(output);
+  if (!args.output.isEmpty()) klog(3, "Using {} as the output", args.output.toStdString());
+  if (!output.open([&](int descriptor) { return file.is_same_file(descriptor); })) {
+    return fail(open_output_failed, output.name(), output.error_message());
+  }
   try {
-    CT::Progress progress(output.descriptor());
+    CT::Tool::Progress progress(output.descriptor());
     write_outputs(args, file, out, progress);
   } catch (const std::bad_alloc&) {
     return fail(write_failed, output.name(), qt_error_string(ENOMEM));
@@ -146,18 +101,4 @@ int run(int argc, char** argv) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  hold_standard_descriptors();
-  // A file-size limit and a reader that leaves show as failed writes, not as signals.
-  std::signal(SIGXFSZ, SIG_IGN);
-  std::signal(SIGPIPE, SIG_IGN);
-  KLogger::instance().addSink(std::make_unique<KLogger::StdOutSink>(stdout, stderr, stdout), 1);
-  int status = 1;
-  try {
-    status = run(argc, argv);
-  } catch (const std::bad_alloc&) {
-    std::fputs("Out of memory\n", stderr);
-  }
-  KLogger::destroyInstance();
-  return status;
-}
+int main(int argc, char** argv) { return CT::Tool::run_tool(run, argc, argv); }

@@ -28,12 +28,8 @@ void scan_field(Format::Field field, Cursor& cursor, const File& file, Entities*
     case Format::Field::u32: cursor.bytes(4); break;
     case Format::Field::cut_text: get_cut_str(cursor); break;
     case Format::Field::inline_text: get_inline_str(cursor); break;
-    case Format::Field::value: scan_value(cursor, file, entities); break;
-    case Format::Field::arguments: {
-      const std::uint32_t count = cursor.u32();
-      for (std::uint32_t i = 0; i != count && cursor.ok(); ++i) scan_value(cursor, file, entities);
-      break;
-    }
+    case Format::Field::value: scan_values(cursor, 1, file, entities); break;
+    case Format::Field::arguments: scan_values(cursor, cursor.u32(), file, entities); break;
     case Format::Field::header_line:
       if (cursor.u8() < Format::first_operation_without_line) get_cut_str(cursor);
       break;

@@ -5,8 +5,8 @@
 //
 // A record says where it lies and little more; fields are read when somebody asks. It is a value,
 // cheap to make and to copy, that borrows the file and the table of functions and classes;
-// make_record() gives one that keeps the table alive. A record that lacks what places it in the tree
-// is kept but not valid; damage behind those fields leaves it valid and is told by damage().
+// make_record() gives one that keeps the table alive. A record that lacks what places it in the
+// tree is kept but not valid; damage behind those fields leaves it valid and is told by damage().
 #pragma once
 
 #include <cstdint>

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 #include "codetrace/bytes/ct_utf8.h"
 
@@ -149,13 +150,25 @@ const Checkpoint::ClassEntry& Entities::add(const ClassEntry* record) {
   });
 }
 
+// Its class may be new too. The function is put down first, so that neither of both is there if
+// memory ends.
 const Checkpoint::Function& Entities::add(const Function* descriptor) {
-  return find_or_add(*file_, descriptor, functions_, function_index_, [&](std::size_t place) {
-    const std::uint64_t reference = Descriptor(*file_, descriptor).u64(Format::Function::class_entry);
-    const ClassEntry* record = resolve_class(*file_, reference);
-    const Checkpoint::ClassEntry* entry = record != nullptr ? &add(record) : nullptr;
-    return Checkpoint::Function(*file_, descriptor, entry, number(place));
-  });
+  if (const Checkpoint::Function* known = find(descriptor); known != nullptr) return *known;
+  const std::uint64_t reference = Descriptor(*file_, descriptor).u64(Format::Function::class_entry);
+  const ClassEntry* record = resolve_class(*file_, reference);
+  const auto place = static_cast<std::uint32_t>(functions_.size());
+  function_index_.reserve_one();
+  functions_.emplace_back(*file_, descriptor, nullptr, number(place));
+  if (record != nullptr) {
+    try {
+      functions_.back() = Checkpoint::Function(*file_, descriptor, &add(record), number(place));
+    } catch (const std::bad_alloc&) {
+      functions_.pop_back();
+      throw;
+    }
+  }
+  function_index_.insert(place_of(*file_, descriptor), place);
+  return functions_.back();
 }
 
 const Checkpoint::ClassEntry* Entities::find(const ClassEntry* record) const {

@@ -21,8 +21,7 @@ KVal EndWithValue::value() const {
 
 ValueRef EndWithValue::value(ValueTape& tape) const {
   reset(tape);
-  Cursor cursor = own();
-  cursor.bytes(Format::reference_size);
+  Cursor cursor = value_cursor();
   return {tape, tape.decode(cursor)};
 }
 
@@ -72,7 +71,7 @@ ValueRef FunctionCall::this_value(ValueTape& tape) const {
 Cursor FunctionCall::arguments() const {
   Cursor cursor = own();
   cursor.bytes(Format::reference_size);
-  if (has_this()) scan_value(cursor, *file(), nullptr);
+  if (has_this()) scan_values(cursor, 1, *file(), nullptr);
   return cursor;
 }
 

@@ -9,12 +9,14 @@
 // is every field of a record that is not valid.
 #pragma once
 
+#include <array>
 #include <optional>
 #include <tuple>
 #include <type_traits>
 #include <vector>
 
 #include "codetrace/model/ct_checkpoint.h"
+#include "codetrace/model/ct_leaf.h"
 #include "codetrace/model/ct_value.h"
 #include "codetrace/model/ct_value_tape.h"
 #include "kcommon/k_export.h"
@@ -65,6 +67,15 @@ class CODETRACE_EXPORT EndWithValue : public End {
   [[nodiscard]] KVal value() const;
   // The same on a tape, which is reset.
   ValueRef value(ValueTape& tape) const;
+  // The same for whoever looks at it once, in place. Borrows: this record.
+  [[nodiscard]] ValueStream values() const { return {*this, value_cursor(), 1}; }
+
+ private:
+  [[nodiscard]] Cursor value_cursor() const {
+    Cursor cursor = own();
+    cursor.bytes(Format::reference_size);
+    return cursor;
+  }
 };
 
 class CODETRACE_EXPORT FunctionReturn final : public EndWithValue {
@@ -114,9 +125,7 @@ class CODETRACE_EXPORT SapiHeader final : public Base {
   [[nodiscard]] bool has_known_op() const {
     return op() <= static_cast<std::uint8_t>(HeaderOp::set_status);
   }
-  [[nodiscard]] bool has_header_line() const {
-    return op() < Format::first_operation_without_line;
-  }
+  [[nodiscard]] bool has_header_line() const { return op() < Format::first_operation_without_line; }
   [[nodiscard]] String header() const;  // absent where there is no header line
 };
 
@@ -161,6 +170,17 @@ class CODETRACE_EXPORT FunctionCall final : public Base {
   // The same on a tape, which is reset.
   ValueRef this_value(ValueTape& tape) const;
   Values args(ValueTape& tape) const;
+  // The arguments for whoever looks at each once, in place. Borrows: this record.
+  [[nodiscard]] ValueStream arg_values() const {
+    Cursor cursor = arguments();
+    const std::uint32_t count = cursor.u32();
+    return {*this, cursor, count};
+  }
+  [[nodiscard]] ValueStream this_values() const {
+    Cursor cursor = own();
+    cursor.bytes(Format::reference_size);
+    return {*this, cursor, has_this() ? 1U : 0U};
+  }
 
  private:
   // At the number of arguments.
@@ -203,13 +223,16 @@ inline std::optional<EndWithValue> record_as<EndWithValue>(const Base& record) {
 
 // Calls `visit` with the record as one of its class, or as a Base if its type has none.
 template <class Visit>
-void with_record(const Base& record, Visit visit) {
-  std::apply(
-      [&]<class... Record>(const TypeRow<Record>&... row) {
-        static_cast<void>(
-            ((row.info.type == record.type() && (visit(Record(record)), true)) || ...));
+void with_record(const Base& record, const Visit& visit) {
+  using Call = void (*)(const Base&, const Visit&);
+  static constexpr auto calls = std::apply(
+      []<class... Record>(const TypeRow<Record>&...) {
+        return std::array<Call, type_count + 1>{
+            [](const Base& base, const Visit& visitor) { visitor(Record(base)); }...,
+            [](const Base&, const Visit&) {}};
       },
       Rows::table);
+  calls[static_cast<std::size_t>(record.type())](record, visit);
 }
 
 }  // namespace CT::Checkpoint

@@ -95,7 +95,7 @@ struct TypeInfo {
   Type type;
   std::string_view name;  // as every output shows it
   Role role;
-  Node::Type node;     // of root, span and leaf: the node that it begins; of an end: see ct_pairing.h
+  Node::Type node;  // of root, span and leaf: the node that it begins; of an end: see ct_pairing.h
   bool needs_payload;  // without one its record is not valid
   Layout layout;       // its own fields, in the order of the file
 };
@@ -178,8 +178,9 @@ namespace CT::Node {
 // Kept: a method call goes by the name of a function call.
 constexpr std::string_view type_name(Type type) {
   constexpr std::array<std::string_view, 12> names = {
-      "STARTUP",     "FUNCTION_CALL",     "FUNCTION_CALL", "INCLUDE_CALL", "SAPI_WRITE", "SAPI_FLUSH",
-      "SAPI_HEADER", "SAPI_SEND_HEADERS", "SCRIPT_EXIT",   "SCRIPT_ERROR", "CRASH",      "USER_EVENT"};
+      "STARTUP",     "FUNCTION_CALL", "FUNCTION_CALL", "INCLUDE_CALL",
+      "SAPI_WRITE",  "SAPI_FLUSH",    "SAPI_HEADER",   "SAPI_SEND_HEADERS",
+      "SCRIPT_EXIT", "SCRIPT_ERROR",  "CRASH",         "USER_EVENT"};
   const auto row = static_cast<std::size_t>(type);
   return row < names.size() ? names[row] : "INVALID";
 }

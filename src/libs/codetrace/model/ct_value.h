@@ -32,7 +32,9 @@ class CODETRACE_EXPORT KVal {
       : tape_(std::move(tape)), item_(item) {}
 
   // The value in place; it lives as long as this one or a copy of it.
-  [[nodiscard]] ValueRef ref() const { return tape_ != nullptr ? ValueRef(*tape_, item_) : ValueRef(); }
+  [[nodiscard]] ValueRef ref() const {
+    return tape_ != nullptr ? ValueRef(*tape_, item_) : ValueRef();
+  }
   // The same tape's value that `ref` stands for, kept. Requires: a part of this value.
   [[nodiscard]] KVal keep(const ValueRef& part) const { return {tape_, part.item()}; }
 
@@ -69,7 +71,7 @@ class CODETRACE_EXPORT KVal {
 };
 
 // A tape of its own that keeps its table of classes alive, for values that are kept.
-CODETRACE_EXPORT std::shared_ptr<ValueTape> make_kept_tape(const CheckpointView& view,
-                                                           std::shared_ptr<const Entities> entities);
+CODETRACE_EXPORT std::shared_ptr<ValueTape> make_kept_tape(
+    const CheckpointView& view, std::shared_ptr<const Entities> entities);
 
 }  // namespace CT::Checkpoint

@@ -36,7 +36,9 @@ class CODETRACE_EXPORT ValueRef {
   [[nodiscard]] ValueTape::Index item() const { return item_; }
 
   [[nodiscard]] bool as_boolean() const { return type() == ValueType::true_; }
-  [[nodiscard]] std::int64_t as_long() const { return tape_ != nullptr ? tape_->as_long(item_) : 0; }
+  [[nodiscard]] std::int64_t as_long() const {
+    return tape_ != nullptr ? tape_->as_long(item_) : 0;
+  }
   [[nodiscard]] double as_double() const { return tape_ != nullptr ? tape_->as_double(item_) : 0; }
   [[nodiscard]] String string() const { return tape_ != nullptr ? tape_->string(item_) : String(); }
 
@@ -131,7 +133,7 @@ class CODETRACE_EXPORT Elements {
     explicit Iterator(Values::Iterator key) : key_(key) {}
     Pair operator*() const { return {*key_, *std::next(key_)}; }
     Iterator& operator++() {
-      ++++key_;
+      ++ ++key_;
       return *this;
     }
     Iterator operator++(int) {

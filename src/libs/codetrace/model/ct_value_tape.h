@@ -5,8 +5,8 @@
 // the array ends; numbers and texts are read there again when asked for. So a value of any depth is
 // one block of memory: decoding, copying, printing and destroying need no recursion.
 //
-// A tape borrows the file's bytes and the table of classes. Values that the payload's end cuts short
-// become undef; arrays around them keep the pairs whose key is whole.
+// A tape borrows the file's bytes and the table of classes. Values that the payload's end cuts
+// short become undef; arrays around them keep the pairs whose key is whole.
 #pragma once
 
 #include <cassert>
@@ -61,6 +61,11 @@ class CODETRACE_EXPORT ValueTape {
   Index decode(Cursor& cursor);
 
   [[nodiscard]] const File& file() const { return *file_; }
+  [[nodiscard]] const Entities* entities() const { return entities_; }
+  // Where an item's value begins in the payload: at its type code.
+  [[nodiscard]] Cursor place_of(Index i) const {
+    return {payload_ + items_[i].place, payload_end_, file_->big_endian()};
+  }
 
   // Items so far: a value decoded next begins there.
   [[nodiscard]] Index size() const { return static_cast<Index>(items_.size()); }
@@ -95,7 +100,8 @@ class CODETRACE_EXPORT ValueTape {
     std::uint32_t type : 4;
     std::uint32_t cut : 1;
     std::uint32_t list : 1;
-    std::uint32_t link;  // array: the item behind it
+    std::uint32_t marker : 1;  // a text that is the cut marker
+    std::uint32_t link;        // array: the item behind it
   };
 
   // Behind the type code of item `i`; over nothing if it is not of this type.
@@ -109,8 +115,8 @@ class CODETRACE_EXPORT ValueTape {
   PlainArray<ArrayFrame> frames_;
 };
 
-// Steps over the value at the cursor as decode() would, keeping nothing; enters the classes of its
-// objects into `entities` unless that is null.
-void scan_value(Cursor& cursor, const File& file, Entities* entities);
+// Steps over the values at the cursor as decode() would, keeping nothing; enters the classes of
+// their objects into `entities` unless that is null.
+void scan_values(Cursor& cursor, std::uint32_t count, const File& file, Entities* entities);
 
 }  // namespace CT::Checkpoint

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
 // How values are decoded, and how they are stepped over.
-#include "codetrace/model/ct_value_tape.h"
+#include <array>
 #include <functional>
 
 #include "codetrace/bytes/ct_utf8.h"
+#include "codetrace/model/ct_value_tape.h"
 
 namespace CT::Checkpoint {
 
@@ -12,19 +13,22 @@ namespace {
 
 constexpr std::uint8_t last_type = static_cast<std::uint8_t>(ValueType::resource);
 
+// The bytes behind the code of a value that has always as many.
+constexpr std::uint8_t varying = 255;
+constexpr std::array<std::uint8_t, last_type + 1> body_sizes = {0, 0,       0,       0,  8,
+                                                                8, varying, varying, 12, 16};
+
 // What stands before the elements of an array, or the whole of any other value.
 struct Header {
   ValueType type;
-  std::int32_t count;       // of an array: the pairs it declares
-  std::uint64_t reference;  // of an object: its class
+  std::int32_t count = 0;       // of an array: the pairs it declares
+  std::uint64_t reference = 0;  // of an object: its class
+  String string = {};
 };
 
-// Steps over it; the cursor fails if it is not whole.
-inline Header read_header(Cursor& cursor) {
-  std::uint8_t code = cursor.u8();
-  // Kept: a code that does not exist is undef, and reading goes on behind it, out of step.
-  if (code > last_type) code = 0;
-  Header header = {static_cast<ValueType>(code), 0, 0};
+// The same where the end is near or the size varies; the cursor, which stands behind the code,
+// fails at the field that is not whole.
+inline void read_body(Header& header, Cursor& cursor) {
   switch (header.type) {
     case ValueType::undef:
     case ValueType::null:
@@ -32,13 +36,29 @@ inline Header read_header(Cursor& cursor) {
     case ValueType::true_: break;
     case ValueType::long_:
     case ValueType::double_: cursor.bytes(8); break;
-    case ValueType::string: get_cut_str(cursor); break;
+    case ValueType::string: header.string = get_cut_str(cursor); break;
     case ValueType::array: header.count = cursor.i32(); break;
     case ValueType::object:
       header.reference = cursor.u64();
       cursor.bytes(4);
       break;
     case ValueType::resource: cursor.bytes(16); break;
+  }
+}
+
+// Steps over it; the cursor fails if it is not whole.
+inline Header read_header(Cursor& cursor) {
+  std::uint8_t code = cursor.u8();
+  // Kept: a code that does not exist is undef, and reading goes on behind it, out of step.
+  if (code > last_type) code = 0;
+  Header header = {static_cast<ValueType>(code)};
+  const std::size_t size = body_sizes[code];
+  if (size == varying || size > cursor.left()) {
+    read_body(header, cursor);
+  } else if (header.type == ValueType::object) {
+    read_body(header, cursor);
+  } else {
+    cursor.bytes(size);
   }
   return header;
 }
@@ -55,10 +75,13 @@ class TapeDecoder {
 
   // Returns the cursor behind the value.
   Cursor run() {
-    do {
-      if (!read_value()) deliver();
-    } while (!frames_.empty());
-    return cursor_;
+    while (true) {
+      const bool is_open = read_value();
+      if (frames_.empty()) return cursor_;
+      if (is_open) continue;
+      deliver();
+      if (frames_.empty()) return cursor_;
+    }
   }
 
  private:
@@ -67,10 +90,10 @@ class TapeDecoder {
     const unsigned char* place = cursor_.position();
     const Header value = read_header(cursor_);
     if (!cursor_.ok()) {
-      add(ValueType::undef, place);
+      add(ValueType::undef, place, false);
       return false;
     }
-    add(value.type, place);
+    add(value.type, place, is_cut_marker(value.string));
     if (value.count < 1) return false;
     frames_.push_back(
         {tape_.size() - 1, tape_.size(), static_cast<std::uint32_t>(value.count), 0, false});
@@ -99,17 +122,17 @@ class TapeDecoder {
     }
   }
 
-  void add(ValueType type, const unsigned char* place) {
+  void add(ValueType type, const unsigned char* place, bool is_marker) {
     const bool is_array = type == ValueType::array;
     items_.push_back({static_cast<std::uint32_t>(place - tape_.payload_) & 0xFFFFFF,
                       static_cast<std::uint32_t>(type) & 0xF, 0, is_array ? 1U : 0U,
-                      is_array ? tape_.size() + 1 : 0});
+                      is_marker ? 1U : 0U, is_array ? tape_.size() + 1 : 0});
   }
 
   void finish_pair(ArrayFrame& frame) {
     ValueTape::Item& array = items_[frame.array];
     const std::uint32_t key = frame.pair;
-    if (array.cut == 0 && is_cut_marker(key)) array.cut = 1;
+    if (items_[key].marker != 0) array.cut = 1;
     if (array.cut != 0) {
       tape_.truncate(key);
       return;
@@ -124,17 +147,20 @@ class TapeDecoder {
       }
     }
     // The tracer puts the marker in place of a nested array that it did not descend into.
-    if (const std::uint32_t value = tape_.end(key); is_cut_marker(value)) {
-      ValueTape::Item& item = items_[value];
+    const std::uint32_t value = tape_.end(key);
+    if (ValueTape::Item& item = items_[value]; item.marker != 0) {
       item.type = static_cast<std::uint32_t>(ValueType::array) & 0xF;
+      item.marker = 0;
       item.cut = item.list = 1;
       item.link = value + 1;
     }
   }
 
-  [[nodiscard]] bool is_cut_marker(std::uint32_t item) const {
-    return tape_.type(item) == ValueType::string &&
-           decodes_to(tape_.string(item).view(), String::cut_marker);
+  static bool is_cut_marker(const String& string) {
+    // With or without a byte-order mark.
+    return string.length >= Format::cut_marker.size() &&
+           string.length <= Format::cut_marker.size() + byte_order_mark.size() &&
+           decodes_to(string.view(), Format::cut_marker);
   }
 
   ValueTape& tape_;
@@ -148,7 +174,7 @@ ValueTape::Index ValueTape::decode(Cursor& cursor) {
   const bool is_inside = std::greater_equal<>()(cursor.position(), payload_) &&
                          std::less_equal<>()(cursor.position(), payload_end_);
   if (!cursor.ok() || !is_inside) {
-    items_.push_back({0, 0, 0, 0, 0});
+    items_.push_back({0, 0, 0, 0, 0, 0});
     return root;
   }
   cursor = TapeDecoder(*this, cursor).run();
@@ -157,9 +183,9 @@ ValueTape::Index ValueTape::decode(Cursor& cursor) {
 
 // Nothing is kept, so of the arrays that are open it is enough to know how many values they still
 // want all together: fewer than 2^32 for each of less than 2^24 arrays.
-void scan_value(Cursor& cursor, const File& file, Entities* entities) {
+void scan_values(Cursor& cursor, std::uint32_t count, const File& file, Entities* entities) {
   Cursor at = cursor;
-  for (std::uint64_t wanted = 1; wanted != 0 && at.ok(); --wanted) {
+  for (std::uint64_t wanted = count; wanted != 0; --wanted) {
     const Header value = read_header(at);
     if (!at.ok()) break;
     if (value.type == ValueType::object && entities != nullptr) {

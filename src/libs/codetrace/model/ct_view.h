@@ -37,11 +37,11 @@ class CODETRACE_EXPORT CheckpointView {
  public:
   // Where a walk had to stop before the end of DATA.
   struct Broken {
-    std::uint32_t offset;     // of the checkpoint that is not whole, in DATA
-    bool in_header_word;      // else in its payload, and then the type is known
-    std::uint8_t type;        // code; 0 if the header word is not whole
-    std::uint64_t wanted;     // bytes
-    std::uint64_t left;       // bytes
+    std::uint32_t offset;  // of the checkpoint that is not whole, in DATA
+    bool in_header_word;   // else in its payload, and then the type is known
+    std::uint8_t type;     // code; 0 if the header word is not whole
+    std::uint64_t wanted;  // bytes
+    std::uint64_t left;    // bytes
   };
 
   // Stands before the first checkpoint. Borrows: the file; one that is not open has no checkpoint.

@@ -8,9 +8,9 @@
 
 #include "codetrace/model/ct_records.h"
 #include "codetrace/model/ct_value.h"
+#include "codetrace/qt/ct_text_qt.h"
 #include "codetrace/qt/ct_value_qt.h"
 #include "codetrace/render/ct_node_text.h"
-#include "codetrace/qt/ct_text_qt.h"
 #include "codetrace/render/ct_value_text.h"
 #include "codetrace/render/ct_writer.h"
 #include "codetrace/tree/ct_fields.h"

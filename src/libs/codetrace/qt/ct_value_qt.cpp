@@ -8,8 +8,8 @@
 #include <QString>
 #include <vector>
 
-#include "codetrace/render/ct_number.h"
 #include "codetrace/qt/ct_text_qt.h"
+#include "codetrace/render/ct_number.h"
 #include "codetrace/render/ct_value_text.h"
 #include "codetrace/render/ct_writer.h"
 

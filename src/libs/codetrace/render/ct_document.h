@@ -20,11 +20,13 @@ namespace CT {
 using NodeCounter = std::function<void(Storage::NodeId)>;
 
 // One line a node, two blanks deeper than its parent's; "? " before what is not complete.
-CODETRACE_EXPORT void write_text(const Storage& storage, Writer& out, const NodeCounter& count = {});
+CODETRACE_EXPORT void write_text(const Storage& storage, Writer& out,
+                                 const NodeCounter& count = {});
 
 // The nodes, functions and classes as QJsonDocument::toJson would print them indented, and one more
 // newline.
-CODETRACE_EXPORT void write_json(const Storage& storage, Writer& out, const NodeCounter& count = {});
+CODETRACE_EXPORT void write_json(const Storage& storage, Writer& out,
+                                 const NodeCounter& count = {});
 
 // The same document for programs that work with Qt's classes: the whole of it in memory.
 CODETRACE_EXPORT QJsonObject as_json(const Storage& storage);

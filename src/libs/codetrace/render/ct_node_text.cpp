@@ -3,14 +3,16 @@
 // The lines of the text output, without indentation.
 #include "codetrace/render/ct_node_text.h"
 
-#include <QString>
 #include <array>
 
+#include "codetrace/render/ct_event_line.h"
 #include "codetrace/render/ct_number.h"
 #include "codetrace/render/ct_text.h"
 #include "codetrace/tree/ct_node.h"
 
 namespace CT::Node {
+
+using Checkpoint::ValueStream;
 
 namespace {
 
@@ -36,17 +38,6 @@ bool has_short_names(const Checkpoint::Function& function, const Section& names)
          (entry == nullptr || RenderedTexts::is_short(names, entry->name_place()));
 }
 
-// The event's line, if its name has a `%`. Kept: a marker such as %1 in the name is replaced by the
-// sequence number. What QString::arg takes for a marker, and how it prints the number there, is
-// best left to it.
-void put_event_with_markers(Checkpoint::String name, std::uint32_t sequence, Writer& out) {
-  const QByteArray line = QStringLiteral("(EVENT) Kelvo Monitor Event: %1. Event sequence: %2")
-                              .arg(name.to_string())
-                              .arg(sequence)
-                              .toUtf8();
-  out.put(std::string_view(line.constData(), static_cast<std::size_t>(line.size())));
-}
-
 // Writes the line that each kind of begin gives.
 struct LineWriter {
   const Base& node;
@@ -66,12 +57,12 @@ struct LineWriter {
     const Checkpoint::Function* function = call.function();
     if (function == nullptr) return;
     put_head(*function, call.file()->add_data());
-    const char* separator = "";
-    for (const Checkpoint::ValueRef& argument : call.args(room.tape)) {
-      out.put(std::string_view(separator));
-      room.values.write_escaped(*argument.tape(), argument.item(), out);
-      separator = ", ";
-      if (!out.ok()) return;
+    auto arguments = call.arg_values();
+    for (bool is_first = true; out.ok(); is_first = false) {
+      const auto next = arguments.next(room.tape);
+      if (next == ValueStream::Next::none) break;
+      if (!is_first) out.put(", ");
+      put_value(arguments, next, *call.file());
     }
     out.put(')');
     if (const auto returned = node.end_as<Checkpoint::FunctionReturn>()) {
@@ -113,32 +104,32 @@ struct LineWriter {
   }
 
   void operator()(const Checkpoint::UserEvent& record) const {
-    const Checkpoint::String name = record.event_name();
-    if (name.view().find('%') != std::string_view::npos) {
-      put_event_with_markers(name, record.event_sequence(), out);
-      return;
-    }
-    out.put("(EVENT) Kelvo Monitor Event: ");
-    name.write(out);
-    out.put(". Event sequence: ");
-    put_unsigned(out, record.event_sequence());
+    put_event_line(out, record.event_name(), record.event_sequence());
   }
 
   void put_head(const Checkpoint::Function& function, const Section& names) const {
-    if (!has_short_names(function, names)) {
-      put_call_head(function, out);
-      return;
-    }
-    room.call_heads.put(&function, out,
-                        [&](Writer& head) { put_call_head(function, head); });
+    room.call_heads.put(
+        &function, out, [&] { return has_short_names(function, names); },
+        [&](Writer& head) { put_call_head(function, head); });
   }
 
   // " Returned: " or " Threw: " with the record's value, unless that is undef.
   void put_outcome(std::string_view label, const Checkpoint::EndWithValue& end) const {
-    const Checkpoint::ValueRef value = end.value(room.tape);
-    if (value.is_undef()) return;
+    auto values = end.values();
+    const auto next = values.next(room.tape);
+    const bool is_undef = next == ValueStream::Next::leaf &&
+                          values.leaf().type == Checkpoint::ValueType::undef;
+    if (next == ValueStream::Next::none || is_undef) return;
     out.put(label);
-    room.values.write_escaped(*value.tape(), value.item(), out);
+    put_value(values, next, *end.file());
+  }
+
+  void put_value(const ValueStream& values, ValueStream::Next form, const File& file) const {
+    if (form == ValueStream::Next::leaf) {
+      room.values.write_escaped(values.leaf(), file, out);
+    } else {
+      room.values.write_escaped(*values.array().tape(), values.array().item(), out);
+    }
   }
 };
 
@@ -151,7 +142,8 @@ bool Base::write_text(Writer& out, TextRoom& room) const {
     case Type::SCRIPT_EXIT: out.put("SCRIPT_EXIT"); break;
     default: Checkpoint::with_record(begin_, LineWriter{*this, out, room});
   }
-  return type_ != Type::CRASH;
+  // No line for a type that no node has, nor for what is no type.
+  return type_ != Type::CRASH && type_ >= Type::STARTUP && type_ <= Type::USER_EVENT;
 }
 
 }  // namespace CT::Node

@@ -11,6 +11,7 @@ namespace CT {
 
 using Checkpoint::String;
 using Checkpoint::ValueRef;
+using Checkpoint::ValueStream;
 using Checkpoint::ValueType;
 
 namespace {
@@ -108,12 +109,10 @@ struct RecordDumper::Lines {
     put_pointer_line(out, "\tSTART: ", record.start());
   }
 
-  void operator()(const Checkpoint::FunctionReturn& record) const {
-    put_value("\tRVAL: ", record);
-  }
+  void operator()(const Checkpoint::FunctionReturn& record) const { put_end("\tRVAL: ", record); }
 
   void operator()(const Checkpoint::FunctionException& record) const {
-    put_value("\tEXCEPTION: ", record);
+    put_end("\tEXCEPTION: ", record);
   }
 
   // Kept: unlike a function's exception it prints as compact JSON, and as nothing when that would
@@ -156,38 +155,50 @@ struct RecordDumper::Lines {
     // Kept: always the null pointer.
     put_pointer_line(out, "\tFUNCTION: ", 0);
     if (call.function() != nullptr) put_function(*call.function(), call.file()->add_data());
-    if (call.has_this()) put_value_line("\tTHIS: ", call.this_value(room.tape_));
+    if (call.has_this()) put_value_line("\tTHIS: ", call.this_values(), *call.file());
     const std::uint32_t count = call.arg_count();
     put_line(out, "\tARG_COUNT: ", std::int64_t{count});
     if (count == 0) return;
     out.put("\tARGS: ");
-    std::string_view separator;
-    for (const ValueRef& argument : call.args(room.tape_)) {
-      out.put(separator);
-      room.texts_.write(*argument.tape(), argument.item(), out);
-      separator = ", ";
-      if (!out.ok()) return;
+    auto arguments = call.arg_values();
+    for (bool is_first = true; out.ok(); is_first = false) {
+      const auto next = arguments.next(room.tape_);
+      if (next == ValueStream::Next::none) break;
+      if (!is_first) out.put(", ");
+      put_value(arguments, next, *call.file());
     }
     out.put('\n');
   }
 
   void put_function(const Checkpoint::Function& function, const Section& names) const {
-    if (!is_short(names, function)) {
-      dump_function(function, out);
-      return;
-    }
-    room.functions_.put(&function, out, [&](Writer& lines) { dump_function(function, lines); });
+    room.functions_.put(
+        &function, out, [&] { return is_short(names, function); },
+        [&](Writer& lines) { dump_function(function, lines); });
   }
 
-  void put_value(std::string_view label, const Checkpoint::EndWithValue& record) const {
+  void put_end(std::string_view label, const Checkpoint::EndWithValue& record) const {
     put_pointer_line(out, "\tSTART: ", record.start());
-    put_value_line(label, record.value(room.tape_));
+    put_value_line(label, record.values(), *record.file());
   }
 
-  void put_value_line(std::string_view label, const ValueRef& value) const {
+  // What is not whole is undef.
+  void put_value_line(std::string_view label, ValueStream values, const File& file) const {
     out.put(label);
-    room.texts_.write(*value.tape(), value.item(), out);
+    const auto next = values.next(room.tape_);
+    if (next == ValueStream::Next::none) {
+      out.put("undef");
+    } else {
+      put_value(values, next, file);
+    }
     out.put('\n');
+  }
+
+  void put_value(const ValueStream& values, ValueStream::Next form, const File& file) const {
+    if (form == ValueStream::Next::leaf) {
+      room.texts_.write(values.leaf(), file, out);
+    } else {
+      room.texts_.write(*values.array().tape(), values.array().item(), out);
+    }
   }
 };
 
@@ -208,13 +219,12 @@ void RecordDumper::write_common(const Checkpoint::Base& record, Writer& out) {
     out.put('\n');
   }
   if (!record.has_location()) return;
-  const unsigned char* place = record.filename_place();
-  if (place == nullptr || !RenderedTexts::is_short(record.file()->add_data(), place)) {
-    put_location(out, "\tFILENAME: ", record.filename(), record.line_no());
-    return;
-  }
   out.put("\tFILENAME: ");
-  filenames_.put(place, out, [&](Writer& name) { record.filename().dump(name); });
+  if (const unsigned char* place = record.filename_place(); place != nullptr) {
+    filenames_.put(
+        place, out, [&] { return RenderedTexts::is_short(record.file()->add_data(), place); },
+        [&](Writer& name) { record.filename().dump(name); });
+  }
   put_line(out, ", LINENO: ", std::int64_t{record.line_no()});
 }
 

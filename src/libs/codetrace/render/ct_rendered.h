@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // RenderedTexts: what many lines show alike, such as the name of a function, written out once and
-// copied from then on. It forgets when it is full, so it holds no more than a fixed amount, whatever
-// the trace; long texts are not kept at all.
+// copied from then on. It forgets when it is full, so it holds no more than a fixed amount,
+// whatever the trace; long texts are not kept at all.
 #pragma once
 
 #include <array>
@@ -20,15 +20,17 @@ class RenderedTexts {
   // The longest stored text that is worth keeping.
   static constexpr std::size_t longest = 256;
 
-  // Puts what `render(writer)` writes, which is always the same for this key: the address of what is
-  // rendered. Requires: a key that is not null, and a rendering of a few times `longest` at most.
-  template <class Render>
-  void put(const void* key, Writer& out, Render render) {
+  // Puts what `render(writer)` writes, which is always the same for this key: the address of what
+  // is rendered. `fits()` tells, for a key that is not known, whether its text is short enough to
+  // be kept: a few times `longest`. Requires: a key that is not null.
+  template <class Fits, class Render>
+  void put(const void* key, Writer& out, Fits fits, Render render) {
     Slot& slot = slots_[slot_of(key)];
     if (slot.key != key) {
+      if (!fits()) return render(out);
       if (pool_.size() > most) forget();
       const std::size_t begin = pool_.size();
-      render(pool_);
+      render(static_cast<Writer&>(pool_));
       slot = {key, static_cast<std::uint32_t>(begin),
               static_cast<std::uint32_t>(pool_.size() - begin)};
     }
@@ -50,7 +52,7 @@ class RenderedTexts {
   };
 
   static constexpr std::size_t most = std::size_t{1} << 20;
-  static constexpr unsigned slot_bits = 11;
+  static constexpr unsigned slot_bits = 13;
 
   static std::size_t slot_of(const void* key) {
     constexpr std::uint64_t odd = 0x9E3779B97F4A7C15;

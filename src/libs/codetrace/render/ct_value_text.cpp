@@ -19,41 +19,49 @@ void ValueTextWriter::write_name(const File& file, const unsigned char* place, W
   section_str(file, place).write(out);
 }
 
-void ValueTextWriter::write_object(const ValueTape& tape, ValueTape::Index i, Writer& out) {
+void ValueTextWriter::write_object(const Leaf& leaf, const File& file, Writer& out) {
   out.put("object(");
-  if (const auto* entry = tape.class_entry(i); entry != nullptr) {
-    write_name(tape.file(), entry->name_place(), out);
+  if (leaf.class_entry != nullptr) {
+    write_name(file, leaf.class_entry->name_place(), out);
   } else {
     out.put("!unknown!");
   }
   out.put('#');
-  put_unsigned(out, tape.object_handle(i));
+  put_unsigned(out, leaf.object_handle);
   out.put(')');
 }
 
-void ValueTextWriter::write_resource(const ValueTape& tape, ValueTape::Index i, Writer& out) {
+void ValueTextWriter::write_resource(const Leaf& leaf, const File& file, Writer& out) {
   out.put("resource(");
-  write_name(tape.file(), tape.resource_name_place(i), out);
+  write_name(file, leaf.resource_name, out);
   out.put('#');
-  put_signed(out, tape.resource_handle(i));
+  put_signed(out, leaf.number);
   out.put(')');
 }
 
-// Anything but an array.
-void ValueTextWriter::write_leaf(const ValueTape& tape, ValueTape::Index i, Writer& out,
-                                 bool quoted) {
-  switch (tape.type(i)) {
+void ValueTextWriter::write(const Leaf& leaf, const File& file, Writer& out, bool quoted) {
+  switch (leaf.type) {
     case ValueType::undef: out.put("undef"); break;
     case ValueType::null: out.put("null"); break;
     case ValueType::false_: out.put("false"); break;
     case ValueType::true_: out.put("true"); break;
-    case ValueType::long_: put_signed(out, tape.as_long(i)); break;
-    case ValueType::double_: put_double_text(out, tape.as_double(i)); break;
-    case ValueType::string: write_string(tape.string(i), out, quoted); break;
-    case ValueType::object: write_object(tape, i, out); break;
-    case ValueType::resource: write_resource(tape, i, out); break;
+    case ValueType::long_: put_signed(out, leaf.number); break;
+    case ValueType::double_: put_double_text(out, leaf.real); break;
+    case ValueType::string: write_string(leaf.string, out, quoted); break;
+    case ValueType::object: write_object(leaf, file, out); break;
+    case ValueType::resource: write_resource(leaf, file, out); break;
     case ValueType::array: break;
   }
+}
+
+void ValueTextWriter::write_escaped(const Leaf& leaf, const File& file, Writer& out) {
+  if (leaf.type != ValueType::string) {
+    write(leaf, file, out);
+    return;
+  }
+  out.put('"');
+  leaf.string.write_escaped(out);
+  out.put('"');
 }
 
 void ValueTextWriter::write(const ValueTape& tape, ValueTape::Index root, Writer& out,
@@ -61,18 +69,16 @@ void ValueTextWriter::write(const ValueTape& tape, ValueTape::Index root, Writer
   if (tape.type(root) == ValueType::array) {
     write_array(tape, root, out);
   } else {
-    write_leaf(tape, root, out, quoted);
+    write(leaf_of(tape, root), tape.file(), out, quoted);
   }
 }
 
 void ValueTextWriter::write_escaped(const ValueTape& tape, ValueTape::Index root, Writer& out) {
-  if (tape.type(root) != ValueType::string) {
-    write(tape, root, out);
-    return;
+  if (tape.type(root) == ValueType::array) {
+    write_array(tape, root, out);
+  } else {
+    write_escaped(leaf_of(tape, root), tape.file(), out);
   }
-  out.put('"');
-  tape.string(root).write_escaped(out);
-  out.put('"');
 }
 
 // The items of the tape in order; an array is closed when its end is reached.
@@ -84,7 +90,7 @@ void ValueTextWriter::write_array(const ValueTape& tape, ValueTape::Index root, 
       out.put("array(");
       open_.push_back({at, false, true});
     } else {
-      write_leaf(tape, at, out, true);
+      write(leaf_of(tape, at), tape.file(), out);
     }
     ++at;
     while (!open_.empty()) {

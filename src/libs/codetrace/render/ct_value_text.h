@@ -4,6 +4,7 @@
 #pragma once
 
 #include "codetrace/bytes/ct_plain_array.h"
+#include "codetrace/model/ct_leaf.h"
 #include "codetrace/model/ct_value_tape.h"
 #include "codetrace/render/ct_writer.h"
 #include "kcommon/k_export.h"
@@ -25,6 +26,10 @@ class CODETRACE_EXPORT ValueTextWriter {
   // Kept: texts inside arrays are never escaped.
   void write_escaped(const ValueTape& tape, ValueTape::Index root, Writer& out);
 
+  // The same for a value that is no array; `file` is the one that it is of.
+  void write(const Leaf& leaf, const File& file, Writer& out, bool quoted = true);
+  void write_escaped(const Leaf& leaf, const File& file, Writer& out);
+
  protected:
   // The name of a class or a resource type at a place of ADD DATA; null for none.
   virtual void write_name(const File& file, const unsigned char* place, Writer& out);
@@ -36,9 +41,8 @@ class CODETRACE_EXPORT ValueTextWriter {
     bool is_first;
   };
 
-  void write_leaf(const ValueTape& tape, ValueTape::Index i, Writer& out, bool quoted);
-  void write_object(const ValueTape& tape, ValueTape::Index i, Writer& out);
-  void write_resource(const ValueTape& tape, ValueTape::Index i, Writer& out);
+  void write_object(const Leaf& leaf, const File& file, Writer& out);
+  void write_resource(const Leaf& leaf, const File& file, Writer& out);
   void write_array(const ValueTape& tape, ValueTape::Index root, Writer& out);
 
   PlainArray<OpenArray> open_;

@@ -7,6 +7,7 @@
 // A sink that fails makes its writer fail for good: what follows is dropped, `ok()` tells.
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstring>
 #include <memory>
@@ -42,12 +43,14 @@ class CODETRACE_EXPORT Writer {
     at_ += text.size();
   }
 
-  // Fixed texts, copied without asking for their length.
+  // Fixed texts, whose length the compiler knows. Of any other array what stands before its NUL.
   template <std::size_t Size>
   void put(const char (&literal)[Size]) {
     static_assert(Size <= max_room);
-    std::memcpy(room(Size), literal, Size - 1);
-    at_ += Size - 1;
+    const std::size_t length =
+        literal[Size - 1] == '\0' ? __builtin_strlen(literal) : strnlen(literal, Size);
+    std::memcpy(room(Size), literal, length);
+    at_ += length;
   }
 
   // The same byte `count` times.
@@ -55,6 +58,7 @@ class CODETRACE_EXPORT Writer {
 
   // Room for `count` bytes, at most `max_room`, to be written in place; `advance` then takes them.
   [[nodiscard]] char* room(std::size_t count) {
+    assert(count <= max_room);
     if (static_cast<std::size_t>(end_ - at_) < count) make_room();
     return at_;
   }

@@ -17,18 +17,18 @@ class Writer;
 
 struct CODETRACE_EXPORT Finding {
   enum class Kind : std::uint8_t {
-    unknown_code,         // a checkpoint of a type that is not decoded: `first` is its code
-    damaged_record,       // a field is not whole: `first` is its offset in the payload of `second` bytes
-    broken_header_word,   // DATA ends within it: `first` bytes wanted, `second` left
-    broken_payload,       // the same for a payload
-    unknown_record,       // a record that the tree has no place for
-    second_startup,       // another begin of the request
-    nothing_open,         // no request has begun, or it has ended
-    wrong_class,          // an end that is not of the class that was asked for
-    no_begin,             // no node begins at the address `first` that an end refers to
-    wrong_node,           // the node that an end refers to is of the type `node_type`
-    not_innermost,        // other nodes are open inside the one that ends, `node`: they lost their ends
-    not_open,             // the node that ends is not open: no node is any more
+    unknown_code,    // a checkpoint of a type that is not decoded: `first` is its code
+    damaged_record,  // a field is not whole: `first` is its offset in the payload of `second` bytes
+    broken_header_word,  // DATA ends within it: `first` bytes wanted, `second` left
+    broken_payload,      // the same for a payload
+    unknown_record,      // a record that the tree has no place for
+    second_startup,      // another begin of the request
+    nothing_open,        // no request has begun, or it has ended
+    wrong_class,         // an end that is not of the class that was asked for
+    no_begin,            // no node begins at the address `first` that an end refers to
+    wrong_node,          // the node that an end refers to is of the type `node_type`
+    not_innermost,  // other nodes are open inside the one that ends, `node`: they lost their ends
+    not_open,       // the node that ends is not open: no node is any more
   };
 
   Kind kind;

@@ -86,9 +86,9 @@ struct Word {
   std::string_view text;
 };
 
-using FieldValue = std::variant<bool, std::int64_t, double, Word, Checkpoint::String,
-                                KTime::Timestamp, Checkpoint::ValueRef, Checkpoint::Values,
-                                const Checkpoint::ClassEntry*>;
+using FieldValue =
+    std::variant<bool, std::int64_t, double, Word, Checkpoint::String, KTime::Timestamp,
+                 Checkpoint::ValueRef, Checkpoint::Values, const Checkpoint::ClassEntry*>;
 
 class CODETRACE_EXPORT Fields {
  public:

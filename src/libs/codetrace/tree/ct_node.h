@@ -132,9 +132,9 @@ class CODETRACE_EXPORT FunctionCall final : public Base {
  public:
   FunctionCall(const Record& begin, const KTime::Timestamp& start_time, std::uint64_t start_memory,
                std::int32_t id, std::int32_t parent_id)
-      : Base(begin.type() == Checkpoint::Type::METHOD_CALL ? Type::METHOD_CALL
-                                                           : Type::FUNCTION_CALL,
-             begin, start_time, start_memory, id, parent_id) {}
+      : Base(
+            begin.type() == Checkpoint::Type::METHOD_CALL ? Type::METHOD_CALL : Type::FUNCTION_CALL,
+            begin, start_time, start_memory, id, parent_id) {}
 };
 
 // The type of the node that a checkpoint of this type begins; CRASH for one that begins none.

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "ct_progress.h"
+#include "tools/common/ct_progress.h"
 
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 
-namespace CT {
+namespace CT::Tool {
 
 using namespace std::chrono_literals;
 
@@ -32,4 +32,4 @@ void Progress::wipe() {
   shown_ = false;
 }
 
-}  // namespace CT
+}  // namespace CT::Tool

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
-#include "codetrace/ct_walk.h"
-
+//
+// The walk over all checkpoints of a file.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "log_recorder.h"
+#include "codetrace/ct_trace.h"
+#include "finding_recorder.h"
 #include "open_trace.h"
 #include "rich_trace.h"
 
@@ -20,9 +21,8 @@ using testing::IsEmpty;
 void expect_messages(std::string_view text, const std::vector<std::string>& messages) {
   SCOPED_TRACE(text);
   for_both_orders(text, [&](OpenTrace& trace) {
-    const LogRecorder log(1);
     trace.read();
-    EXPECT_EQ(log.lines(), messages);
+    EXPECT_EQ(trace.findings(), messages);
   });
 }
 
@@ -39,22 +39,21 @@ std::string visited(OpenTrace& trace, std::size_t at_most = SIZE_MAX) {
 
 TEST(Walk, EmptyDataHasNoRecordsAndNoMessages) {
   for_both_orders("T: text \"x\"", [](OpenTrace& trace) {
-    const LogRecorder log(1);
     EXPECT_EQ(visited(trace), "");
-    EXPECT_THAT(log.lines(), IsEmpty());
+    EXPECT_THAT(trace.findings(), IsEmpty());
   });
 }
 
 TEST(Walk, UnopenedFileHasNoRecords) {
   const File file{QString()};
-  Storage storage(file);
-  const LogRecorder log(1);
+  FindingRecorder findings;
+  Storage storage(file, &findings);
   read_checkpoints(file, storage, [](const Checkpoint::Base&) {
     ADD_FAILURE();
     return true;
   });
   EXPECT_EQ(storage.node_count(), 0);
-  EXPECT_THAT(log.lines(), IsEmpty());
+  EXPECT_THAT(findings.lines(), IsEmpty());
 }
 
 TEST(Walk, ShowsEveryRecordInFileOrderAlsoInvalidOnes) {
@@ -75,10 +74,9 @@ TEST(Walk, RecordIsInTheTreeWhenItIsShown) {
 
 TEST(Walk, VisitorEndsIt) {
   for_both_orders("startup\nflush\nraw 16\nexit\nshutdown\ndata hex(ff)", [](OpenTrace& trace) {
-    const LogRecorder log(1);
     EXPECT_EQ(visited(trace, 2), "0 11 ");
     EXPECT_EQ(trace.storage().node_count(), 2);
-    EXPECT_THAT(log.lines(), IsEmpty());
+    EXPECT_THAT(trace.findings(), IsEmpty());
   });
 }
 
@@ -126,14 +124,13 @@ TEST(Walk, DamageInsideAValueIsNamedOnceThoughTheValueIsReadAgain) {
     shutdown
   )",
                   [](OpenTrace& trace) {
-                    const LogRecorder log(1);
                     trace.read();
-                    EXPECT_EQ(log.lines().size(), 2U);
+                    EXPECT_EQ(trace.findings().size(), 2U);
                     EXPECT_EQ(trace.text(),
                               "REQUEST STARTUP: REQUEST: , URL: \n"
                               "  f(array(0 => 1, 1 => array()))\n");
                     trace.json();
-                    EXPECT_EQ(log.lines().size(), 2U);
+                    EXPECT_EQ(trace.findings().size(), 2U);
                   });
 }
 
@@ -148,10 +145,9 @@ TEST(Walk, CutHeaderWordIsNamed) {
 
 TEST(Walk, CutPayloadIsNamedAndTheCheckpointLeftOut) {
   for_both_orders("startup\nwrite \"abcdef\" size 16777215\nexit", [](OpenTrace& trace) {
-    const LogRecorder log(1);
     EXPECT_EQ(visited(trace), "0 ");
     EXPECT_EQ(trace.storage().node_count(), 1);
-    EXPECT_THAT(log.lines(),
+    EXPECT_THAT(trace.findings(),
                 ElementsAre("0 SAPI_WRITE_START checkpoint at DATA offset 36: payload needs "
                             "16777215 bytes, 14 bytes left"));
   });
@@ -164,10 +160,18 @@ TEST(Walk, CutPayloadOfAnUnknownTypeIsNamedInvalid) {
                   {"0 INVALID checkpoint at DATA offset 0: payload needs 2 bytes, 0 bytes left"});
 }
 
-template <class Entities>
-std::string names(const Entities& entities) {
+template <class List>
+std::string names(const List& entities) {
   std::string all;
-  for (const auto& entity : entities) all += text_of(entity->name()) + ' ';
+  for (const auto& entity : entities) all += text_of(entity.name()) + ' ';
+  return all;
+}
+
+// The addresses of the entries, which are those of the table.
+template <class List>
+std::vector<const void*> places(const List& entities) {
+  std::vector<const void*> all;
+  for (const auto& entity : entities) all.push_back(&entity);
   return all;
 }
 
@@ -199,10 +203,10 @@ TEST(Walk, NumbersFollowTheFirstSighting) {
     EXPECT_EQ(names(trace.storage().functions()), "f h g ");
     EXPECT_EQ(names(trace.storage().class_entries()), "B D C E A H G ");
     for (std::size_t i = 0; i != 7; ++i) {
-      EXPECT_EQ(trace.storage().class_entries()[i]->id(), static_cast<int>(i));
+      EXPECT_EQ(trace.storage().class_entries()[i].id(), static_cast<int>(i));
     }
     for (std::size_t i = 0; i != 3; ++i) {
-      EXPECT_EQ(trace.storage().functions()[i]->index(), static_cast<int>(i));
+      EXPECT_EQ(trace.storage().functions()[i].index(), static_cast<int>(i));
     }
   });
 }
@@ -213,15 +217,15 @@ TEST(Walk, RenderingNumbersNothingAnew) {
       written([&](Writer& out) { record.dump(out); });
       return true;
     });
-    const auto functions = trace.storage().functions();
-    const auto classes = trace.storage().class_entries();
-    EXPECT_EQ(names(classes), "B D C E A H G ");
+    const auto functions = places(trace.storage().functions());
+    const auto classes = places(trace.storage().class_entries());
+    EXPECT_EQ(names(trace.storage().class_entries()), "B D C E A H G ");
     const std::string first = trace.json();
     trace.text();
     trace.text();
     as_json(trace.storage());
-    EXPECT_EQ(trace.storage().functions(), functions);
-    EXPECT_EQ(trace.storage().class_entries(), classes);
+    EXPECT_EQ(places(trace.storage().functions()), functions);
+    EXPECT_EQ(places(trace.storage().class_entries()), classes);
     EXPECT_EQ(trace.json(), first);
   });
 }

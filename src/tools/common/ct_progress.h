@@ -8,7 +8,7 @@
 #include <chrono>
 #include <cstdint>
 
-namespace CT {
+namespace CT::Tool {
 
 class Progress {
  public:
@@ -31,4 +31,4 @@ class Progress {
   Clock::time_point next_;
 };
 
-}  // namespace CT
+}  // namespace CT::Tool
