@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // The line of a user event, held to what QString::arg makes of it.
+#include "codetrace/render/ct_event_line.h"
+
 #include <gtest/gtest.h>
 
 #include <QString>
@@ -8,7 +10,6 @@
 #include <random>
 #include <string>
 
-#include "codetrace/render/ct_event_line.h"
 #include "written.h"
 
 namespace CT::Test {
@@ -47,9 +48,20 @@ TEST(EventLine, MarkersInTheNameTakePart) {
 // What markers are made of, and what could be taken for it: digits of other scripts, of one and of
 // two UTF-16 code units, byte-order marks, bytes that are no text.
 TEST(EventLine, IsWhatQtMakesOfAnyName) {
-  const std::array<std::string, 14> pieces = {
-      "%", "%", "%", "L", "0", "1", "2", "9", "a", "\xEF\xBB\xBF", "\xFF", "\xD9\xA1", "\xEF\xBC\x91",
-      "\xF0\x9D\x9F\x8F"};
+  const std::array<std::string, 14> pieces = {"%",
+                                              "%",
+                                              "%",
+                                              "L",
+                                              "0",
+                                              "1",
+                                              "2",
+                                              "9",
+                                              "a",
+                                              "\xEF\xBB\xBF",
+                                              "\xFF",
+                                              "\xD9\xA1",
+                                              "\xEF\xBC\x91",
+                                              "\xF0\x9D\x9F\x8F"};
   std::mt19937 random(4711);
   for (int i = 0; i != 20000; ++i) {
     std::string name;

@@ -31,8 +31,8 @@ std::string json_of(const Trace& trace) {
   return written([&](Writer& out) { write_json(trace.storage(), out); });
 }
 
-// The parent of each node of a random tree, in order of creation; of the first one none. Of what is
-// open, the innermost is closed in no special way: by its own end or, lost, by that of another.
+// A random trace, and the parent of each of its nodes in order of creation. Spans end in turn or, now
+// and then, several at once, because the ends of the inner ones are lost.
 class RandomTree {
  public:
   explicit RandomTree(std::mt19937& random) : trace_(ByteOrder::little) {

@@ -23,8 +23,8 @@ struct Leaf {
   const unsigned char* resource_name = nullptr;  // its place in ADD DATA
 };
 
-// Reads the value at the cursor and steps over it. False, and the cursor stays, for an array and for
-// a value that is not whole.
+// Reads the value at the cursor and steps over it. False, and the cursor stays, for an array and
+// for a value that is not whole.
 inline bool read_leaf(Cursor& cursor, const File& file, const Entities* entities, Leaf& leaf) {
   Cursor at = cursor;
   const std::uint8_t code = at.u8();

@@ -114,6 +114,7 @@ struct ToQt {
   QJsonValue operator()(double value) const { return value; }
   QJsonValue operator()(const Word& value) const { return as_qstring(value.text); }
   QJsonValue operator()(const Checkpoint::String& value) const { return value.as_json(); }
+  QJsonValue operator()(const SharedText& value) const { return value.text().as_json(); }
   QJsonValue operator()(const KTime::Timestamp& value) const {
     MemoryWriter text;
     put_timestamp(text, value);

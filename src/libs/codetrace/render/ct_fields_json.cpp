@@ -25,6 +25,16 @@ struct ValueWriter {
   void operator()(double value) const { out.number(value); }
   void operator()(const Word& word) const { out.word(word.text); }
   void operator()(const Checkpoint::String& text) const { text.write_json(out); }
+  void operator()(const SharedText& shared) const {
+    if (shared.place == nullptr || room == nullptr) return shared.text().write_json(out);
+    room->texts.put(
+        shared.place, out.out(),
+        [&] { return RenderedTexts::is_short(shared.file->add_data(), shared.place); },
+        [&](Writer& text) {
+          JsonWriter json(text);
+          shared.text().write_json(json);
+        });
+  }
   void operator()(const KTime::Timestamp& time) const {
     out.out().put('"');
     put_timestamp(out.out(), time);

@@ -117,8 +117,8 @@ struct LineWriter {
   void put_outcome(std::string_view label, const Checkpoint::EndWithValue& end) const {
     auto values = end.values();
     const auto next = values.next(room.tape);
-    const bool is_undef = next == ValueStream::Next::leaf &&
-                          values.leaf().type == Checkpoint::ValueType::undef;
+    const bool is_undef =
+        next == ValueStream::Next::leaf && values.leaf().type == Checkpoint::ValueType::undef;
     if (next == ValueStream::Next::none || is_undef) return;
     out.put(label);
     put_value(values, next, *end.file());

@@ -103,7 +103,7 @@ void Node::Base::collect(Fields& fields, ValueRoom& room) const {
     if (both_have(2)) fields.set(Name::mem_delta, mem_delta());
   }
   if (begin_.has_location()) {
-    fields.set(Name::filename, begin_.filename());
+    fields.set(Name::filename, SharedText{begin_.file(), begin_.filename_place()});
     fields.set(Name::line_no, as_int(begin_.line_no()));
   }
   Checkpoint::with_record(begin_, Collector{*this, fields, room});

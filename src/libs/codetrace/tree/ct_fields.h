@@ -86,8 +86,15 @@ struct Word {
   std::string_view text;
 };
 
+// A text of ADD DATA that many nodes share, not measured yet.
+struct SharedText {
+  const File* file;
+  const unsigned char* place;  // null: absent
+  [[nodiscard]] Checkpoint::String text() const { return Checkpoint::section_str(*file, place); }
+};
+
 using FieldValue =
-    std::variant<bool, std::int64_t, double, Word, Checkpoint::String, KTime::Timestamp,
+    std::variant<bool, std::int64_t, double, Word, Checkpoint::String, SharedText, KTime::Timestamp,
                  Checkpoint::ValueRef, Checkpoint::Values, const Checkpoint::ClassEntry*>;
 
 class CODETRACE_EXPORT Fields {

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
 //
-// The texts of a map's keys in JSON: compared, to be sorted, and written.
+// The texts of the keys of open maps in JSON: taken from the tape, and written.
 //
 // A key of few bytes can have a text of many, the name of a class or resource that a million keys
 // share. Names that are not short are therefore not copied: a key keeps the place where one
-// belongs, and comparing and writing read it in ADD DATA. What is held follows the bytes of the
-// payload.
+// belongs, and writing reads it in ADD DATA. What is held follows the bytes of the payload.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 #include "codetrace/bytes/ct_plain_array.h"
@@ -16,53 +17,64 @@
 #include "codetrace/render/ct_json.h"
 #include "codetrace/render/ct_value_text.h"
 #include "codetrace/render/ct_writer.h"
-#include "codetrace/render/keys/ct_name_hash.h"
 
 namespace CT::Checkpoint {
 
+// A member of an open map: its key's text, a range of bytes with names that belong between them,
+// and its value. 32 bits are enough: 2^24 bytes of payload make fewer than 2^8 bytes of text each.
+struct MapMember {
+  std::uint64_t prefix;  // for those who sort
+  std::uint32_t begin;
+  std::uint32_t end;
+  std::uint32_t first_name;
+  std::uint32_t value : 31;  // its item on the tape; rises in the order of the payload
+  std::uint32_t is_undef : 1;
+};
+
 class KeyTexts {
  public:
-  // One key's text: a range of the bytes, and of the names that belong between them.
-  struct Key {
-    std::size_t begin;
-    std::size_t end;
-    std::size_t first_name;
-    std::size_t last_name;
+  // A name that stands before the byte `at`.
+  struct Name {
+    std::uint32_t at;
+    const unsigned char* place;
   };
   // What was there at one moment, to go back to.
   struct Mark {
-    std::size_t bytes;
-    std::size_t names;
+    std::size_t bytes = 0;
+    std::size_t names = 0;
   };
 
-  // Takes the text of an item of the tape.
-  Key add(const ValueTape& tape, ValueTape::Index item);
+  // Takes the text of the key at an item of the tape. Requires: tapes of one file between two calls
+  // of truncate({}).
+  MapMember add(const ValueTape& tape, ValueTape::Index key);
 
-  // The order of the keys of a JSON object: negative, 0 or positive (see json_key_less).
-  [[nodiscard]] int compare(const Key& a, const Key& b) const;
+  [[nodiscard]] std::string_view bytes() const { return bytes_.view(); }
+  [[nodiscard]] std::string_view bytes_of(const MapMember& member) const {
+    return bytes().substr(member.begin, member.end - member.begin);
+  }
+  // The names of a key begin at its `first_name`; null behind the last one.
+  [[nodiscard]] const Name* name(const MapMember& member, std::size_t i) const {
+    return i < names_.size() && names_[i].at < member.end ? &names_[i] : nullptr;
+  }
+  [[nodiscard]] bool has_names(const MapMember& member) const {
+    return name(member, member.first_name) != nullptr;
+  }
+  // Asks for the memory around the beginning of a name, if there is one of this number.
+  void prefetch_name(std::size_t i) const {
+    if (i >= names_.size()) return;
+    const unsigned char* const place = names_[i].place;
+    __builtin_prefetch(place);
+    __builtin_prefetch(place - std::min<std::ptrdiff_t>(64, place - add_data().data()));
+  }
+  [[nodiscard]] const Section& add_data() const { return file_->add_data(); }
 
-  // Whether any key since the mark has a name that was not copied: comparing such keys can be long
-  // work, of which hash and identity spare the needless part.
-  [[nodiscard]] bool has_names_since(const Mark& mark) const { return names_.size() != mark.names; }
-  // Equal for equal texts.
-  std::uint64_t hash(const Key& key);
-  // Some order in which keys of the same bytes and places of names, and only those, are equal: 0.
-  [[nodiscard]] int compare_identity(const Key& a, const Key& b) const;
-
-  // Starts the member of an object that has this key.
-  void write(const Key& key, JsonWriter& out) const;
+  // Starts the member of an object that has this key. Once the output failed, no name is read.
+  void write(const MapMember& member, JsonWriter& out) const;
 
   [[nodiscard]] Mark mark() const { return {bytes_.size(), names_.size()}; }
   void truncate(const Mark& mark);
 
  private:
-  // A name that stands before the byte `at`.
-  struct Name {
-    std::size_t at;
-    const File* file;
-    const unsigned char* place;
-  };
-
   // Renders like any text writer, but leaves long names out and notes them.
   class NameNoter final : public ValueTextWriter {
    public:
@@ -73,15 +85,9 @@ class KeyTexts {
     KeyTexts& texts_;
   };
 
-  class Reader;
-
-  [[nodiscard]] std::string_view bytes_of(const Key& key) const {
-    return bytes_.view().substr(key.begin, key.end - key.begin);
-  }
-
+  const File* file_ = nullptr;
   MemoryWriter bytes_;
   PlainArray<Name> names_;
-  NameHashes hashes_;
   NameNoter noter_{*this};
 };
 
