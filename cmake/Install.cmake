@@ -4,34 +4,36 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-set(headers_folder ${CMAKE_INSTALL_INCLUDEDIR}/codetrace)
 set(config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/CodeTrace)
 set(pkg_config_folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 set_target_properties(codetrace PROPERTIES EXPORT_NAME codetrace_static)
 set_target_properties(codetrace_shared PROPERTIES EXPORT_NAME codetrace)
-install(TARGETS codetrace_exe RUNTIME COMPONENT tool)
+if(TARGET codetrace_exe)
+  install(TARGETS codetrace_exe RUNTIME COMPONENT tool)
+endif()
 install(TARGETS codetrace codetrace_shared EXPORT CodeTraceTargets
   ARCHIVE COMPONENT development
   LIBRARY COMPONENT library NAMELINK_COMPONENT development
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
 )
 
-# codetrace.h, what it includes, and what that includes.
-foreach(name
-    codetrace ct_checkpoint ct_cursor ct_document ct_entity ct_file ct_file_dump ct_json
-    ct_json_members ct_name_hash ct_node ct_place_index ct_plain_array ct_records ct_storage ct_string
-    ct_value ct_value_json ct_value_key ct_value_tape ct_value_text ct_view ct_walk ct_writer)
-  list(APPEND public_headers src/libs/codetrace/${name}.h)
+# codetrace.h, what it includes, and what that includes; each in its folder.
+foreach(header
+    codetrace/bytes/ct_cursor codetrace/bytes/ct_plain_array codetrace/codetrace codetrace/ct_file
+    codetrace/ct_storage codetrace/ct_trace codetrace/ct_version codetrace/model/ct_checkpoint
+    codetrace/model/ct_entity codetrace/model/ct_format codetrace/model/ct_place_index
+    codetrace/model/ct_records codetrace/model/ct_string codetrace/model/ct_types
+    codetrace/model/ct_value codetrace/model/ct_value_ref codetrace/model/ct_value_tape
+    codetrace/model/ct_view codetrace/render/ct_document codetrace/render/ct_file_dump
+    codetrace/render/ct_node_text codetrace/render/ct_rendered codetrace/render/ct_value_text
+    codetrace/render/ct_writer codetrace/tree/ct_diagnostics codetrace/tree/ct_fields
+    codetrace/tree/ct_node kcommon/k_export kcommon/k_timestamp)
+  get_filename_component(folder ${header} DIRECTORY)
+  install(FILES src/libs/${header}.h
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${folder} COMPONENT development
+  )
 endforeach()
-install(FILES ${public_headers} DESTINATION ${headers_folder} COMPONENT development)
-install(
-  FILES
-    src/libs/kcommon/k_export.h
-    src/libs/kcommon/k_logger.h
-    src/libs/kcommon/k_timestamp.h
-  DESTINATION ${headers_folder}/kcommon COMPONENT development
-)
 
 # find_package(CodeTrace)
 set(config_build_folder ${CMAKE_CURRENT_BINARY_DIR}/CodeTrace)
