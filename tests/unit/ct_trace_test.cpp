@@ -31,8 +31,8 @@ std::string json_of(const Trace& trace) {
   return written([&](Writer& out) { write_json(trace.storage(), out); });
 }
 
-// A random trace, and the parent of each of its nodes in order of creation. Spans end in turn or, now
-// and then, several at once, because the ends of the inner ones are lost.
+// A random trace, and the parent of each of its nodes in order of creation. Spans end in turn or,
+// now and then, several at once, because the ends of the inner ones are lost.
 class RandomTree {
  public:
   explicit RandomTree(std::mt19937& random) : trace_(ByteOrder::little) {
