@@ -22,7 +22,8 @@ install(TARGETS codetrace codetrace_shared EXPORT CodeTraceTargets
 foreach(header
     codetrace/bytes/ct_cursor codetrace/bytes/ct_plain_array codetrace/codetrace codetrace/ct_file
     codetrace/ct_storage codetrace/ct_trace codetrace/ct_version codetrace/model/ct_checkpoint
-    codetrace/model/ct_entity codetrace/model/ct_format codetrace/model/ct_place_index
+    codetrace/model/ct_entity codetrace/model/ct_format codetrace/model/ct_leaf
+    codetrace/model/ct_place_index
     codetrace/model/ct_records codetrace/model/ct_string codetrace/model/ct_types
     codetrace/model/ct_value codetrace/model/ct_value_ref codetrace/model/ct_value_tape
     codetrace/model/ct_view codetrace/render/ct_document codetrace/render/ct_file_dump
