@@ -19,22 +19,26 @@ install(TARGETS codetrace codetrace_shared EXPORT CodeTraceTargets
 )
 
 # codetrace.h, what it includes, and what that includes; each in its folder.
-foreach(header
-    codetrace/bytes/ct_cursor codetrace/bytes/ct_plain_array codetrace/codetrace codetrace/ct_file
-    codetrace/ct_storage codetrace/ct_trace codetrace/ct_version codetrace/model/ct_checkpoint
-    codetrace/model/ct_entity codetrace/model/ct_format codetrace/model/ct_leaf
-    codetrace/model/ct_place_index
-    codetrace/model/ct_records codetrace/model/ct_string codetrace/model/ct_types
-    codetrace/model/ct_value codetrace/model/ct_value_ref codetrace/model/ct_value_tape
-    codetrace/model/ct_view codetrace/render/ct_document codetrace/render/ct_file_dump
-    codetrace/render/ct_node_text codetrace/render/ct_rendered codetrace/render/ct_value_text
-    codetrace/render/ct_writer codetrace/tree/ct_diagnostics codetrace/tree/ct_fields
-    codetrace/tree/ct_node kcommon/k_export kcommon/k_timestamp)
+set(headers_to_read codetrace/codetrace.h)
+set(public_headers)
+while(headers_to_read)
+  list(POP_FRONT headers_to_read header)
+  if(header IN_LIST public_headers)
+    continue()
+  endif()
+  list(APPEND public_headers ${header})
+  set(path ${PROJECT_SOURCE_DIR}/src/libs/${header})
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${path})
   get_filename_component(folder ${header} DIRECTORY)
-  install(FILES src/libs/${header}.h
+  install(FILES ${path}
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${folder} COMPONENT development
   )
-endforeach()
+  file(STRINGS ${path} included REGEX "^#include \".*\"")
+  list(TRANSFORM included REPLACE "^#include \"(.*)\".*$" "\\1")
+  # A header beside this one may go by its name alone.
+  list(TRANSFORM included PREPEND "${folder}/" REGEX "^[^/]*$")
+  list(APPEND headers_to_read ${included})
+endwhile()
 
 # find_package(CodeTrace)
 set(config_build_folder ${CMAKE_CURRENT_BINARY_DIR}/CodeTrace)

@@ -76,6 +76,7 @@ void use(const Fields& fields) {
     void operator()(double /*value*/) const {}
     void operator()(const Word& word) const { expect(!word.text.empty(), "a word"); }
     void operator()(const Checkpoint::String& text) const { use(text); }
+    void operator()(const SharedText& shared) const { use(shared.text()); }
     void operator()(const KTime::Timestamp& time) const { KTime::elapsed_ms({}, time); }
     void operator()(const ValueRef& value) const { use(value); }
     void operator()(const Checkpoint::Values& values) const {
