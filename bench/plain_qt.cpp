@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
 // plain_qt -S|-T|-J|-D FILE   the same outputs as a program writes them that takes the library's
-// objects
-//                             and Qt's classes: an object a record and node, QString lines through
-//                             a QTextStream, one QJsonDocument
+//                             objects and Qt's classes: an object a record and node, QString lines
+//                             through a QTextStream, one QJsonDocument
 #include <QFile>
 #include <QJsonDocument>
+#include <QJsonObject>
 #include <QTextStream>
 #include <cstdio>
 #include <memory>
@@ -17,7 +17,7 @@
 
 namespace {
 
-void write_text(const std::vector<std::shared_ptr<CT::Node::Base>>& nodes, QTextStream& out) {
+void write_text(const std::vector<std::shared_ptr<const CT::Node::Base>>& nodes, QTextStream& out) {
   CT::Outline outline;
   for (const auto& node : nodes) {
     const auto depth = static_cast<int>(outline.place(node->id(), node->parent_id()));
@@ -35,14 +35,14 @@ int run(char format, const char* name) {
   QTextStream out(&output);
   CT::Storage storage(file);
   CT::CheckpointView view(file);
-  std::vector<std::shared_ptr<CT::Checkpoint::Base>> records;
+  std::vector<std::shared_ptr<const CT::Checkpoint::Base>> records;
   while (view.step()) {
-    records.push_back(CT::Checkpoint::make_record(view, &storage));
+    records.push_back(CT::Checkpoint::make_record(view, &storage.entities()));
     if (records.back() == nullptr) continue;
     storage.add_checkpoint(records.back());
     if (format == 'D') records.back()->dump(out);
   }
-  std::vector<std::shared_ptr<CT::Node::Base>> nodes;
+  std::vector<std::shared_ptr<const CT::Node::Base>> nodes;
   for (CT::Storage::NodeId id = 0; id != storage.node_count(); ++id) {
     nodes.push_back(storage.node(id));
   }

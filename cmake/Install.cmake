@@ -4,34 +4,41 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-set(headers_folder ${CMAKE_INSTALL_INCLUDEDIR}/codetrace)
 set(config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/CodeTrace)
 set(pkg_config_folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 set_target_properties(codetrace PROPERTIES EXPORT_NAME codetrace_static)
 set_target_properties(codetrace_shared PROPERTIES EXPORT_NAME codetrace)
-install(TARGETS codetrace_exe RUNTIME COMPONENT tool)
+if(TARGET codetrace_exe)
+  install(TARGETS codetrace_exe RUNTIME COMPONENT tool)
+endif()
 install(TARGETS codetrace codetrace_shared EXPORT CodeTraceTargets
   ARCHIVE COMPONENT development
   LIBRARY COMPONENT library NAMELINK_COMPONENT development
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
 )
 
-# codetrace.h, what it includes, and what that includes.
-foreach(name
-    codetrace ct_checkpoint ct_cursor ct_document ct_entity ct_file ct_file_dump ct_json
-    ct_json_members ct_name_hash ct_node ct_place_index ct_plain_array ct_records ct_storage ct_string
-    ct_value ct_value_json ct_value_key ct_value_tape ct_value_text ct_view ct_walk ct_writer)
-  list(APPEND public_headers src/libs/codetrace/${name}.h)
-endforeach()
-install(FILES ${public_headers} DESTINATION ${headers_folder} COMPONENT development)
-install(
-  FILES
-    src/libs/kcommon/k_export.h
-    src/libs/kcommon/k_logger.h
-    src/libs/kcommon/k_timestamp.h
-  DESTINATION ${headers_folder}/kcommon COMPONENT development
-)
+# codetrace.h, what it includes, and what that includes; each in its folder.
+set(headers_to_read codetrace/codetrace.h)
+set(public_headers)
+while(headers_to_read)
+  list(POP_FRONT headers_to_read header)
+  if(header IN_LIST public_headers)
+    continue()
+  endif()
+  list(APPEND public_headers ${header})
+  set(path ${PROJECT_SOURCE_DIR}/src/libs/${header})
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${path})
+  get_filename_component(folder ${header} DIRECTORY)
+  install(FILES ${path}
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${folder} COMPONENT development
+  )
+  file(STRINGS ${path} included REGEX "^#include \".*\"")
+  list(TRANSFORM included REPLACE "^#include \"(.*)\".*$" "\\1")
+  # A header beside this one may go by its name alone.
+  list(TRANSFORM included PREPEND "${folder}/" REGEX "^[^/]*$")
+  list(APPEND headers_to_read ${included})
+endwhile()
 
 # find_package(CodeTrace)
 set(config_build_folder ${CMAKE_CURRENT_BINARY_DIR}/CodeTrace)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A whole file: all five outputs, then what programs use that link the library. Small files' JSON
-// is held equal to Qt's.
+// A whole file: all five outputs and every finding in words, then what programs use that link the
+// library. Small files' JSON is held equal to Qt's.
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTextStream>
@@ -10,9 +10,11 @@
 
 #include "codetrace/ct_file.h"
 #include "codetrace/ct_storage.h"
-#include "codetrace/ct_walk.h"
+#include "codetrace/ct_trace.h"
+#include "codetrace/model/ct_records.h"
 #include "codetrace/render/ct_document.h"
 #include "codetrace/render/ct_file_dump.h"
+#include "codetrace/render/ct_records_dump.h"
 #include "support.h"
 #include "written.h"
 
@@ -29,6 +31,16 @@ void discard(Write write) {
   out.flush();
 }
 
+// Puts every finding in words, as the tool's log does.
+class Lines final : public FindingSink {
+ public:
+  explicit Lines(Writer& out) : out_(out) {}
+  void report(const Finding& finding) override { write_text(finding, out_); }
+
+ private:
+  Writer& out_;
+};
+
 void use_records(const File& file) {
   QString text;
   QTextStream stream(&text);
@@ -37,10 +49,10 @@ void use_records(const File& file) {
     const auto record = Checkpoint::make_record(view, nullptr);
     if (record == nullptr) continue;
     record->dump(stream);
-    if (const auto* call = dynamic_cast<const Checkpoint::FunctionCall*>(record.get())) {
+    if (const auto call = Checkpoint::record_as<Checkpoint::FunctionCall>(*record)) {
       static_cast<void>(call->this_value().to_string(false));
       for (const Checkpoint::KVal& value : call->args()) static_cast<void>(value.to_string(true));
-    } else if (const auto* end = dynamic_cast<const Checkpoint::EndWithValue*>(record.get())) {
+    } else if (const auto end = Checkpoint::record_as<Checkpoint::EndWithValue>(*record)) {
       static_cast<void>(end->value().as_json());
     }
   }
@@ -49,7 +61,9 @@ void use_records(const File& file) {
 void use_nodes(const File& file) {
   Storage storage(file);
   CheckpointView view(file);
-  while (view.step()) storage.add_checkpoint(Checkpoint::make_record(view, &storage));
+  while (view.step()) {
+    storage.add_checkpoint(Checkpoint::make_record(view, &storage.entities()));
+  }
   const Storage::NodeId count = std::min(storage.node_count(), Storage::NodeId{64});
   for (Storage::NodeId id = 0; id != count; ++id) {
     QString text;
@@ -59,7 +73,7 @@ void use_nodes(const File& file) {
   }
 }
 
-void compare_json(Storage& storage) {
+void compare_json(const Storage& storage) {
   const std::string ours = Test::written([&](Writer& out) { write_json(storage, out); });
   const QByteArray expected = QJsonDocument(as_json(storage)).toJson();
   Fuzz::expect_equal("the JSON document", ours, expected.toStdString() + "\n");
@@ -79,10 +93,14 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   }
   discard([&](Writer& out) { write_headers(file, out); });
   discard([&](Writer& out) { write_binary(file, out); });
-  Storage storage(file);
+  Fuzz::LimitedSink ignored;
+  StreamWriter words(ignored);
+  Lines lines(words);
+  Storage storage(file, &lines);
   discard([&](Writer& out) {
+    RecordDumper dumper;
     read_checkpoints(file, storage, [&](const Checkpoint::Base& record) {
-      if (out.ok()) record.dump(out);
+      if (out.ok()) dumper.write(record, out);
       return true;
     });
   });

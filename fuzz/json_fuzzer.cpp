@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "codetrace/qt/ct_value_qt.h"
 #include "codetrace/render/ct_value_json.h"
 #include "support.h"
 #include "written.h"
@@ -26,15 +27,18 @@ std::size_t depth_of(const ValueTape& tape) {
   return depth;
 }
 
-void compare(const CheckpointView& view, EntityCache* cache) {
+// Without a table the classes of objects are unknown.
+void compare(const CheckpointView& view, Entities* entities) {
+  Cursor ahead = view.cursor();
+  Checkpoint::scan_values(ahead, 1, view.file(), entities);
   ValueTape tape;
-  tape.reset(view);
+  tape.reset(view, entities);
   Cursor cursor = view.cursor();
-  tape.decode(cursor, cache);
+  tape.decode(cursor);
   // Qt's classes recurse.
   constexpr std::size_t deepest = 500;
   if (depth_of(tape) > deepest) return;
-  const QJsonValue expected = Checkpoint::to_qt_json(tape, 0);
+  const QJsonValue expected = to_qt_json(Checkpoint::ValueRef(tape, 0));
   for (const auto form : {JsonWriter::Form::compact, JsonWriter::Form::indented}) {
     const std::string ours = Test::written_element(
         form, [&](JsonWriter& out) { Checkpoint::ValueJsonWriter().write(tape, 0, out); });
@@ -48,8 +52,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   Fuzz::silence_log();
   const Fuzz::ValueInput input(data, size);
   const Fuzz::OneCheckpoint checkpoint = input.checkpoint();
-  EntityCache cache;
-  compare(checkpoint.view(), &cache);
+  for (const auto numbering : {Entities::Numbering::by_sighting, Entities::Numbering::none}) {
+    compare(checkpoint.view(), Entities::make(checkpoint.file(), numbering).get());
+  }
   compare(checkpoint.view(), nullptr);
   return 0;
 }

@@ -59,9 +59,20 @@ class Seeds {
     add("text", payload);
   }
 
+  // A trace with moves of a program; see Fuzz::ApiInput.
+  void add_program(const std::string& trace) {
+    if (trace.size() > largest_value) return;
+    std::string moves;
+    while (moves.size() != moves_of_program) moves += static_cast<char>(random_.below(256));
+    add("api", static_cast<char>(moves_of_program) + std::string(1, '\0') + trace + moves);
+  }
+
  private:
+  static constexpr std::size_t moves_of_program = 120;
+
   fs::path folder_;
   std::size_t count_ = 0;
+  Test::Awkward random_{2};
 };
 
 std::string text_of(const unsigned char* begin, std::size_t size) {
@@ -86,6 +97,7 @@ std::size_t values_at(const CheckpointView& view) {
 
 void add_trace(Seeds& seeds, const std::string& bytes) {
   seeds.add("file", bytes);
+  seeds.add_program(bytes);
   File file{QString()};
   const void* const begin = bytes.data();
   if (!file.open(static_cast<const unsigned char*>(begin), bytes.size())) return;
@@ -124,7 +136,7 @@ void add_beginning(Seeds& seeds, const fs::path& path, std::size_t checkpoints) 
   CheckpointView view(file);
   std::size_t size = 0;
   for (; checkpoints != 0 && view.step(); --checkpoints) {
-    const std::size_t end = view.offset() + CheckpointView::header_size + view.size();
+    const std::size_t end = view.offset() + Format::header_word_size + view.size();
     if (fixed + end > largest_seed) break;
     size = end;
   }

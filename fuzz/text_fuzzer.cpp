@@ -6,7 +6,9 @@
 #include <bit>
 #include <string>
 
+#include "codetrace/bytes/ct_utf8.h"
 #include "codetrace/model/ct_value.h"
+#include "codetrace/qt/ct_text_qt.h"
 #include "codetrace/render/ct_json.h"
 #include "codetrace/render/ct_number.h"
 #include "codetrace/render/ct_text.h"
@@ -100,7 +102,8 @@ void compare_event(std::string_view stored) {
       Test::Fields().u64(Test::TraceBuilder::default_orig_add_data).u32(sequence);
   const Fuzz::OneCheckpoint checkpoint(Test::ByteOrder::little, Checkpoint::Type::USER_EVENT,
                                        payload, stored);
-  const Node::UserEvent event(Checkpoint::make_record(checkpoint.view(), nullptr), {}, 0, 0, -1);
+  const auto record = Checkpoint::make_record(checkpoint.view(), nullptr);
+  const Node::UserEvent event(*record, {}, 0, 0, -1);
   QString line;
   event.to_text(line);
   const QString expected = QStringLiteral("(EVENT) Kelvo Monitor Event: %1. Event sequence: %2")

@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t flags_at = 3;
 constexpr std::size_t sizes_at = 12;
 constexpr std::size_t origins_at = 20;
-constexpr std::size_t word_size = CheckpointView::header_size;
+constexpr std::size_t word_size = Format::header_word_size;
 constexpr std::size_t reference_size = 8;
 
 std::uint64_t number(std::string_view bytes, std::size_t width, bool big_endian) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // One value: decoded in each way, copied, printed in each form, destroyed.
+#include <QJsonObject>
 #include <string>
 #include <vector>
 
@@ -50,11 +51,12 @@ void descend(KVal value) {
   std::vector<KVal> kept;
   for (int left = 32; left != 0; --left) {
     use_all_forms(value);
-    const auto elements = value.elements();
+    const Checkpoint::Elements elements = value.elements();
     if (elements.empty()) return;
     kept.push_back(value);
-    use_all_forms(elements.back().first);
-    value.copy(elements.front().second);
+    const auto [key, first] = *elements.begin();
+    use_all_forms(value.keep(key));
+    value.copy(value.keep(first));
     kept.front().reset();
   }
 }
@@ -67,29 +69,30 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const Fuzz::OneCheckpoint checkpoint = input.checkpoint();
   const CheckpointView& view = checkpoint.view();
 
-  EntityCache cache;
+  const auto entities = Entities::make(view.file());
   Cursor at = view.cursor();
-  const KVal cached(view, at, &cache);
-  Cursor at_uncached = view.cursor();
-  const KVal uncached(view, at_uncached, nullptr);
-  EntityCache scan_cache;
+  const KVal numbered(view, at, entities.get());
+  Cursor at_unnumbered = view.cursor();
+  const KVal unnumbered(view, at_unnumbered, nullptr);
+  const auto scanned_entities = Entities::make(view.file());
   Cursor scanned = view.cursor();
-  Checkpoint::scan_value(scanned, view, &scan_cache);
-  Fuzz::expect(at.position() == at_uncached.position() && at.position() == scanned.position(),
+  Checkpoint::scan_values(scanned, 1, view.file(), scanned_entities.get());
+  Fuzz::expect(at.position() == at_unnumbered.position() && at.position() == scanned.position(),
                "the same end of the value");
-  Fuzz::expect(cache.class_entries().size() == scan_cache.class_entries().size(),
+  Fuzz::expect(entities->classes().size() == scanned_entities->classes().size(),
                "the same number of classes");
-  Fuzz::expect(cached.to_string(true) == uncached.to_string(true), "the same text without a cache");
+  Fuzz::expect(numbered.to_string(true) == unnumbered.to_string(true),
+               "the same text with classes of its own");
 
   ValueTape tape;
-  tape.reset(view);
+  tape.reset(view, entities.get());
   Cursor again = view.cursor();
-  tape.decode(again, &cache);
+  tape.decode(again);
   const std::string text =
       Test::written([&](Writer& out) { Checkpoint::ValueTextWriter().write(tape, 0, out); });
-  Fuzz::expect_equal("the text", text, cached.to_string(true).toStdString());
+  Fuzz::expect_equal("the text", text, numbered.to_string(true).toStdString());
   print(tape);
-  descend(cached);
-  descend(uncached);
+  descend(numbered);
+  descend(unnumbered);
   return 0;
 }

@@ -13,20 +13,19 @@ struct Figures {
   double own_ms = 0;
 };
 
-// For each of storage.functions(), at the same place. A call's own time is what it took less what
-// the nodes right inside it took. A call that never ended has no time; what it called is taken off
-// the caller's.
-inline std::vector<Figures> profile(CT::Storage& storage) {
-  std::vector<Figures> functions(storage.functions().size());
+// For each of trace.functions(), at the same place. A call's own time is what it took less what the
+// nodes right inside it took. A call that never ended has no time; what it called is taken off the
+// caller's.
+inline std::vector<Figures> profile(const CT::Trace& trace) {
+  std::vector<Figures> functions(trace.functions().size());
   // For each node, whose own time its children's time is taken off: null for nobody's.
   std::vector<Figures*> owners;
-  CT::NodeReader nodes(storage);
-  for (CT::Storage::NodeId id = 0; id != storage.node_count(); ++id) {
-    const CT::Node::Base& node = nodes.read(id);
+  for (CT::NodeId id = 0; id != trace.node_count(); ++id) {
+    const CT::Node::Base node = trace.node(id);
     const int parent = node.parent_id();
     Figures* caller = parent >= 0 ? owners[static_cast<std::size_t>(parent)] : nullptr;
     Figures* own = nullptr;
-    if (const auto* call = node.begin_as<CT::Checkpoint::FunctionCall>()) {
+    if (const auto call = node.begin_as<CT::Checkpoint::FunctionCall>()) {
       own = &functions[static_cast<std::size_t>(call->function()->index())];
       ++own->calls;
       own->own_ms += node.ms_delta();

@@ -1,32 +1,38 @@
 // SPDX-License-Identifier: MIT
 //
-// A trace that is read whole: how all of these programs begin.
+// How all of these programs begin.
 #pragma once
 
 #include <codetrace/codetrace.h>
 #include <fmt/core.h>
 
-#include <QFile>
-#include <memory>
+#include <cstdlib>
+#include <string>
 
-struct Trace {
-  CT::File file;  // owns the bytes, so it comes first and goes last
-  CT::Storage storage;
-
-  explicit Trace(const char* path) : file(QFile::decodeName(path)), storage(file) {}
+// Says what is odd about a trace. It ends nothing: what is whole is read.
+class Complaints final : public CT::FindingSink {
+  void report(const CT::Finding& finding) override {
+    CT::MemoryWriter line;
+    CT::write_text(finding, line);
+    fmt::print(stderr, "{}\n", line.view());
+  }
 };
 
-// Null, after a message on standard error, if the file is no trace. Damage inside of a trace ends
-// nothing; the log says what it is.
-inline std::unique_ptr<Trace> open_trace(const char* path) {
-  auto trace = std::make_unique<Trace>(path);
-  if (!trace->file.open()) {
-    fmt::print(stderr, "{}: {}\n", path, trace->file.error_message().toStdString());
-    return nullptr;
-  }
-  if (!KLogger::instance().enabled(0)) {
-    KLogger::instance().addSink(std::make_unique<KLogger::StdOutSink>(stdout, stderr, stdout), 0);
-  }
-  CT::read_checkpoints(trace->file, trace->storage);
-  return trace;
+// The trace, read whole. If the file is no trace, the program ends with a message.
+inline CT::Trace open_trace(const char* path) {
+  CT::Trace trace;
+  Complaints complaints;
+  if (trace.open(path, &complaints)) return trace;
+  fmt::print(stderr, "{}: {}\n", path, trace.error_message());
+  std::exit(1);
+}
+
+inline int usage(const char* words) {
+  fmt::print(stderr, "Usage: {}\n", words);
+  return 1;
+}
+
+// "Class::name", or the name alone.
+inline std::string name_of(const CT::Checkpoint::Function& function) {
+  return function.full_name().toStdString();
 }

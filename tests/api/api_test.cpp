@@ -42,7 +42,7 @@ TEST_F(ApiExample, PrintsWhatItsFileSays) {
   for (const ByteOrder order : {ByteOrder::little, ByteOrder::big}) {
     write_trace("shop", order);
     write_trace("shop_mended", order);
-    for (const std::string program : {"top_functions", "sql_calls", "response"}) {
+    for (const std::string program : {"slowest_calls", "top_functions", "sql_calls", "response"}) {
       SCOPED_TRACE(program);
       expect_output(run(program, {"shop.ct"}), program + ".expected");
     }
@@ -73,7 +73,7 @@ TEST_F(ApiExample, SaysWhatIsDamagedAndGoesOn) {
 }
 
 TEST_F(ApiExample, FailsWithAMessage) {
-  for (const std::string program : {"top_functions", "sql_calls", "response"}) {
+  for (const std::string program : {"slowest_calls", "top_functions", "sql_calls", "response"}) {
     const ProcessResult result = run(program, {"missing.ct"});
     EXPECT_EQ(result.standard_error, "missing.ct: No such file or directory\n");
     EXPECT_EQ(result.status, 1);

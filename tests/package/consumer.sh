@@ -21,7 +21,7 @@ build_with_pkg_config() {
   local compile link dependencies
   read -ra compile < <(pkg-config --cflags 'codetrace >= 3')
   read -ra link < <(pkg-config --libs codetrace)
-  read -ra dependencies < <(pkg-config --libs Qt6Core fmt)
+  read -ra dependencies < <(pkg-config --libs Qt6Core)
   "$compiler" -std=c++20 -O1 "${compile[@]}" -c "$here/consumer/main.cpp" -o "$work/main.o"
   "$compiler" "$work/main.o" "${link[@]}" -o "$work/with_codetrace"
   "$compiler" "$work/main.o" "$library/libcodetrace.a" "${dependencies[@]}" \

@@ -5,9 +5,9 @@
 set -euo pipefail
 compiler=$1 prefix=$2
 
-mapfile -t headers < <(cd -- "$prefix/include" && find codetrace -name '*.h' | sort)
+mapfile -t headers < <(cd -- "$prefix/include" && find codetrace kcommon -name '*.h' | sort)
 ((${#headers[@]} > 20)) || { echo "only ${#headers[@]} headers were installed"; exit 1; }
-read -ra flags < <(pkg-config --cflags Qt6Core fmt)
+read -ra flags < <(pkg-config --cflags Qt6Core)
 
 failures=0
 for header in "${headers[@]}"; do

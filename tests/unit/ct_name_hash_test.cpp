@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "awkward.h"
+#include "codetrace/bytes/ct_utf8.h"
 #include "codetrace/render/ct_text.h"
 #include "open_trace.h"
 #include "written.h"

@@ -3,6 +3,7 @@
 
 #include <QString>
 #include <algorithm>
+#include <cassert>
 #include <mutex>
 #include <utility>
 
@@ -37,6 +38,7 @@ void report_broken(const CheckpointView::Broken& broken, Storage& storage) {
 }  // namespace
 
 void read_checkpoints(const File& file, Storage& storage, const RecordVisitor& visit) {
+  assert(&storage.file() == &file);
   CheckpointView view(file);
   while (view.step()) {
     const Checkpoint::Type type = Checkpoint::type_of_code(view.type());

@@ -5,10 +5,15 @@
 #include <codetrace/codetrace.h>
 
 #include <QJsonArray>
+#include <QJsonObject>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <string>
+
+#if CODETRACE_VERSION_MAJOR != 3
+#error "made for another version"
+#endif
 
 namespace {
 
@@ -20,56 +25,69 @@ class Printer final : public CT::Sink {
   }
 };
 
+class Complaints final : public CT::FindingSink {
+ public:
+  void report(const CT::Finding& finding) override {
+    CT::MemoryWriter line;
+    CT::write_text(finding, line);
+    std::fprintf(stderr, "%.*s\n", static_cast<int>(line.size()), line.view().data());
+  }
+};
+
 // From disk, and the same bytes from memory.
-bool open(CT::File& file, const char* path) {
+bool open(CT::Trace& trace, const char* path) {
   std::ifstream stream(path, std::ios::binary);
   const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
-  CT::File in_memory(QStringLiteral("memory"));
-  return file.open() &&
-         in_memory.open(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+  Complaints complaints;
+  CT::Trace in_memory;
+  const auto* first = reinterpret_cast<const unsigned char*>(bytes.data());
+  return trace.open(path, &complaints) && in_memory.open(first, bytes.size()) &&
+         in_memory.node_count() == trace.node_count();
 }
 
-// Calls and arguments, told by the tree; -1 if the checkpoints tell another number of calls.
-int count_calls(const CT::File& file, CT::Storage& storage, std::size_t& arguments) {
+// Calls and arguments, told by the tree; -1 if the checkpoints or the fields tell another number.
+int count_calls(const CT::Trace& trace, std::size_t& arguments) {
+  using CT::Checkpoint::FunctionCall;
   int calls = 0;
-  CT::NodeReader nodes(storage);
-  for (CT::Storage::NodeId id = 0; id < storage.node_count(); ++id) {
-    const CT::Node::Base& node = nodes.read(id);
-    const auto* call = dynamic_cast<const CT::Checkpoint::FunctionCall*>(node.begin().get());
-    if (call == nullptr) continue;
+  int with_function = 0;
+  CT::ValueRoom room;
+  for (CT::NodeId id = 0; id != trace.node_count(); ++id) {
+    const CT::Node::Base node = trace.node(id);
+    CT::Fields fields;
+    node.collect(fields, room);
+    if (fields.has(CT::FieldName::function)) ++with_function;
+    const auto call = node.begin_as<FunctionCall>();
+    if (!call) continue;
     ++calls;
     for (const CT::Checkpoint::KVal& value : call->args()) {
-      arguments += value.to_string(true).isEmpty() ? 0 : 1;
+      if (!value.to_string(true).isEmpty()) ++arguments;
     }
   }
   int records = 0;
-  CT::CheckpointView view(file);
+  CT::CheckpointView view(trace.file());
   while (view.step()) {
     const auto record = CT::Checkpoint::make_record(view, nullptr);
-    if (std::dynamic_pointer_cast<CT::Checkpoint::FunctionCall>(record) != nullptr) ++records;
+    if (record != nullptr && CT::Checkpoint::record_as<FunctionCall>(*record)) ++records;
   }
-  return records == calls ? calls : -1;
+  return records == calls && with_function == calls ? calls : -1;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   if (argc != 2) return 2;
-  KLogger::instance().addSink(std::make_unique<KLogger::StdOutSink>(stdout, stderr, stdout), 1);
-  CT::File file(QString::fromLocal8Bit(argv[1]));
-  if (!open(file, argv[1])) {
-    klog(0, "{} cannot be read: {}", argv[1], file.error_message().toStdString());
+  CT::Trace trace;
+  if (!open(trace, argv[1])) {
+    std::fprintf(stderr, "%s: %s\n", argv[1], trace.error_message().c_str());
     return 1;
   }
-  CT::Storage storage(file);
-  CT::read_checkpoints(file, storage);
   std::size_t arguments = 0;
-  const int calls = count_calls(file, storage, arguments);
-  const auto nodes = CT::as_json(storage).value(QStringLiteral("cp")).toArray();
+  const int calls = count_calls(trace, arguments);
+  const auto nodes = CT::as_json(trace.storage()).value(QStringLiteral("cp")).toArray();
   std::printf("%d calls, %zu arguments, %td nodes\n", calls, arguments,
               static_cast<std::ptrdiff_t>(nodes.size()));
   Printer printer;
   CT::StreamWriter out(printer);
-  CT::write_text(storage, out);
+  CT::write_text(trace.storage(), out);
   return out.flush() ? 0 : 1;
 }

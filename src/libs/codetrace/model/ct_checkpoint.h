@@ -9,6 +9,7 @@
 // tree is kept but not valid; damage behind those fields leaves it valid and is told by damage().
 #pragma once
 
+#include <cassert>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -44,6 +45,7 @@ class CODETRACE_EXPORT Base {
   [[nodiscard]] const unsigned char* checkpoint() const { return checkpoint_; }
   // The same as an offset in DATA. Requires: a checkpoint.
   [[nodiscard]] std::uint32_t offset() const {
+    assert(checkpoint_ != nullptr);
     return static_cast<std::uint32_t>(checkpoint_ - file_->data().data());
   }
   // Null for no checkpoint.

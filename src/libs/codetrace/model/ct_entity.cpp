@@ -2,6 +2,7 @@
 #include "codetrace/model/ct_entity.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 #include <new>
 
@@ -117,6 +118,7 @@ namespace {
 
 template <class Raw>
 std::uint32_t place_of(const File& file, const Raw* raw) {
+  assert(file.add_data().contains(bytes_of(raw)));
   return static_cast<std::uint32_t>(bytes_of(raw) - file.add_data().data());
 }
 

@@ -57,6 +57,7 @@ inline bool read_leaf(Cursor& cursor, const File& file, const Entities* entities
 
 // The leaf at an item of a tape. Requires: no array.
 inline Leaf leaf_of(const ValueTape& tape, ValueTape::Index item) {
+  assert(tape.type(item) != ValueType::array);
   Leaf leaf;
   if (tape.type(item) == ValueType::undef) return leaf;
   Cursor cursor = tape.place_of(item);

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <QHashFunctions>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -30,6 +31,7 @@ class PlaceIndex {
 
   // Requires: reserve_one() before it, a place that was never inserted, and a number below `none`.
   void insert(std::uint32_t place, std::uint32_t number) noexcept {
+    assert(2 * (used_ + 1) <= slots_.size() && find(place) == none && number != none);
     slots_[slot_of(place)] = {place, number};
     ++used_;
   }

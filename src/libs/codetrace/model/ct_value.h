@@ -36,7 +36,10 @@ class CODETRACE_EXPORT KVal {
     return tape_ != nullptr ? ValueRef(*tape_, item_) : ValueRef();
   }
   // The same tape's value that `ref` stands for, kept. Requires: a part of this value.
-  [[nodiscard]] KVal keep(const ValueRef& part) const { return {tape_, part.item()}; }
+  [[nodiscard]] KVal keep(const ValueRef& part) const {
+    assert(part.tape() == tape_.get());
+    return {tape_, part.item()};
+  }
 
   // As ValueRef says.
   [[nodiscard]] ValueType type() const { return ref().type(); }

@@ -8,7 +8,6 @@
 
 #include "codetrace/model/ct_value_ref.h"
 #include "codetrace/tree/ct_fields.h"
-#include "kcommon/k_export.h"
 
 class QJsonObject;
 class QJsonValue;
@@ -19,9 +18,9 @@ namespace CT {
 inline constexpr std::size_t qt_json_levels = 1000;
 
 // Undefined for undef, and for values of more than `qt_json_levels` levels.
-CODETRACE_EXPORT QJsonValue to_qt_json(const Checkpoint::ValueRef& value);
+QJsonValue to_qt_json(const Checkpoint::ValueRef& value);
 
 // Adds the fields to an object.
-CODETRACE_EXPORT void insert_into(QJsonObject& object, const Fields& fields);
+void insert_into(QJsonObject& object, const Fields& fields);
 
 }  // namespace CT

@@ -2,6 +2,7 @@
 #include "codetrace/render/ct_file_dump.h"
 
 #include <array>
+#include <cassert>
 
 #include "codetrace/render/ct_number.h"
 
@@ -32,6 +33,7 @@ void line(Writer& out, std::string_view label, std::uint64_t value) {
 }  // namespace
 
 void write_headers(const File& file, Writer& out) {
+  assert(file.is_open());
   const FileHeader& header = file.header();
   line(out, "VERSION: ", header.version);
   constexpr HexItems upper = make_hex_items("0123456789ABCDEF");
@@ -48,6 +50,7 @@ void write_headers(const File& file, Writer& out) {
 }
 
 void write_binary(const File& file, Writer& out) {
+  assert(file.is_open());
   out.put("\nDATA[");
   put_unsigned(out, file.data().size());
   out.put("]:\n");

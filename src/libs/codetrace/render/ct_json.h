@@ -11,7 +11,6 @@
 #include <string_view>
 
 #include "codetrace/render/ct_writer.h"
-#include "kcommon/k_export.h"
 
 namespace CT {
 
@@ -41,7 +40,7 @@ class MemberStart {
   std::size_t size_ = 0;
 };
 
-class CODETRACE_EXPORT JsonWriter {
+class JsonWriter {
  public:
   enum class Form { indented, compact };
 

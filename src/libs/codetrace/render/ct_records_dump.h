@@ -8,12 +8,11 @@
 #include "codetrace/render/ct_rendered.h"
 #include "codetrace/render/ct_value_json.h"
 #include "codetrace/render/ct_value_text.h"
-#include "kcommon/k_export.h"
 
 namespace CT {
 
 // Writes blocks; keeps its working memory from one to the next.
-class CODETRACE_EXPORT RecordDumper {
+class RecordDumper {
  public:
   void write(const Checkpoint::Base& record, Writer& out);
 

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <bit>
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 
@@ -25,6 +26,7 @@ class RenderedTexts {
   // be kept: a few times `longest`. Requires: a key that is not null.
   template <class Fits, class Render>
   void put(const void* key, Writer& out, Fits fits, Render render) {
+    assert(key != nullptr);
     Slot& slot = slots_[slot_of(key)];
     if (slot.key != key) {
       if (!fits()) return render(out);

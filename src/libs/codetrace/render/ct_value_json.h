@@ -12,14 +12,13 @@
 #include "codetrace/bytes/ct_plain_array.h"
 #include "codetrace/model/ct_value_tape.h"
 #include "codetrace/render/ct_json.h"
-#include "kcommon/k_export.h"
 
 namespace CT::Checkpoint {
 
 class OpenMaps;
 
 // Writes values of one file, tape by tape; keeps its working memory from one to the next.
-class CODETRACE_EXPORT ValueJsonWriter {
+class ValueJsonWriter {
  public:
   ValueJsonWriter();
   ValueJsonWriter(const ValueJsonWriter&) = delete;
