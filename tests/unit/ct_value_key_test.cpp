@@ -61,8 +61,8 @@ void expect_like_qt(const TraceBuilder& trace, const std::string& what) {
   ASSERT_EQ(streamed, document.toJson().toStdString()) << what;
 }
 
-void expect_map_like_qt(TraceBuilder trace, std::mt19937& random, const std::vector<Fields>& keys,
-                        int round) {
+void expect_map_like_qt(TraceBuilder trace, std::mt19937& random,
+                        const std::vector<CT::Test::Fields>& keys, int round) {
   std::vector<value::Pair> pairs;
   for (std::size_t i = 0; i != keys.size(); ++i) {
     pairs.emplace_back(
@@ -85,7 +85,7 @@ TEST(KeyTexts, MapsPrintLikeQtWhateverTheirKeys) {
     names.push_back(names[6] + 10);  // inside another one
     names.push_back(0);
     classes.push_back(0);
-    std::vector<Fields> keys;
+    std::vector<CT::Test::Fields> keys;
     for (int i = 0; i != 40; ++i) keys.push_back(random_key(classes, names, random));
     expect_map_like_qt(trace, random, keys, round);
   }
@@ -117,7 +117,7 @@ TEST(KeyTexts, OverlappingNamesPrintLikeQt) {
         for (int k = 0; k != 6; ++k) names.push_back(begin + random() % (text.size() - 60));
       }
     }
-    std::vector<Fields> keys;
+    std::vector<CT::Test::Fields> keys;
     const int count = 1 << random() % 8;
     for (int i = 0; i != count; ++i) keys.push_back(random_key({0}, names, random, 2));
     expect_map_like_qt(trace, random, keys, round);
@@ -129,9 +129,10 @@ TEST(KeyTexts, OfEqualTextsTheLastCountsHoweverTheyAreMade) {
   const std::string name(100, 'n');
   for (const bool string_first : {true, false}) {
     TraceBuilder trace;
-    const Fields named = value::map({{value::string("a"), value::resource(trace.text(name), 1)},
-                                     {value::string("b"), value::null()}});
-    const Fields plain =
+    const CT::Test::Fields named =
+        value::map({{value::string("a"), value::resource(trace.text(name), 1)},
+                    {value::string("b"), value::null()}});
+    const CT::Test::Fields plain =
         value::map({{value::string("a\" => resource(" + name + "#1), \"b"), value::null()}});
     std::vector<value::Pair> pairs = {{named, value::integer(1)}, {plain, value::integer(2)}};
     if (!string_first) std::swap(pairs[0], pairs[1]);
@@ -154,7 +155,7 @@ TEST(KeyTexts, OrdinaryKeysPrintLikeQt) {
                                            "12345678",
                                            "\xC3\xA9"};
   for (int round = 0; round != 300; ++round) {
-    std::vector<Fields> keys;
+    std::vector<CT::Test::Fields> keys;
     const std::string shared = random() % 2 == 0 ? "" : std::string(random() % 100, 's');
     const unsigned alphabet = 1 + static_cast<unsigned>(random() % pieces.size());
     for (unsigned i = 1U << random() % 8; i != 0; --i) {
