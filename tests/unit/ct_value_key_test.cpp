@@ -33,8 +33,8 @@ std::vector<std::string> awkward_names() {
           longest.substr(1) + "\"\\\n"};
 }
 
-Fields random_key(const std::vector<Ref>& classes, const std::vector<Ref>& names,
-                  std::mt19937& random, int depth = 0) {
+CT::Test::Fields random_key(const std::vector<Ref>& classes, const std::vector<Ref>& names,
+                            std::mt19937& random, int depth = 0) {
   const auto one_of = [&](const std::vector<Ref>& refs) { return refs[random() % refs.size()]; };
   switch (random() % (depth < 3 ? 4U : 3U)) {
     case 0: return value::object(one_of(classes), static_cast<std::uint32_t>(random() % 3));

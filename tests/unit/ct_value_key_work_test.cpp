@@ -31,12 +31,13 @@ class SmallSink final : public Sink {
 };
 
 // Processor time of the value in JSON, to a sink with that much room.
-double seconds_to_print(TraceBuilder& trace, const Fields& value, std::size_t room = 1 << 20) {
+double seconds_to_print(TraceBuilder& trace, const CT::Test::Fields& value,
+                        std::size_t room = 1 << 20) {
   trace.add(CheckpointDraft::function_return(0, value));
   OpenTrace open(trace);
   const auto record = open.record<FunctionReturn>();
   ValueTape tape;
-  const auto root = record->decode_value(tape);
+  const ValueTape::Index root = record->value(tape).item();
   SmallSink sink(room);
   StreamWriter out(sink);
   JsonWriter json(out);
