@@ -9,9 +9,9 @@ from documents import ROOT, SCHEMA
 
 def printed_keys():
     sources = ROOT / "src/libs/codetrace"
-    table = re.search(r"key_names = \{(.*?)\};", (sources / "ct_json_members.cpp").read_text(), re.S)
+    table = re.search(r"field_names = \{(.*?)\};", (sources / "tree/ct_fields.h").read_text(), re.S)
     keys = set(re.findall(r'"(\w+)"', table[1]))
-    for source in sources.glob("*.cpp"):
+    for source in sources.glob("render/**/*.cpp"):
         keys.update(re.findall(r'(?:key\(|write_entities\(json, )"(\w+)"', source.read_text()))
     return keys
 

@@ -5,11 +5,11 @@
 // whatever the trace; long texts are not kept at all.
 #pragma once
 
-#include <array>
 #include <bit>
 #include <cassert>
 #include <cstdint>
 #include <cstring>
+#include <vector>
 
 #include "codetrace/ct_file.h"
 #include "codetrace/render/ct_writer.h"
@@ -27,6 +27,7 @@ class RenderedTexts {
   template <class Fits, class Render>
   void put(const void* key, Writer& out, Fits fits, Render render) {
     assert(key != nullptr);
+    if (slots_.empty()) forget();
     Slot& slot = slots_[slot_of(key)];
     if (slot.key != key) {
       if (!fits()) return render(out);
@@ -61,11 +62,11 @@ class RenderedTexts {
     return (std::bit_cast<std::uintptr_t>(key) * odd) >> (64 - slot_bits);
   }
   void forget() {
-    slots_ = {};
+    slots_.assign(std::size_t{1} << slot_bits, Slot());
     pool_.clear();
   }
 
-  std::array<Slot, std::size_t{1} << slot_bits> slots_{};
+  std::vector<Slot> slots_;  // none before the first key
   MemoryWriter pool_;
 };
 
