@@ -13,7 +13,7 @@ namespace CT::Node {
 struct CODETRACE_EXPORT TextRoom {
   Checkpoint::ValueTape tape;
   Checkpoint::ValueTextWriter values;
-  RenderedTexts call_heads;  // by function: "*Class::name("
+  RenderedTexts call_heads;  // by function: its name, up to the bracket
 };
 
 }  // namespace CT::Node
