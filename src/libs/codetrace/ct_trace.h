@@ -43,6 +43,7 @@ class CODETRACE_EXPORT Trace {
  public:
   Trace();
   ~Trace();
+  // What is moved from may only be assigned to or destroyed.
   Trace(Trace&& other) noexcept;
   Trace& operator=(Trace&& other) noexcept;
 

@@ -44,10 +44,13 @@ std::uint32_t ValueTape::object_handle(Index i) const {
 }
 
 String ValueTape::resource_name(Index i) const {
-  return section_str(*file_, resource_name_place(i));
+  const unsigned char* place = resource_name_place(i);
+  return place != nullptr ? section_str(*file_, place) : String();
 }
 
 const unsigned char* ValueTape::resource_name_place(Index i) const {
+  // Where there is no resource, there may be no file either: on the tape of a record of no checkpoint.
+  if (type(i) != ValueType::resource) return nullptr;
   return file_->add_data().resolve(body(i, ValueType::resource).u64());
 }
 
