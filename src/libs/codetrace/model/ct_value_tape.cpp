@@ -49,7 +49,8 @@ String ValueTape::resource_name(Index i) const {
 }
 
 const unsigned char* ValueTape::resource_name_place(Index i) const {
-  // Where there is no resource, there may be no file either: on the tape of a record of no checkpoint.
+  // Where there is no resource, there may be no file either: on the tape of a record of no
+  // checkpoint.
   if (type(i) != ValueType::resource) return nullptr;
   return file_->add_data().resolve(body(i, ValueType::resource).u64());
 }
