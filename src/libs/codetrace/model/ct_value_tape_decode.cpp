@@ -53,9 +53,7 @@ inline Header read_header(Cursor& cursor) {
   if (code > last_type) code = 0;
   Header header = {static_cast<ValueType>(code)};
   const std::size_t size = body_sizes[code];
-  if (size == varying || size > cursor.left()) {
-    read_body(header, cursor);
-  } else if (header.type == ValueType::object) {
+  if (size == varying || size > cursor.left() || header.type == ValueType::object) {
     read_body(header, cursor);
   } else {
     cursor.bytes(size);
