@@ -2,8 +2,8 @@
 //
 // sql_calls TRACE: every SQL text that was handed to PDO or mysqli, with the place of the call and
 // the time it took. A prepared statement's text is named again wherever it is executed.
+#include <QRegularExpression>
 #include <map>
-#include <regex>
 
 #include "trace.h"
 
@@ -14,8 +14,9 @@ using Prepared = std::map<std::uint32_t, std::string>;
 
 // The SQL text that a call handed over or executed; empty if it did neither.
 std::string sql_of(const CT::Node::Base& node, const FunctionCall& call, Prepared& prepared) {
-  static const std::regex takes_sql(
-      "(PDO::|mysqli::|mysqli_)(exec|execute_query|multi_query|prepare|query|real_query)");
+  static const QRegularExpression takes_sql(
+      QStringLiteral("^(PDO::|mysqli::|mysqli_)"
+                     "(exec|execute_query|multi_query|prepare|query|real_query)$"));
   const std::string name = name_of(*call.function());
   if (name == "PDOStatement::execute" || name == "mysqli_stmt::execute") {
     return prepared[call.this_value().object_handle()];
@@ -23,7 +24,7 @@ std::string sql_of(const CT::Node::Base& node, const FunctionCall& call, Prepare
   // Functions take the connection before it.
   const std::size_t place = call.function()->class_entry() == nullptr ? 1 : 0;
   const auto args = call.args();
-  if (!std::regex_match(name, takes_sql) || place >= args.size()) return {};
+  if (!takes_sql.match(call.function()->full_name()).hasMatch() || place >= args.size()) return {};
   std::string sql = args[place].to_escaped_string(true).toStdString();
   if (const auto returned = node.end_as<FunctionReturn>()) {
     prepared[returned->value().object_handle()] = sql;
