@@ -12,7 +12,7 @@ namespace {
 // Kept: these numbers are unsigned in the file and show as C's int.
 std::int64_t as_int(std::uint32_t value) { return static_cast<std::int32_t>(value); }
 
-// What each kind of begin adds to the fields that all nodes have; `end` may be null.
+// What each kind of begin adds to the fields that all nodes have.
 struct Collector {
   const Node::Base& node;
   Fields& fields;
