@@ -95,7 +95,7 @@ struct TypeInfo {
   Type type;
   std::string_view name;  // as every output shows it
   Role role;
-  Node::Type node;  // of root, span and leaf: the node that it begins; of an end: see ct_pairing.h
+  Node::Type node;     // of root, span and leaf: the node that it begins
   bool needs_payload;  // without one its record is not valid
   Layout layout;       // its own fields, in the order of the file
 };
