@@ -76,7 +76,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const KVal unnumbered(view, at_unnumbered, nullptr);
   const auto scanned_entities = Entities::make(view.file());
   Cursor scanned = view.cursor();
-  Checkpoint::scan_values(scanned, 1, view.file(), scanned_entities.get());
+  Checkpoint::scan_values(scanned, 1, scanned_entities.get());
   Fuzz::expect(at.position() == at_unnumbered.position() && at.position() == scanned.position(),
                "the same end of the value");
   Fuzz::expect(entities->classes().size() == scanned_entities->classes().size(),

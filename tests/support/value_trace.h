@@ -64,7 +64,7 @@ class ValueTrace {
   // The same on a tape, which is reset.
   Checkpoint::ValueRef next(Checkpoint::ValueTape& tape) {
     Cursor ahead = cursor_;
-    Checkpoint::scan_values(ahead, 1, file_, entities_.get());
+    Checkpoint::scan_values(ahead, 1, entities_.get());
     tape.reset(view_, entities_.get());
     return {tape, tape.decode(cursor_)};
   }

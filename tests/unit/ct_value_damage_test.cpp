@@ -34,7 +34,7 @@ class ValueDamage : public ::testing::TestWithParam<ByteOrder> {
     // Stepping over it numbers the same classes and ends at the same place.
     Cursor again = trace.view().cursor();
     const auto entities = Entities::make(trace.file());
-    Checkpoint::scan_values(again, 1, trace.file(), entities.get());
+    Checkpoint::scan_values(again, 1, entities.get());
     ASSERT_EQ(again.position(), trace.cursor().position());
     ASSERT_EQ(again.ok(), trace.cursor().ok());
     ASSERT_EQ(entities->classes().size(), trace.entities().classes().size());

@@ -33,7 +33,7 @@ class ValueJson : public ::testing::TestWithParam<ByteOrder> {
     const auto unnumbered = Entities::make(values.file(), Entities::Numbering::none);
     Entities& entities = numbered ? values.entities() : *unnumbered;
     Cursor ahead = values.cursor();
-    Checkpoint::scan_values(ahead, 1, values.file(), &entities);
+    Checkpoint::scan_values(ahead, 1, &entities);
     ValueTape tape;
     tape.reset(values.view(), &entities);
     const auto root = tape.decode(values.cursor());

@@ -9,6 +9,25 @@ namespace CT::Checkpoint {
 
 namespace {
 
+// Steps over one field as it is stored; enters what it refers to.
+void scan_field(Format::Field field, Cursor& cursor, Entities* entities) {
+  switch (field) {
+    case Format::Field::none: break;
+    case Format::Field::reference: cursor.bytes(Format::reference_size); break;
+    case Format::Field::u32: cursor.bytes(4); break;
+    case Format::Field::cut_text: get_cut_str(cursor); break;
+    case Format::Field::inline_text: get_inline_str(cursor); break;
+    case Format::Field::value: scan_values(cursor, 1, entities); break;
+    case Format::Field::arguments: scan_values(cursor, cursor.u32(), entities); break;
+    case Format::Field::header_line:
+      if (cursor.u8() < Format::first_operation_without_line) get_cut_str(cursor);
+      break;
+  }
+}
+
+bool is_call(Type type) { return type == Type::FUNCTION_CALL || type == Type::METHOD_CALL; }
+bool is_end(Type type) { return type_info(type).role == Role::span_end; }
+
 // By presence bits: where the fields behind the common ones begin.
 constexpr std::array<std::uint32_t, 8> common_sizes = [] {
   std::array<std::uint32_t, 8> sizes{};
@@ -19,24 +38,6 @@ constexpr std::array<std::uint32_t, 8> common_sizes = [] {
   }
   return sizes;
 }();
-
-// Steps over one field as it is stored; enters what it refers to.
-void scan_field(Format::Field field, Cursor& cursor, const File& file, Entities* entities) {
-  switch (field) {
-    case Format::Field::none: break;
-    case Format::Field::reference: cursor.bytes(Format::reference_size); break;
-    case Format::Field::u32: cursor.bytes(4); break;
-    case Format::Field::cut_text: get_cut_str(cursor); break;
-    case Format::Field::inline_text: get_inline_str(cursor); break;
-    case Format::Field::value: scan_values(cursor, 1, file, entities); break;
-    case Format::Field::arguments: scan_values(cursor, cursor.u32(), file, entities); break;
-    case Format::Field::header_line:
-      if (cursor.u8() < Format::first_operation_without_line) get_cut_str(cursor);
-      break;
-  }
-}
-
-bool is_call(Type type) { return type == Type::FUNCTION_CALL || type == Type::METHOD_CALL; }
 
 }  // namespace
 
@@ -53,37 +54,43 @@ inline Base::Base(const CheckpointView& view, const Entities* entities) {
 }
 
 // What places it in the tree must be there: the function of a call, the begin that an end refers
-// to.
+// to. The cursor, at its own fields, is led behind that.
 template <class Find>
-inline void Base::place_in_tree(Find find) {
+inline void Base::place_in_tree(Cursor& cursor, Find find) {
   if (!valid_) return;
   if (is_call(type_)) {
-    const CT::Function* descriptor = resolve_function(*file_, own().u64());
-    function_ = descriptor != nullptr ? find(descriptor) : nullptr;
+    function_ = find(cursor.u64());
     valid_ = function_ != nullptr;
-  } else if (type_info(type_).role == Role::span_end) {
-    valid_ = own().bytes(Format::reference_size) != nullptr;
+  } else if (is_end(type_)) {
+    valid_ = cursor.bytes(Format::reference_size) != nullptr;
   }
 }
 
 Base::Base(const CheckpointView& view, const Entities& entities) : Base(view, &entities) {
-  place_in_tree([&](const CT::Function* descriptor) { return entities.find(descriptor); });
+  Cursor cursor = own();
+  place_in_tree(cursor, [&](std::uint64_t reference) { return entities.find_function(reference); });
 }
 
 Base Base::sighted(const CheckpointView& view, Entities& entities) {
   Base record(view, &entities);
-  record.place_in_tree([&](const CT::Function* descriptor) { return &entities.add(descriptor); });
-  record.damage_ = record.scan(&entities);
+  Cursor cursor = record.own();
+  record.place_in_tree(
+      cursor, [&](std::uint64_t reference) { return entities.add_function(reference); });
+  record.damage_ = record.scan(cursor, is_call(record.type_) || is_end(record.type_), &entities);
   return record;
 }
 
 // Mostly all are there, and eight sizes tell where they end.
-void Base::place_common_fields(std::uint8_t presence) {
+inline void Base::place_common_fields(std::uint8_t presence) {
   own_ = common_sizes[presence];
   if (own_ <= size_) {
     flags_ = presence;
-    return;
+  } else {
+    place_cut_fields(presence);
   }
+}
+
+void Base::place_cut_fields(std::uint8_t presence) {
   cut_ = true;
   Cursor cursor = cursor_at(0);
   const auto read = [&](std::uint8_t bit, std::uint32_t first, std::uint32_t second) {
@@ -129,22 +136,23 @@ String Base::referenced_text(std::size_t offset) const {
   return section_str_at(cursor.ok() ? file_->add_data().resolve(cursor.u64()) : nullptr);
 }
 
-std::optional<std::uint32_t> Base::damage() const {
-  const std::uint32_t found = damage_ != not_looked_for ? damage_ : scan(nullptr);
-  return found != no_damage ? std::optional(found) : std::nullopt;
+std::uint32_t Base::look_for_damage() const {
+  Cursor cursor = cursor_at(own_);
+  return scan(cursor, false, nullptr);
 }
 
-// A record that is not valid is looked at no further than the field that makes it so.
-std::uint32_t Base::scan(Entities* entities) const {
+// The cursor stands at the own fields; behind the first of them if that was read to place the
+// record. A record that is not valid is looked at no further than the field that makes it so.
+std::uint32_t Base::scan(Cursor& cursor, bool is_placed, Entities* entities) const {
   if (size_ == 0) return no_damage;
   if (cut_) return own_;
-  Cursor cursor = cursor_at(own_);
-  const unsigned char* start = payload();
-  for (const Format::Field field : type_info(type_).layout) {
-    if (field == Format::Field::none) break;
-    scan_field(field, cursor, *file_, entities);
-    if (!cursor.ok()) return static_cast<std::uint32_t>(cursor.position() - start);
-    if (!valid_) break;
+  const auto place = [&] { return static_cast<std::uint32_t>(cursor.position() - payload()); };
+  if (is_placed && !cursor.ok()) return place();
+  const TypeInfo::Layout& layout = type_info(type_).layout;
+  for (std::size_t field = is_placed ? 1 : 0; field != layout.size(); ++field) {
+    if (layout[field] == Format::Field::none || (field != 0 && !valid_)) break;
+    scan_field(layout[field], cursor, entities);
+    if (!cursor.ok()) return place();
   }
   return no_damage;
 }

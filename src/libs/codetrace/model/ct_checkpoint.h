@@ -72,7 +72,10 @@ class CODETRACE_EXPORT Base {
 
   // The offset in the payload of the first field that is not whole, if there is one. Looks at the
   // whole record.
-  [[nodiscard]] std::optional<std::uint32_t> damage() const;
+  [[nodiscard]] std::optional<std::uint32_t> damage() const {
+    const std::uint32_t found = damage_ != not_looked_for ? damage_ : look_for_damage();
+    return found != no_damage ? std::optional(found) : std::nullopt;
+  }
 
   // The record as a block of lines, the second into a stream of Qt's.
   void dump(Writer& out) const;
@@ -98,10 +101,12 @@ class CODETRACE_EXPORT Base {
   static constexpr std::uint32_t not_looked_for = 0xFFFFFFFE;
 
   Base(const CheckpointView& view, const Entities* entities);
+  [[nodiscard]] std::uint32_t look_for_damage() const;
   void place_common_fields(std::uint8_t presence);
+  void place_cut_fields(std::uint8_t presence);
   template <class Find>
-  void place_in_tree(Find find);
-  [[nodiscard]] std::uint32_t scan(Entities* entities) const;
+  void place_in_tree(Cursor& cursor, Find find);
+  [[nodiscard]] std::uint32_t scan(Cursor& cursor, bool is_placed, Entities* entities) const;
   [[nodiscard]] const unsigned char* payload() const {
     return checkpoint_ + Format::header_word_size;
   }

@@ -122,34 +122,15 @@ std::uint32_t place_of(const File& file, const Raw* raw) {
   return static_cast<std::uint32_t>(bytes_of(raw) - file.add_data().data());
 }
 
-// The entry of `raw`, made by `make(number)` if it is new. The index learns of it last, when
-// nothing can fail any more.
-template <class Raw, class Entry, class Make>
-const Entry& find_or_add(const File& file, const Raw* raw, std::deque<Entry>& entries,
-                         PlaceIndex& index, Make make) {
-  const std::uint32_t place = place_of(file, raw);
-  const std::uint32_t known = index.find(place);
-  if (known != PlaceIndex::none) return entries[known];
-  index.reserve_one();
-  entries.push_back(make(entries.size()));
-  index.insert(place, static_cast<std::uint32_t>(entries.size() - 1));
-  return entries.back();
-}
-
-template <class Raw, class Entry>
-const Entry* find_entry(const File& file, const Raw* raw, const std::deque<Entry>& entries,
-                        const PlaceIndex& index) {
-  if (raw == nullptr) return nullptr;
-  const std::uint32_t known = index.find(place_of(file, raw));
-  return known != PlaceIndex::none ? &entries[known] : nullptr;
-}
-
 }  // namespace
 
+// The index learns of an entry last, when nothing can fail any more.
 const Checkpoint::ClassEntry& Entities::add(const ClassEntry* record) {
-  return find_or_add(*file_, record, classes_, class_index_, [&](std::size_t place) {
-    return Checkpoint::ClassEntry(*file_, record, number(place));
-  });
+  if (const Checkpoint::ClassEntry* known = find(record); known != nullptr) return *known;
+  class_index_.reserve_one();
+  classes_.emplace_back(*file_, record, number(classes_.size()));
+  class_index_.insert(place_of(*file_, record), classes_.back());
+  return classes_.back();
 }
 
 // Its class may be new too. The function is put down first, so that neither of both is there if
@@ -157,28 +138,35 @@ const Checkpoint::ClassEntry& Entities::add(const ClassEntry* record) {
 const Checkpoint::Function& Entities::add(const Function* descriptor) {
   if (const Checkpoint::Function* known = find(descriptor); known != nullptr) return *known;
   const std::uint64_t reference = Descriptor(*file_, descriptor).u64(Format::Function::class_entry);
-  const ClassEntry* record = resolve_class(*file_, reference);
-  const auto place = static_cast<std::uint32_t>(functions_.size());
+  const std::int32_t index = number(functions_.size());
   function_index_.reserve_one();
-  functions_.emplace_back(*file_, descriptor, nullptr, number(place));
-  if (record != nullptr) {
-    try {
-      functions_.back() = Checkpoint::Function(*file_, descriptor, &add(record), number(place));
-    } catch (const std::bad_alloc&) {
-      functions_.pop_back();
-      throw;
-    }
+  functions_.emplace_back(*file_, descriptor, nullptr, index);
+  try {
+    functions_.back() = Checkpoint::Function(*file_, descriptor, add_class(reference), index);
+  } catch (const std::bad_alloc&) {
+    functions_.pop_back();
+    throw;
   }
-  function_index_.insert(place_of(*file_, descriptor), place);
+  function_index_.insert(place_of(*file_, descriptor), functions_.back());
   return functions_.back();
 }
 
+const Checkpoint::ClassEntry* Entities::add_new_class(std::uint64_t reference) {
+  const ClassEntry* record = resolve_class(*file_, reference);
+  return record != nullptr ? &add(record) : nullptr;
+}
+
+const Checkpoint::Function* Entities::add_new_function(std::uint64_t reference) {
+  const Function* descriptor = resolve_function(*file_, reference);
+  return descriptor != nullptr ? &add(descriptor) : nullptr;
+}
+
 const Checkpoint::ClassEntry* Entities::find(const ClassEntry* record) const {
-  return find_entry(*file_, record, classes_, class_index_);
+  return record != nullptr ? class_index_.find(place_of(*file_, record)) : nullptr;
 }
 
 const Checkpoint::Function* Entities::find(const Function* descriptor) const {
-  return find_entry(*file_, descriptor, functions_, function_index_);
+  return descriptor != nullptr ? function_index_.find(place_of(*file_, descriptor)) : nullptr;
 }
 
 }  // namespace CT

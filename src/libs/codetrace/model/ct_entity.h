@@ -137,6 +137,22 @@ class CODETRACE_EXPORT Entities : public std::enable_shared_from_this<Entities> 
   [[nodiscard]] const Checkpoint::ClassEntry* find(const ClassEntry* record) const;
   [[nodiscard]] const Checkpoint::Function* find(const Function* descriptor) const;
 
+  // The same by the reference that a record has: null where it leads to no whole descriptor.
+  const Checkpoint::ClassEntry* add_class(std::uint64_t reference) {
+    const Checkpoint::ClassEntry* known = find_class(reference);
+    return known != nullptr ? known : add_new_class(reference);
+  }
+  const Checkpoint::Function* add_function(std::uint64_t reference) {
+    const Checkpoint::Function* known = find_function(reference);
+    return known != nullptr ? known : add_new_function(reference);
+  }
+  [[nodiscard]] const Checkpoint::ClassEntry* find_class(std::uint64_t reference) const {
+    return known_at(reference, class_index_);
+  }
+  [[nodiscard]] const Checkpoint::Function* find_function(std::uint64_t reference) const {
+    return known_at(reference, function_index_);
+  }
+
   // In order of first sighting: an entry's number is its place here.
   [[nodiscard]] const std::deque<Checkpoint::ClassEntry>& classes() const { return classes_; }
   [[nodiscard]] const std::deque<Checkpoint::Function>& functions() const { return functions_; }
@@ -144,6 +160,16 @@ class CODETRACE_EXPORT Entities : public std::enable_shared_from_this<Entities> 
 
  private:
   Entities(const File& file, Numbering numbering) : file_(&file), numbering_(numbering) {}
+  const Checkpoint::ClassEntry* add_new_class(std::uint64_t reference);
+  const Checkpoint::Function* add_new_function(std::uint64_t reference);
+  // A place that has an entry is that of a whole descriptor.
+  template <class Entry>
+  const Entry* known_at(std::uint64_t reference, const PlaceIndex<Entry>& index) const {
+    const Section& names = file_->add_data();
+    const unsigned char* place = names.resolve(reference);
+    if (place == nullptr) return nullptr;
+    return index.find(static_cast<std::uint32_t>(place - names.data()));
+  }
   [[nodiscard]] std::int32_t number(std::size_t place) const {
     return numbering_ == Numbering::by_sighting ? static_cast<std::int32_t>(place) : -1;
   }
@@ -151,9 +177,9 @@ class CODETRACE_EXPORT Entities : public std::enable_shared_from_this<Entities> 
   const File* file_;
   Numbering numbering_;
   std::deque<Checkpoint::ClassEntry> classes_;
-  PlaceIndex class_index_;
+  PlaceIndex<Checkpoint::ClassEntry> class_index_;
   std::deque<Checkpoint::Function> functions_;
-  PlaceIndex function_index_;
+  PlaceIndex<Checkpoint::Function> function_index_;
 };
 
 }  // namespace CT

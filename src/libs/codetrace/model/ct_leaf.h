@@ -40,8 +40,8 @@ inline bool read_leaf(Cursor& cursor, const File& file, const Entities* entities
     case ValueType::string: leaf.string = get_cut_str(at); break;
     case ValueType::array: return false;
     case ValueType::object: {
-      const CT::ClassEntry* record = resolve_class(file, at.u64());
-      leaf.class_entry = entities != nullptr ? entities->find(record) : nullptr;
+      const std::uint64_t reference = at.u64();
+      leaf.class_entry = entities != nullptr ? entities->find_class(reference) : nullptr;
       leaf.object_handle = at.u32();
       break;
     }

@@ -71,7 +71,7 @@ ValueRef FunctionCall::this_value(ValueTape& tape) const {
 Cursor FunctionCall::arguments() const {
   Cursor cursor = own();
   cursor.bytes(Format::reference_size);
-  if (has_this()) scan_values(cursor, 1, *file(), nullptr);
+  if (has_this()) scan_values(cursor, 1, nullptr);
   return cursor;
 }
 

@@ -46,7 +46,7 @@ KVal::KVal(const CheckpointView& view, Cursor& cursor, Entities* entities) {
     own = entities->shared_from_this();
   }
   Cursor ahead = cursor;
-  scan_values(ahead, 1, view.file(), own.get());
+  scan_values(ahead, 1, own.get());
   const auto tape = make_kept_tape(view, own);
   item_ = tape->decode(cursor);
   tape_ = tape;

@@ -34,7 +34,7 @@ std::int32_t ValueTape::declared_count(Index i) const { return body(i, ValueType
 
 const ClassEntry* ValueTape::class_entry(Index i) const {
   if (entities_ == nullptr) return nullptr;
-  return entities_->find(resolve_class(*file_, body(i, ValueType::object).u64()));
+  return entities_->find_class(body(i, ValueType::object).u64());
 }
 
 std::uint32_t ValueTape::object_handle(Index i) const {

@@ -117,6 +117,6 @@ class CODETRACE_EXPORT ValueTape {
 
 // Steps over the values at the cursor as decode() would, keeping nothing; enters the classes of
 // their objects into `entities` unless that is null.
-void scan_values(Cursor& cursor, std::uint32_t count, const File& file, Entities* entities);
+void scan_values(Cursor& cursor, std::uint32_t count, Entities* entities);
 
 }  // namespace CT::Checkpoint

@@ -3,6 +3,7 @@
 // How values are decoded, and how they are stepped over.
 #include <array>
 #include <functional>
+#include <limits>
 
 #include "codetrace/bytes/ct_utf8.h"
 #include "codetrace/model/ct_value_tape.h"
@@ -13,49 +14,33 @@ namespace {
 
 constexpr std::uint8_t last_type = static_cast<std::uint8_t>(ValueType::resource);
 
-// The bytes behind the code of a value that has always as many.
-constexpr std::uint8_t varying = 255;
-constexpr std::array<std::uint8_t, last_type + 1> body_sizes = {0, 0,       0,       0,  8,
-                                                                8, varying, varying, 12, 16};
+// The bytes behind the code of a value that has always as many; of the others more than there are.
+constexpr std::size_t varying = std::numeric_limits<std::size_t>::max();
+constexpr std::array<std::size_t, last_type + 1> body_sizes = {0, 0,       0,       0,  8,
+                                                               8, varying, varying, 12, 16};
 
 // What stands before the elements of an array, or the whole of any other value.
 struct Header {
   ValueType type;
-  std::int32_t count = 0;       // of an array: the pairs it declares
-  std::uint64_t reference = 0;  // of an object: its class
+  std::int32_t count = 0;  // of an array: the pairs it declares
   String string = {};
 };
 
-// The same where the end is near or the size varies; the cursor, which stands behind the code,
-// fails at the field that is not whole.
-inline void read_body(Header& header, Cursor& cursor) {
-  switch (header.type) {
-    case ValueType::undef:
-    case ValueType::null:
-    case ValueType::false_:
-    case ValueType::true_: break;
-    case ValueType::long_:
-    case ValueType::double_: cursor.bytes(8); break;
-    case ValueType::string: header.string = get_cut_str(cursor); break;
-    case ValueType::array: header.count = cursor.i32(); break;
-    case ValueType::object:
-      header.reference = cursor.u64();
-      cursor.bytes(4);
-      break;
-    case ValueType::resource: cursor.bytes(16); break;
-  }
-}
-
-// Steps over it; the cursor fails if it is not whole.
+// Steps over it; the cursor fails at the field that is not whole.
 inline Header read_header(Cursor& cursor) {
   std::uint8_t code = cursor.u8();
   // Kept: a code that does not exist is undef, and reading goes on behind it, out of step.
   if (code > last_type) code = 0;
   Header header = {static_cast<ValueType>(code)};
-  const std::size_t size = body_sizes[code];
-  if (size == varying || size > cursor.left() || header.type == ValueType::object) {
-    read_body(header, cursor);
+  if (const std::size_t size = body_sizes[code]; size <= cursor.left()) {
+    cursor.bytes(size);
+  } else if (header.type == ValueType::string) {
+    header.string = get_cut_str(cursor);
+  } else if (header.type == ValueType::array) {
+    header.count = cursor.i32();
   } else {
+    // Cut; of an object its class may be whole.
+    if (header.type == ValueType::object) cursor.bytes(Format::reference_size);
     cursor.bytes(size);
   }
   return header;
@@ -181,14 +166,15 @@ ValueTape::Index ValueTape::decode(Cursor& cursor) {
 
 // Nothing is kept, so of the arrays that are open it is enough to know how many values they still
 // want all together: fewer than 2^32 for each of less than 2^24 arrays.
-void scan_values(Cursor& cursor, std::uint32_t count, const File& file, Entities* entities) {
+void scan_values(Cursor& cursor, std::uint32_t count, Entities* entities) {
   Cursor at = cursor;
   for (std::uint64_t wanted = count; wanted != 0; --wanted) {
+    Cursor body = at;
     const Header value = read_header(at);
     if (!at.ok()) break;
     if (value.type == ValueType::object && entities != nullptr) {
-      const CT::ClassEntry* record = resolve_class(file, value.reference);
-      if (record != nullptr) entities->add(record);
+      body.bytes(1);
+      entities->add_class(body.u64());
     }
     if (value.count > 0) wanted += 2 * static_cast<std::uint64_t>(value.count);
   }
