@@ -2,6 +2,7 @@
 #include "codetrace/ct_storage.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <memory>
 #include <type_traits>
@@ -32,16 +33,24 @@ Finding finding(Kind kind, const Checkpoint::Base& record,
 struct Storage::ClosingRule {
   Type end;
   Node::Type node;
-  bool checks_type;
+  bool checks_type = false;
+
+  static const ClosingRule& of(Type end);
 };
 
-const Storage::ClosingRule Storage::closing_rules[] = {
-    {Type::FUNCTION_RETURN, Node::Type::FUNCTION_CALL, false},
-    {Type::FUNCTION_EXCEPTION, Node::Type::FUNCTION_CALL, false},
-    {Type::INCLUDE_RETURN, Node::Type::INCLUDE_CALL, true},
-    {Type::INCLUDE_EXCEPTION, Node::Type::INCLUDE_CALL, false},
-    {Type::SAPI_WRITE_END, Node::Type::SAPI_WRITE, false},
-};
+// Of a span's end.
+const Storage::ClosingRule& Storage::ClosingRule::of(Type end) {
+  static constexpr std::array rules = {
+      ClosingRule{Type::FUNCTION_RETURN, Node::Type::FUNCTION_CALL},
+      ClosingRule{Type::FUNCTION_EXCEPTION, Node::Type::FUNCTION_CALL},
+      ClosingRule{Type::INCLUDE_RETURN, Node::Type::INCLUDE_CALL, true},
+      ClosingRule{Type::INCLUDE_EXCEPTION, Node::Type::INCLUDE_CALL},
+      ClosingRule{Type::SAPI_WRITE_END, Node::Type::SAPI_WRITE},
+  };
+  std::size_t row = 0;
+  while (rules[row].end != end) ++row;
+  return rules[row];
+}
 
 void Storage::report(const Finding& finding) {
   summary_.count(finding_info(finding.kind).effect);
@@ -62,7 +71,7 @@ Storage::NodeId Storage::add_checkpoint(const Checkpoint::Base& record) {
     case Role::root: return add_startup(record);
     case Role::root_end: return add_shutdown(record);
     case Role::span: return open(record);
-    case Role::span_end: return close(record, record.type());
+    case Role::span_end: return check_is_open(record) ? close(record) : no_node;
     case Role::leaf: return add_leaf(record);
     case Role::none: break;
   }
@@ -125,30 +134,33 @@ Storage::NodeId Storage::add_shutdown(const Checkpoint::Base& record) {
 }
 
 Storage::NodeId Storage::add_function_return(const Checkpoint::Base& record) {
-  return close(record, Type::FUNCTION_RETURN);
+  return close_as(record, Type::FUNCTION_RETURN);
 }
 
 Storage::NodeId Storage::add_function_exception(const Checkpoint::Base& record) {
-  return close(record, Type::FUNCTION_EXCEPTION);
+  return close_as(record, Type::FUNCTION_EXCEPTION);
 }
 
 Storage::NodeId Storage::add_include_return(const Checkpoint::Base& record) {
-  return close(record, Type::INCLUDE_RETURN);
+  return close_as(record, Type::INCLUDE_RETURN);
 }
 
 Storage::NodeId Storage::add_include_exception(const Checkpoint::Base& record) {
-  return close(record, Type::INCLUDE_EXCEPTION);
+  return close_as(record, Type::INCLUDE_EXCEPTION);
 }
 
-Storage::NodeId Storage::close(const Checkpoint::Base& record, Type wanted) {
+Storage::NodeId Storage::close_as(const Checkpoint::Base& record, Type wanted) {
   if (!takes(record) || !check_is_open(record)) return no_node;
   if (record.type() != wanted) {
     report(finding(Kind::wrong_class, record));
     return no_node;
   }
-  const ClosingRule& rule =
-      *std::find_if(std::begin(closing_rules), std::end(closing_rules),
-                    [&](const ClosingRule& row) { return row.end == wanted; });
+  return close(record);
+}
+
+// Requires: a valid end of a span, and an open node.
+Storage::NodeId Storage::close(const Checkpoint::Base& record) {
+  const ClosingRule& rule = ClosingRule::of(record.type());
   const std::uint64_t start = Checkpoint::End(record).start();
   const NodeId id = find_span(start);
   if (id == no_node) {
@@ -189,30 +201,27 @@ Storage::NodeId Storage::finish(NodeId id, const Checkpoint::Base& record) {
   return id;
 }
 
-// The latest span that began at this address. Checkpoints of a file rise, so the usual answers are
-// the innermost open node and a binary search.
+// The latest span that began at this address: mostly the innermost open node.
 Storage::NodeId Storage::find_span(std::uint64_t address) const {
   const std::uint64_t offset = address - std::bit_cast<std::uintptr_t>(file_->data().data());
   if (address == 0 || offset >= file_->data().size()) return no_node;
-  const auto begins_here = [&](const Entry& node) { return node.begin == offset; };
-  auto found = nodes_.rend();
-  if (!is_rising_) {
-    found = std::find_if(nodes_.rbegin(), nodes_.rend(), begins_here);
-  } else if (begins_here(entry(top_))) {
-    found = nodes_.rend() - top_ - 1;
-  } else {
-    found = std::lower_bound(nodes_.rbegin(), nodes_.rend(), offset,
-                             [](const Entry& node, std::uint64_t at) { return node.begin > at; });
-  }
-  if (found == nodes_.rend() || !begins_here(*found)) return no_node;
-  const std::uint8_t code = CheckpointView::at(*file_, found->begin).type();
-  if (type_info(Checkpoint::type_of_code(code)).role != Role::span) return no_node;
-  return static_cast<NodeId>(nodes_.rend() - found) - 1;
+  const NodeId id = is_rising_ && entry(top_).begin == offset ? top_ : find_begin(offset);
+  return id != no_node && type_info(begin_type(id)).role == Role::span ? id : no_node;
 }
 
-Node::Type Storage::type(NodeId id) const {
-  const CheckpointView view = CheckpointView::at(*file_, entry(id).begin);
-  return Node::type_of_begin(Checkpoint::type_of_code(view.type()));
+// The latest node that began there. Checkpoints of a file rise, so it is a binary search, as a
+// rule.
+Storage::NodeId Storage::find_begin(std::uint64_t offset) const {
+  auto found = nodes_.rend();
+  if (is_rising_) {
+    found = std::lower_bound(nodes_.rbegin(), nodes_.rend(), offset,
+                             [](const Entry& node, std::uint64_t at) { return node.begin > at; });
+  } else {
+    found = std::find_if(nodes_.rbegin(), nodes_.rend(),
+                         [&](const Entry& node) { return node.begin == offset; });
+  }
+  if (found == nodes_.rend() || found->begin != offset) return no_node;
+  return static_cast<NodeId>(nodes_.rend() - found) - 1;
 }
 
 void Storage::read(NodeId id, Node::Base& node) const {

@@ -60,7 +60,7 @@ class CODETRACE_EXPORT Storage {
   // Of a node, without decoding it. Requires: a number below node_count(). Offsets are those of
   // header words in DATA; `no_end` for what has no end.
   [[nodiscard]] NodeId parent(NodeId id) const { return entry(id).parent; }
-  [[nodiscard]] Node::Type type(NodeId id) const;
+  [[nodiscard]] Node::Type type(NodeId id) const { return Node::type_of_begin(begin_type(id)); }
   [[nodiscard]] std::uint32_t begin_offset(NodeId id) const { return entry(id).begin; }
   [[nodiscard]] std::uint32_t end_offset(NodeId id) const { return entry(id).end; }
 
@@ -100,18 +100,23 @@ class CODETRACE_EXPORT Storage {
     NodeId parent;
   };
   struct ClosingRule;
-  static const ClosingRule closing_rules[];
 
   [[nodiscard]] bool takes(const Checkpoint::Base& record) const;
   NodeId add_startup(const Checkpoint::Base& record);
   NodeId add_node(const Checkpoint::Base& record);
   NodeId open(const Checkpoint::Base& record);
   NodeId add_leaf(const Checkpoint::Base& record);
-  NodeId close(const Checkpoint::Base& record, Checkpoint::Type wanted);
+  NodeId close_as(const Checkpoint::Base& record, Checkpoint::Type wanted);
+  NodeId close(const Checkpoint::Base& record);
   NodeId close_inner(NodeId id, const Checkpoint::Base& record);
   NodeId finish(NodeId id, const Checkpoint::Base& record);
   bool check_is_open(const Checkpoint::Base& record);
   [[nodiscard]] NodeId find_span(std::uint64_t address) const;
+  [[nodiscard]] NodeId find_begin(std::uint64_t offset) const;
+  [[nodiscard]] Checkpoint::Type begin_type(NodeId id) const {
+    const unsigned char* word = file_->data().data() + entry(id).begin;
+    return Checkpoint::type_of_code(type_of_header(word, file_->big_endian()));
+  }
   void pop() { top_ = nodes_[static_cast<std::size_t>(top_)].parent; }
   [[nodiscard]] const Entry& entry(NodeId id) const {
     assert(id >= 0 && id < node_count());

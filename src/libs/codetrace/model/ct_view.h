@@ -33,6 +33,11 @@ inline std::uint32_t normalise_header(const unsigned char* word, bool big_endian
   return (value << 8) | location | memory | timestamp | (lead >> 3);
 }
 
+// The type alone, which is in the first byte.
+inline std::uint8_t type_of_header(const unsigned char* word, bool big_endian) {
+  return big_endian ? *word >> 3 : *word & Format::type_mask;
+}
+
 class CODETRACE_EXPORT CheckpointView {
  public:
   // Where a walk had to stop before the end of DATA.
