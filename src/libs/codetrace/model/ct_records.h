@@ -16,7 +16,7 @@
 #include <vector>
 
 #include "codetrace/model/ct_checkpoint.h"
-#include "codetrace/model/ct_leaf.h"
+#include "codetrace/model/ct_value_cursor.h"
 #include "codetrace/model/ct_value.h"
 #include "codetrace/model/ct_value_tape.h"
 #include "kcommon/k_export.h"
@@ -67,8 +67,8 @@ class CODETRACE_EXPORT EndWithValue : public End {
   [[nodiscard]] KVal value() const;
   // The same on a tape, which is reset.
   ValueRef value(ValueTape& tape) const;
-  // The same for whoever looks at it once, in place. Borrows: this record.
-  [[nodiscard]] ValueStream values() const { return {*this, value_cursor(), 1}; }
+  // The same for whoever looks at it once, in place.
+  [[nodiscard]] ValueCursor values() const { return {value_cursor(), 1, file(), entities()}; }
 
  private:
   [[nodiscard]] Cursor value_cursor() const {
@@ -170,16 +170,16 @@ class CODETRACE_EXPORT FunctionCall final : public Base {
   // The same on a tape, which is reset.
   ValueRef this_value(ValueTape& tape) const;
   Values args(ValueTape& tape) const;
-  // The arguments for whoever looks at each once, in place. Borrows: this record.
-  [[nodiscard]] ValueStream arg_values() const {
+  // The arguments for whoever looks at each once, in place.
+  [[nodiscard]] ValueCursor arg_values() const {
     Cursor cursor = arguments();
     const std::uint32_t count = cursor.u32();
-    return {*this, cursor, count};
+    return {cursor, count, file(), entities()};
   }
-  [[nodiscard]] ValueStream this_values() const {
+  [[nodiscard]] ValueCursor this_values() const {
     Cursor cursor = own();
     cursor.bytes(Format::reference_size);
-    return {*this, cursor, has_this() ? 1U : 0U};
+    return {cursor, has_this() ? 1U : 0U, file(), entities()};
   }
 
  private:

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "codetrace/bytes/ct_utf8.h"
 #include "codetrace/model/ct_format.h"
 #include "kcommon/k_export.h"
 
@@ -39,6 +40,12 @@ struct CODETRACE_EXPORT String {
     return !text.empty() && text.front() != '\0';
   }
   [[nodiscard]] bool is_cut() const { return std::int64_t{orig_sz} > std::int64_t{length}; }
+  // Whether it is the text that the tracer puts in place of what it left out, with or without a
+  // byte-order mark.
+  [[nodiscard]] bool is_cut_marker() const {
+    return length >= cut_marker.size() && length <= cut_marker.size() + byte_order_mark.size() &&
+           decodes_to(view(), cut_marker);
+  }
 
   // The text, with the cut marker if it was cut; the second escapes quotes and three controls of
   // the text (see ct_text.h).

@@ -5,7 +5,6 @@
 #include <functional>
 #include <limits>
 
-#include "codetrace/bytes/ct_utf8.h"
 #include "codetrace/model/ct_value_tape.h"
 
 namespace CT::Checkpoint {
@@ -76,7 +75,7 @@ class TapeDecoder {
       add(ValueType::undef, place, false);
       return false;
     }
-    add(value.type, place, is_cut_marker(value.string));
+    add(value.type, place, value.string.is_cut_marker());
     if (value.count < 1) return false;
     frames_.push_back(
         {tape_.size() - 1, tape_.size(), static_cast<std::uint32_t>(value.count), 0, false});
@@ -137,13 +136,6 @@ class TapeDecoder {
       item.cut = item.list = 1;
       item.link = value + 1;
     }
-  }
-
-  static bool is_cut_marker(const String& string) {
-    // With or without a byte-order mark.
-    return string.length >= Format::cut_marker.size() &&
-           string.length <= Format::cut_marker.size() + byte_order_mark.size() &&
-           decodes_to(string.view(), Format::cut_marker);
   }
 
   ValueTape& tape_;

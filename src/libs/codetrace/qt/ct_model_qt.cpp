@@ -78,8 +78,8 @@ QTextStream& Base::dump(QTextStream& out) const {
 }
 
 QString KVal::to_string(bool quoted) const {
-  if (tape_ == nullptr) return QStringLiteral("undef");
-  return text_of([&](Writer& out) { ValueTextWriter().write(*tape_, item_, out, quoted); });
+  const auto form = quoted ? ValueTextWriter::Form::quoted : ValueTextWriter::Form::bare;
+  return text_of([&](Writer& out) { ValueTextWriter().write(ref(), out, form); });
 }
 
 QString KVal::to_escaped_string(bool quoted) const {

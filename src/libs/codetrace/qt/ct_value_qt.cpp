@@ -69,7 +69,7 @@ QJsonValue closed(const OpenArray& open) {
 
 QString key_of(const ValueRef& key) {
   MemoryWriter text;
-  Checkpoint::ValueTextWriter().write(*key.tape(), key.item(), text);
+  Checkpoint::ValueTextWriter().write(key, text);
   return to_qstring(text.view());
 }
 

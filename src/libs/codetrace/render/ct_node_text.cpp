@@ -12,7 +12,7 @@
 
 namespace CT::Node {
 
-using Checkpoint::ValueStream;
+using Form = Checkpoint::ValueTextWriter::Form;
 
 namespace {
 
@@ -58,11 +58,9 @@ struct LineWriter {
     if (function == nullptr) return;
     put_head(*function, call.file()->add_data());
     auto arguments = call.arg_values();
-    for (bool is_first = true; out.ok(); is_first = false) {
-      const auto next = arguments.next(room.tape);
-      if (next == ValueStream::Next::none) break;
-      if (!is_first) out.put(", ");
-      put_value(arguments, next, *call.file());
+    for (std::string_view lead; room.values.write(arguments, out, Form::escaped, lead);) {
+      if (!out.ok()) return;
+      lead = ", ";
     }
     out.put(')');
     if (const auto returned = node.end_as<Checkpoint::FunctionReturn>()) {
@@ -116,20 +114,8 @@ struct LineWriter {
   // " Returned: " or " Threw: " with the record's value, unless that is undef.
   void put_outcome(std::string_view label, const Checkpoint::EndWithValue& end) const {
     auto values = end.values();
-    const auto next = values.next(room.tape);
-    const bool is_undef =
-        next == ValueStream::Next::leaf && values.leaf().type == Checkpoint::ValueType::undef;
-    if (next == ValueStream::Next::none || is_undef) return;
-    out.put(label);
-    put_value(values, next, *end.file());
-  }
-
-  void put_value(const ValueStream& values, ValueStream::Next form, const File& file) const {
-    if (form == ValueStream::Next::leaf) {
-      room.values.write_escaped(values.leaf(), file, out);
-    } else {
-      room.values.write_escaped(*values.array().tape(), values.array().item(), out);
-    }
+    if (values.next_type() == Checkpoint::ValueType::undef) return;
+    room.values.write(values, out, Form::escaped, label);
   }
 };
 

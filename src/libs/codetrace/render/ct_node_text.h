@@ -3,7 +3,6 @@
 // Working memory for the lines of the text output, reused from node to node.
 #pragma once
 
-#include "codetrace/model/ct_value_tape.h"
 #include "codetrace/render/ct_rendered.h"
 #include "codetrace/render/ct_value_text.h"
 #include "kcommon/k_export.h"
@@ -11,7 +10,6 @@
 namespace CT::Node {
 
 struct CODETRACE_EXPORT TextRoom {
-  Checkpoint::ValueTape tape;
   Checkpoint::ValueTextWriter values;
   RenderedTexts call_heads;  // by function: its name, up to the bracket
 };

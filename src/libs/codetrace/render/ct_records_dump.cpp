@@ -11,8 +11,9 @@ namespace CT {
 
 using Checkpoint::String;
 using Checkpoint::ValueRef;
-using Checkpoint::ValueStream;
+using Checkpoint::ValueCursor;
 using Checkpoint::ValueType;
+using Form = Checkpoint::ValueTextWriter::Form;
 
 namespace {
 
@@ -155,17 +156,15 @@ struct RecordDumper::Lines {
     // Kept: always the null pointer.
     put_pointer_line(out, "\tFUNCTION: ", 0);
     if (call.function() != nullptr) put_function(*call.function(), call.file()->add_data());
-    if (call.has_this()) put_value_line("\tTHIS: ", call.this_values(), *call.file());
+    if (call.has_this()) put_value_line("\tTHIS: ", call.this_values());
     const std::uint32_t count = call.arg_count();
     put_line(out, "\tARG_COUNT: ", std::int64_t{count});
     if (count == 0) return;
     out.put("\tARGS: ");
     auto arguments = call.arg_values();
-    for (bool is_first = true; out.ok(); is_first = false) {
-      const auto next = arguments.next(room.tape_);
-      if (next == ValueStream::Next::none) break;
-      if (!is_first) out.put(", ");
-      put_value(arguments, next, *call.file());
+    for (std::string_view lead; room.texts_.write(arguments, out, Form::quoted, lead);) {
+      if (!out.ok()) return;
+      lead = ", ";
     }
     out.put('\n');
   }
@@ -178,27 +177,14 @@ struct RecordDumper::Lines {
 
   void put_end(std::string_view label, const Checkpoint::EndWithValue& record) const {
     put_pointer_line(out, "\tSTART: ", record.start());
-    put_value_line(label, record.values(), *record.file());
+    put_value_line(label, record.values());
   }
 
   // What is not whole is undef.
-  void put_value_line(std::string_view label, ValueStream values, const File& file) const {
+  void put_value_line(std::string_view label, ValueCursor values) const {
     out.put(label);
-    const auto next = values.next(room.tape_);
-    if (next == ValueStream::Next::none) {
-      out.put("undef");
-    } else {
-      put_value(values, next, file);
-    }
+    if (!room.texts_.write(values, out)) out.put("undef");
     out.put('\n');
-  }
-
-  void put_value(const ValueStream& values, ValueStream::Next form, const File& file) const {
-    if (form == ValueStream::Next::leaf) {
-      room.texts_.write(values.leaf(), file, out);
-    } else {
-      room.texts_.write(*values.array().tape(), values.array().item(), out);
-    }
   }
 };
 

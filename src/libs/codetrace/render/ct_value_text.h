@@ -3,32 +3,34 @@
 // The one-line text of values, in the manner of PHP.
 #pragma once
 
+#include <string_view>
+
 #include "codetrace/bytes/ct_plain_array.h"
-#include "codetrace/model/ct_leaf.h"
-#include "codetrace/model/ct_value_tape.h"
+#include "codetrace/model/ct_value_cursor.h"
+#include "codetrace/model/ct_value_ref.h"
 #include "codetrace/render/ct_writer.h"
 #include "kcommon/k_export.h"
 
 namespace CT::Checkpoint {
 
-// Writes values of a tape; keeps its working memory from one to the next.
+// Writes values; keeps its working memory from one to the next.
 class CODETRACE_EXPORT ValueTextWriter {
  public:
+  // How a text that is not inside an array is written. Kept: texts inside arrays always stand in
+  // quotes and are never escaped.
+  enum class Form { bare, quoted, escaped };
+
   ValueTextWriter() = default;
   ValueTextWriter(const ValueTextWriter&) = delete;
   ValueTextWriter& operator=(const ValueTextWriter&) = delete;
   virtual ~ValueTextWriter() = default;
 
-  // `quoted`: whether a text that is not inside an array stands in double quotes.
-  void write(const ValueTape& tape, ValueTape::Index root, Writer& out, bool quoted = true);
+  void write(const ValueRef& value, Writer& out, Form form = Form::quoted);
 
-  // The same in quotes and escaped.
-  // Kept: texts inside arrays are never escaped.
-  void write_escaped(const ValueTape& tape, ValueTape::Index root, Writer& out);
-
-  // The same for a value that is no array; `file` is the one that it is of.
-  void write(const Leaf& leaf, const File& file, Writer& out, bool quoted = true);
-  void write_escaped(const Leaf& leaf, const File& file, Writer& out);
+  // Writes the next value with `lead` before it and steps over it. False, and nothing is written,
+  // if there is none or nothing of it is whole. Once the output failed, the cursor stands anywhere.
+  bool write(ValueCursor& values, Writer& out, Form form = Form::quoted,
+             std::string_view lead = {});
 
  protected:
   // The name of a class or a resource type at a place of ADD DATA; null for none.
@@ -36,14 +38,19 @@ class CODETRACE_EXPORT ValueTextWriter {
 
  private:
   struct OpenArray {
-    ValueTape::Index item;
-    bool value_next;
-    bool is_first;
+    std::uint32_t left;  // pairs still to come, the current one included
+    bool is_first;       // no pair was written
+    bool value_next;     // the current pair's key is written
+    bool is_whole;       // is known to be
   };
 
-  void write_object(const Leaf& leaf, const File& file, Writer& out);
-  void write_resource(const Leaf& leaf, const File& file, Writer& out);
-  void write_array(const ValueTape& tape, ValueTape::Index root, Writer& out);
+  bool write_leaf(ValueCursor& values, Writer& out, Form form, std::string_view lead);
+  bool open(Cursor& at, bool is_whole, Writer& out, std::string_view lead);
+  void write_open_arrays(ValueCursor& values, Writer& out);
+  void write_key(ValueCursor& values, OpenArray& array, Writer& out);
+  void write_value(ValueCursor& values, OpenArray& array, Writer& out);
+  void write_object(ValueCursor& values, Writer& out, std::uint64_t reference,
+                    std::uint32_t handle);
 
   PlainArray<OpenArray> open_;
 };

@@ -32,7 +32,7 @@ void KeyTexts::NameNoter::write_name(const File& file, const unsigned char* plac
 MapMember KeyTexts::add(const ValueTape& tape, ValueTape::Index key) {
   file_ = &tape.file();
   const Mark before = mark();
-  noter_.write(tape, key, bytes_);
+  noter_.write(ValueRef(tape, key), bytes_);
   MapMember member = {};
   member.begin = static_cast<std::uint32_t>(before.bytes);
   member.end = static_cast<std::uint32_t>(bytes_.size());
