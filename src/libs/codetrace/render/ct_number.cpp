@@ -11,6 +11,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "codetrace/render/ct_digits.h"
+
 namespace CT {
 
 namespace {
@@ -19,57 +21,6 @@ namespace {
 constexpr std::size_t double_size = 32;
 // Up to here every whole number is a double, and Qt prints it as an integer.
 constexpr double exact_whole = 9007199254740992.0;
-
-// Two decimal digits for each number below 100.
-constexpr auto digit_pairs = [] {
-  std::array<char, 200> pairs{};
-  for (std::size_t i = 0; i != 100; ++i) {
-    pairs[2 * i] = static_cast<char>('0' + i / 10);
-    pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
-  }
-  return pairs;
-}();
-
-// Two hexadecimal digits for each byte.
-constexpr auto hex_pairs = [] {
-  constexpr std::string_view digits = "0123456789abcdef";
-  std::array<char, 512> pairs{};
-  for (std::size_t i = 0; i != 256; ++i) {
-    pairs[2 * i] = digits[i / 16];
-    pairs[2 * i + 1] = digits[i % 16];
-  }
-  return pairs;
-}();
-
-// Writes the digits that end at `end`, by pairs; returns their begin.
-char* write_digits_before(char* end, std::uint64_t value) {
-  while (value >= 100) {
-    end -= 2;
-    std::memcpy(end, &digit_pairs[2 * (value % 100)], 2);
-    value /= 100;
-  }
-  if (value < 10) {
-    *--end = static_cast<char>('0' + value);
-    return end;
-  }
-  end -= 2;
-  std::memcpy(end, &digit_pairs[2 * value], 2);
-  return end;
-}
-
-// Writes to `at`, where there is room for 20 digits; returns the end.
-char* write_decimal(char* at, std::uint64_t value) {
-  if (value < 10) {
-    *at = static_cast<char>('0' + value);
-    return at + 1;
-  }
-  // Copied as a block of fixed size: what is behind the digits is written over later.
-  constexpr std::size_t block = 20;
-  char digits[2 * block];
-  const char* begin = write_digits_before(digits + block, value);
-  std::memcpy(at, begin, block);
-  return at + (digits + block - begin);
-}
 
 template <class Value, class... Form>
 void put_chars(Writer& out, Value value, Form... form) {
@@ -131,29 +82,19 @@ bool has_six_digits(std::uint64_t millionths) {
 }
 
 void put_short_decimal(Writer& out, std::uint64_t millionths) {
-  put_unsigned(out, millionths / 1000000);
-  auto rest = static_cast<unsigned>(millionths % 1000000);
-  if (rest == 0) return;
-  char* room = out.room(7);
-  char* end = room;
-  *end++ = '.';
-  for (unsigned unit = 100000; rest != 0; unit /= 10) {
-    *end++ = static_cast<char>('0' + rest / unit);
-    rest %= unit;
+  char* at = write_decimal(out.room(double_size), millionths / 1000000);
+  if (const auto rest = static_cast<std::uint32_t>(millionths % 1000000); rest != 0) {
+    *at++ = '.';
+    at = write_4_digits(write_2_digits(at, rest / 10000), rest % 10000);
+    while (at[-1] == '0') --at;
   }
-  out.advance(end);
+  out.advance(at);
 }
 
 }  // namespace
 
 void put_signed(Writer& out, std::int64_t value) {
-  char* at = out.room(double_size);
-  auto magnitude = static_cast<std::uint64_t>(value);
-  if (value < 0) {
-    *at++ = '-';
-    magnitude = 0 - magnitude;
-  }
-  out.advance(write_decimal(at, magnitude));
+  out.advance(write_signed(out.room(double_size), value));
 }
 
 void put_unsigned(Writer& out, std::uint64_t value) {
@@ -161,20 +102,11 @@ void put_unsigned(Writer& out, std::uint64_t value) {
 }
 
 void put_pointer(Writer& out, std::uint64_t address) {
-  char* at = out.room(double_size);
-  *at++ = '0';
-  *at++ = 'x';
-  constexpr std::size_t block = 16;
-  char digits[2 * block];
-  char* begin = digits + block;
-  do {
-    begin -= 2;
-    std::memcpy(begin, &hex_pairs[2 * (address & 0xFF)], 2);
-    address >>= 8;
-  } while (address != 0);
-  if (*begin == '0' && begin + 1 != digits + block) ++begin;
-  std::memcpy(at, begin, block);
-  out.advance(at + (digits + block - begin));
+  out.advance(write_pointer(out.room(double_size), address));
+}
+
+void put_timestamp(Writer& out, const KTime::Timestamp& time) {
+  out.advance(write_timestamp(out.room(double_size), time));
 }
 
 void put_double_text(Writer& out, double value) {
@@ -207,28 +139,6 @@ void put_double_json(Writer& out, double value) {
   } else {
     put_chars(out, value);
   }
-}
-
-void put_timestamp(Writer& out, KTime::Timestamp time) {
-  put_signed(out, time.seconds);
-  const auto nanos = static_cast<std::int32_t>(time.nanoseconds);
-  // Kept: the carry does not reach the seconds, so 999999500 ns and more print as 1000000.
-  std::int32_t micros = nanos / 1000 + (nanos % 1000 >= 500 ? 1 : 0);
-  std::ptrdiff_t width = 6;
-  char* at = out.room(double_size);
-  *at++ = '.';
-  if (micros < 0) {
-    *at++ = '-';
-    micros = -micros;
-    --width;
-  }
-  constexpr std::size_t block = 16;
-  char digits[2 * block];
-  char* const end = digits + block;
-  char* begin = write_digits_before(end, static_cast<std::uint64_t>(micros));
-  while (end - begin < width) *--begin = '0';
-  std::memcpy(at, begin, block);
-  out.advance(at + (end - begin));
 }
 
 }  // namespace CT

@@ -11,11 +11,11 @@
 
 namespace CT {
 
+// As ct_digits.h says of each.
 void put_signed(Writer& out, std::int64_t value);
 void put_unsigned(Writer& out, std::uint64_t value);
-
-// As QTextStream prints a `const void *`: "0x" and lower-case hexadecimal digits, "0x0" for null.
 void put_pointer(Writer& out, std::uint64_t address);
+void put_timestamp(Writer& out, const KTime::Timestamp& time);
 
 // Six significant digits, exact ties away from zero, no minus sign on zero, "nan" of either sign.
 void put_double_text(Writer& out, double value);
@@ -23,8 +23,5 @@ void put_double_text(Writer& out, double value);
 // Shortest digits that read back the same, in decimal or exponent form, whichever is shorter;
 // "null" for what JSON has no number for.
 void put_double_json(Writer& out, double value);
-
-// "{seconds}.{microseconds}" with at least six digits of microseconds, rounded half up.
-void put_timestamp(Writer& out, KTime::Timestamp time);
 
 }  // namespace CT
