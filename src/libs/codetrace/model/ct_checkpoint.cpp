@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "codetrace/model/ct_checkpoint.h"
 
-#include <array>
-
 #include "codetrace/model/ct_value_tape.h"
 
 namespace CT::Checkpoint {
@@ -27,17 +25,6 @@ void scan_field(Format::Field field, Cursor& cursor, Entities* entities) {
 
 bool is_call(Type type) { return type == Type::FUNCTION_CALL || type == Type::METHOD_CALL; }
 bool is_end(Type type) { return type_info(type).role == Role::span_end; }
-
-// By presence bits: where the fields behind the common ones begin.
-constexpr std::array<std::uint32_t, 8> common_sizes = [] {
-  std::array<std::uint32_t, 8> sizes{};
-  for (std::uint32_t bits = 0; bits != sizes.size(); ++bits) {
-    sizes[bits] = ((bits & 1) != 0 ? Format::timestamp_size : 0) +
-                  ((bits & 2) != 0 ? Format::memory_size : 0) +
-                  ((bits & 4) != 0 ? Format::location_size : 0);
-  }
-  return sizes;
-}();
 
 }  // namespace
 
@@ -82,7 +69,7 @@ Base Base::sighted(const CheckpointView& view, Entities& entities) {
 
 // Mostly all are there, and eight sizes tell where they end.
 inline void Base::place_common_fields(std::uint8_t presence) {
-  own_ = common_sizes[presence];
+  own_ = Format::common_sizes[presence];
   if (own_ <= size_) {
     flags_ = presence;
   } else {
@@ -107,27 +94,6 @@ void Base::place_cut_fields(std::uint8_t presence) {
 
 void Base::reset(ValueTape& tape) const {
   tape.reset(file_, size_ != 0 ? payload() : nullptr, size_, entities_);
-}
-
-KTime::Timestamp Base::timestamp() const {
-  if (!has_timestamp()) return {};
-  Cursor cursor = cursor_at(0);
-  const std::int64_t seconds = cursor.i64();
-  return {seconds, cursor.u32()};
-}
-
-std::uint64_t Base::memory() const {
-  return has_memory() ? cursor_at(common_sizes[flags_ & 1]).u64() : 0;
-}
-
-const unsigned char* Base::filename_place() const {
-  if (!has_location()) return nullptr;
-  return file_->add_data().resolve(cursor_at(common_sizes[flags_ & 3]).u64());
-}
-
-std::uint32_t Base::line_no() const {
-  if (!has_location()) return 0;
-  return cursor_at(common_sizes[flags_ & 3] + Format::reference_size).u32();
 }
 
 String Base::referenced_text(std::size_t offset) const {

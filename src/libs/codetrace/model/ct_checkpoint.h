@@ -63,12 +63,22 @@ class CODETRACE_EXPORT Base {
   [[nodiscard]] std::uint8_t flags() const { return flags_; }
 
   // 0 and absent where the record carries none.
-  [[nodiscard]] KTime::Timestamp timestamp() const;
-  [[nodiscard]] std::uint64_t memory() const;
+  [[nodiscard]] KTime::Timestamp timestamp() const {
+    Cursor cursor = common(1);
+    const std::int64_t seconds = cursor.i64();
+    return {seconds, cursor.u32()};
+  }
+  [[nodiscard]] std::uint64_t memory() const { return common(2).u64(); }
   [[nodiscard]] String filename() const { return section_str_at(filename_place()); }
   // Where the file's name begins in ADD DATA, not measured; null for none.
-  [[nodiscard]] const unsigned char* filename_place() const;
-  [[nodiscard]] std::uint32_t line_no() const;
+  [[nodiscard]] const unsigned char* filename_place() const {
+    return has_location() ? file_->add_data().resolve(common(4).u64()) : nullptr;
+  }
+  [[nodiscard]] std::uint32_t line_no() const {
+    Cursor cursor = common(4);
+    cursor.bytes(Format::reference_size);
+    return cursor.u32();
+  }
 
   // The offset in the payload of the first field that is not whole, if there is one. Looks at the
   // whole record.
@@ -109,6 +119,10 @@ class CODETRACE_EXPORT Base {
   [[nodiscard]] std::uint32_t scan(Cursor& cursor, bool is_placed, Entities* entities) const;
   [[nodiscard]] const unsigned char* payload() const {
     return checkpoint_ + Format::header_word_size;
+  }
+  // At one of the common fields, by its bit; failed if it is not there.
+  [[nodiscard]] Cursor common(std::uint8_t bit) const {
+    return (flags_ & bit) != 0 ? cursor_at(Format::common_sizes[flags_ & (bit - 1)]) : Cursor();
   }
   // From an offset in the payload to its end; failed if there is no payload or not so much of it.
   [[nodiscard]] Cursor cursor_at(std::uint32_t offset) const {

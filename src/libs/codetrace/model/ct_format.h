@@ -5,6 +5,7 @@
 // they mean. Integers are in the writer's byte order.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -23,6 +24,16 @@ inline constexpr std::uint32_t largest_payload = 0xFFFFFF;
 inline constexpr std::uint32_t timestamp_size = 12;  // u64 seconds, u32 nanoseconds
 inline constexpr std::uint32_t memory_size = 8;
 inline constexpr std::uint32_t location_size = 12;  // reference to the file's name, u32 line
+
+// All of them, by presence bits.
+inline constexpr auto common_sizes = [] {
+  std::array<std::uint32_t, presence_mask + 1> sizes{};
+  for (std::uint32_t bits = 0; bits != sizes.size(); ++bits) {
+    sizes[bits] = ((bits & 1) != 0 ? timestamp_size : 0) + ((bits & 2) != 0 ? memory_size : 0) +
+                  ((bits & 4) != 0 ? location_size : 0);
+  }
+  return sizes;
+}();
 
 inline constexpr std::uint32_t reference_size = 8;
 

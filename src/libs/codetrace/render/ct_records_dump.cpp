@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "codetrace/render/ct_records_dump.h"
 
+#include <array>
 #include <bit>
+#include <cstring>
+#include <tuple>
 
 #include "codetrace/model/ct_records.h"
+#include "codetrace/render/ct_digits.h"
 #include "codetrace/render/ct_json.h"
-#include "codetrace/render/ct_number.h"
 
 namespace CT {
 
@@ -30,17 +33,51 @@ void put_bare_line(Writer& out, std::string_view label, String text) {
   out.put('\n');
 }
 
-void put_line(Writer& out, std::string_view label, std::int64_t number) {
-  out.put(label);
-  put_signed(out, number);
-  out.put('\n');
+// A fixed text without its NUL; returns its end.
+template <std::size_t Size>
+char* write_fixed(char* at, const char (&text)[Size]) {
+  std::memcpy(at, text, Size - 1);
+  return at + (Size - 1);
 }
 
-void put_pointer_line(Writer& out, std::string_view label, std::uint64_t address) {
-  out.put(label);
-  put_pointer(out, address);
-  out.put('\n');
+// The room for a fixed text and a number, with some to spare.
+constexpr std::size_t line_room = 96;
+
+template <std::size_t Size>
+void put_line(Writer& out, const char (&label)[Size], std::int64_t number) {
+  char* at = write_signed(write_fixed(out.room(line_room), label), number);
+  *at++ = '\n';
+  out.advance(at);
 }
+
+template <std::size_t Size>
+void put_pointer_line(Writer& out, const char (&label)[Size], std::uint64_t address) {
+  char* at = write_pointer(write_fixed(out.room(line_room), label), address);
+  *at++ = '\n';
+  out.advance(at);
+}
+
+// The first words of each type's block, copied as a block of fixed size.
+struct Head {
+  static constexpr std::size_t block = 48;
+  char text[block] = {};
+  std::size_t size = 0;
+
+  constexpr explicit Head(std::string_view name) {
+    add("*** CHECKPOINT ");
+    add(name);
+    add(" [");
+  }
+  constexpr void add(std::string_view part) {
+    for (const char c : part) text[size++] = c;
+  }
+};
+
+constexpr auto heads = std::apply(
+    [](const auto&... row) {
+      return std::array{Head(row.info.name)..., Head(type_name(Checkpoint::Type::INVALID))};
+    },
+    Checkpoint::Rows::table);
 
 void put_location(Writer& out, std::string_view label, String filename, std::uint32_t line) {
   out.put(label);
@@ -154,14 +191,13 @@ struct RecordDumper::Lines {
 
   void operator()(const Checkpoint::FunctionCall& call) const {
     // Kept: always the null pointer.
-    put_pointer_line(out, "\tFUNCTION: ", 0);
+    out.put("\tFUNCTION: 0x0\n");
     if (call.function() != nullptr) put_function(*call.function(), call.file()->add_data());
     if (call.has_this()) put_value_line("\tTHIS: ", call.this_values());
-    const std::uint32_t count = call.arg_count();
-    put_line(out, "\tARG_COUNT: ", std::int64_t{count});
-    if (count == 0) return;
-    out.put("\tARGS: ");
     auto arguments = call.arg_values();
+    put_line(out, "\tARG_COUNT: ", std::int64_t{arguments.left});
+    if (arguments.left == 0) return;
+    out.put("\tARGS: ");
     for (std::string_view lead; room.texts_.write(arguments, out, Form::quoted, lead);) {
       if (!out.ok()) return;
       lead = ", ";
@@ -189,23 +225,22 @@ struct RecordDumper::Lines {
 };
 
 void RecordDumper::write_common(const Checkpoint::Base& record, Writer& out) {
-  out.put("*** CHECKPOINT ");
-  out.put(type_name(record.type()));
-  out.put(" [");
-  put_pointer(out, address_of(record.checkpoint()));
-  out.put("]\n");
+  constexpr std::size_t block = 256;  // more than the longest lines up to the file's name
+  char* at = out.room(block);
+  const Head& head = heads[static_cast<std::size_t>(record.type())];
+  std::memcpy(at, head.text, Head::block);
+  at = write_pointer(at + head.size, address_of(record.checkpoint()));
+  at = write_fixed(at, "]\n");
   if (record.has_timestamp()) {
-    out.put("\tTIMESTAMP: ");
-    put_timestamp(out, record.timestamp());
-    out.put('\n');
+    at = write_timestamp(write_fixed(at, "\tTIMESTAMP: "), record.timestamp());
+    *at++ = '\n';
   }
   if (record.has_memory()) {
-    out.put("\tMEMORY USAGE: ");
-    put_unsigned(out, record.memory());
-    out.put('\n');
+    at = write_decimal(write_fixed(at, "\tMEMORY USAGE: "), record.memory());
+    *at++ = '\n';
   }
-  if (!record.has_location()) return;
-  out.put("\tFILENAME: ");
+  if (!record.has_location()) return out.advance(at);
+  out.advance(write_fixed(at, "\tFILENAME: "));
   if (const unsigned char* place = record.filename_place(); place != nullptr) {
     filenames_.put(
         place, out, [&] { return RenderedTexts::is_short(record.file()->add_data(), place); },
