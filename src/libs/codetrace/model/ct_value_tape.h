@@ -79,14 +79,25 @@ class CODETRACE_EXPORT ValueTape {
   }
 
   // By type; anything else than the type allows is 0, absent or null.
-  [[nodiscard]] std::int64_t as_long(Index i) const;
-  [[nodiscard]] double as_double(Index i) const;
-  [[nodiscard]] String string(Index i) const;
+  [[nodiscard]] std::int64_t as_long(Index i) const { return body(i, ValueType::long_).i64(); }
+  [[nodiscard]] double as_double(Index i) const { return body(i, ValueType::double_).f64(); }
+  [[nodiscard]] String string(Index i) const {
+    Cursor cursor = body(i, ValueType::string);
+    return get_cut_str(cursor);
+  }
   [[nodiscard]] bool is_cut(Index i) const { return items_[i].cut != 0; }
   [[nodiscard]] bool is_list(Index i) const { return items_[i].list != 0; }
-  [[nodiscard]] std::int32_t declared_count(Index i) const;
-  [[nodiscard]] const ClassEntry* class_entry(Index i) const;
-  [[nodiscard]] std::uint32_t object_handle(Index i) const;
+  [[nodiscard]] std::int32_t declared_count(Index i) const {
+    return body(i, ValueType::array).i32();
+  }
+  [[nodiscard]] const ClassEntry* class_entry(Index i) const {
+    return entities_ != nullptr ? entities_->find_class(body(i, ValueType::object).u64()) : nullptr;
+  }
+  [[nodiscard]] std::uint32_t object_handle(Index i) const {
+    Cursor cursor = body(i, ValueType::object);
+    cursor.u64();
+    return cursor.u32();
+  }
   [[nodiscard]] String resource_name(Index i) const;
   // Where that name begins in ADD DATA, not measured; null for none.
   [[nodiscard]] const unsigned char* resource_name_place(Index i) const;
@@ -105,7 +116,13 @@ class CODETRACE_EXPORT ValueTape {
   };
 
   // Behind the type code of item `i`; over nothing if it is not of this type.
-  [[nodiscard]] Cursor body(Index i, ValueType type) const;
+  [[nodiscard]] Cursor body(Index i, ValueType type) const {
+    if (this->type(i) != type) return {};
+    const unsigned char* place = payload_ + items_[i].place;
+    // An array that stands for a text of the cut marker has that text's code in the file.
+    if (*place != static_cast<unsigned char>(type)) return {};
+    return {place + 1, payload_end_, file_->big_endian()};
+  }
 
   const File* file_ = nullptr;
   const unsigned char* payload_ = nullptr;

@@ -3,61 +3,9 @@
 
 #include <algorithm>
 
-#include "codetrace/render/ct_number.h"
 #include "codetrace/render/ct_text.h"
 
 namespace CT {
-
-void JsonWriter::begin(char bracket) {
-  out_.put(bracket);
-  ++depth_;
-  first_ = true;
-}
-
-void JsonWriter::end(char bracket) {
-  --depth_;
-  if (indented_) new_line();
-  out_.put(bracket);
-  first_ = false;
-}
-
-// The usual few levels are copied as one block of fixed size; the rest of it is written over.
-void JsonWriter::new_line() {
-  constexpr std::size_t usual = 32;
-  const std::size_t blanks = 4 * depth_;
-  char* room = out_.room(1 + usual);
-  *room = '\n';
-  if (blanks > usual) {
-    out_.advance(room + 1);
-    out_.fill(' ', blanks);
-    return;
-  }
-  std::memset(room + 1, ' ', usual);
-  out_.advance(room + 1 + blanks);
-}
-
-void JsonWriter::element() {
-  if (!first_) out_.put(',');
-  first_ = false;
-  if (indented_) new_line();
-}
-
-void JsonWriter::key(std::string_view name) {
-  begin_key();
-  out_.put(name);
-  end_key();
-}
-
-void JsonWriter::begin_key() {
-  element();
-  out_.put('"');
-}
-
-void JsonWriter::end_key() { indented_ ? out_.put("\": ") : out_.put("\":"); }
-
-void JsonWriter::number(std::int64_t value) { put_signed(out_, value); }
-
-void JsonWriter::number(double value) { put_double_json(out_, value); }
 
 void JsonWriter::text(std::string_view stored, std::string_view suffix) {
   out_.put('"');

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "codetrace/render/ct_number.h"
 #include "codetrace/render/ct_writer.h"
 
 namespace CT {
@@ -54,9 +55,17 @@ class JsonWriter {
   void end_array() { end(']'); }
 
   // Starts the next element of an array; exactly one value follows.
-  void element();
+  void element() {
+    if (!first_) out_.put(',');
+    first_ = false;
+    if (indented_) new_line();
+  }
   // Starts the next member of an object; exactly one value follows. `name` is plain ASCII.
-  void key(std::string_view name);
+  void key(std::string_view name) {
+    begin_key();
+    out_.put(name);
+    end_key();
+  }
   void key(const MemberStart& start) {
     if (!indented_ || depth_ != MemberStart::depth) return key(start.name());
     char* at = out_.room(MemberStart::block);
@@ -66,13 +75,16 @@ class JsonWriter {
     first_ = false;
   }
   // The same for any text: its JSON form is put between the two calls.
-  void begin_key();
-  void end_key();
+  void begin_key() {
+    element();
+    out_.put('"');
+  }
+  void end_key() { indented_ ? out_.put("\": ") : out_.put("\":"); }
 
   void null() { out_.put("null"); }
   void boolean(bool value) { value ? out_.put("true") : out_.put("false"); }
-  void number(std::int64_t value);
-  void number(double value);
+  void number(std::int64_t value) { put_signed(out_, value); }
+  void number(double value) { put_double_json(out_, value); }
   // Plain ASCII in which nothing is escaped.
   void word(std::string_view text) {
     out_.put('"');
@@ -86,9 +98,31 @@ class JsonWriter {
   [[nodiscard]] bool ok() const { return out_.ok(); }
 
  private:
-  void begin(char bracket);
-  void end(char bracket);
-  void new_line();
+  void begin(char bracket) {
+    out_.put(bracket);
+    ++depth_;
+    first_ = true;
+  }
+  void end(char bracket) {
+    --depth_;
+    if (indented_) new_line();
+    out_.put(bracket);
+    first_ = false;
+  }
+  // The usual few levels are copied as one block of fixed size; the rest of it is written over.
+  void new_line() {
+    constexpr std::size_t usual = 32;
+    const std::size_t blanks = 4 * depth_;
+    char* room = out_.room(1 + usual);
+    *room = '\n';
+    if (blanks > usual) {
+      out_.advance(room + 1);
+      out_.fill(' ', blanks);
+      return;
+    }
+    std::memset(room + 1, ' ', usual);
+    out_.advance(room + 1 + blanks);
+  }
 
   Writer& out_;
   std::size_t depth_ = 0;

@@ -38,8 +38,7 @@ ValueJsonWriter::ValueJsonWriter() = default;
 ValueJsonWriter::~ValueJsonWriter() = default;
 
 void ValueJsonWriter::write(const ValueTape& tape, ValueTape::Index root, JsonWriter& out) {
-  open_.clear();
-  if (maps_ != nullptr) maps_->clear();
+  if (!open_.empty()) forget();
   if (!begin_value(tape, root, out)) return;
   while (!open_.empty() && out.ok()) {
     ValueTape::Index value = 0;
@@ -49,6 +48,12 @@ void ValueJsonWriter::write(const ValueTape& tape, ValueTape::Index root, JsonWr
       close_array(tape, out);
     }
   }
+}
+
+// What a value left open because its output failed, or memory ended.
+void ValueJsonWriter::forget() {
+  open_.clear();
+  if (maps_ != nullptr) maps_->clear();
 }
 
 // True when the value is an array, which is then open; else it is written whole.

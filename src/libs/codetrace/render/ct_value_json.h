@@ -34,6 +34,7 @@ class ValueJsonWriter {
     ValueTape::Index at;  // of a list: the item of the next key
   };
 
+  void forget();
   bool begin_value(const ValueTape& tape, ValueTape::Index i, JsonWriter& out);
   bool begin_next(const ValueTape& tape, JsonWriter& out, ValueTape::Index& value);
   void close_array(const ValueTape& tape, JsonWriter& out);
