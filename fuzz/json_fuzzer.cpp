@@ -30,7 +30,7 @@ std::size_t depth_of(const ValueTape& tape) {
 // Without a table the classes of objects are unknown.
 void compare(const CheckpointView& view, Entities* entities) {
   Cursor ahead = view.cursor();
-  Checkpoint::scan_values(ahead, 1, view.file(), entities);
+  Checkpoint::scan_values(ahead, 1, entities);
   ValueTape tape;
   tape.reset(view, entities);
   Cursor cursor = view.cursor();

@@ -9,6 +9,7 @@
 #include "codetrace/render/ct_value_json.h"
 #include "codetrace/render/ct_value_text.h"
 #include "support.h"
+#include "tape_text.h"
 #include "written.h"
 
 namespace {
@@ -22,8 +23,8 @@ void print(const ValueTape& tape) {
   StreamWriter out(sink);
   Checkpoint::ValueTextWriter text;
   Checkpoint::ValueJsonWriter json;
-  text.write_escaped(tape, 0, out);
-  text.write(tape, 0, out, false);
+  text.write(Checkpoint::ValueRef(tape, 0), out, Checkpoint::ValueTextWriter::Form::escaped);
+  text.write(Checkpoint::ValueRef(tape, 0), out, Checkpoint::ValueTextWriter::Form::bare);
   for (const auto form : {JsonWriter::Form::compact, JsonWriter::Form::indented}) {
     JsonWriter writer(out, form);
     json.write(tape, 0, writer);
@@ -88,9 +89,13 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   tape.reset(view, entities.get());
   Cursor again = view.cursor();
   tape.decode(again);
-  const std::string text =
-      Test::written([&](Writer& out) { Checkpoint::ValueTextWriter().write(tape, 0, out); });
+  const std::string text = Test::written([&](Writer& out) {
+    Checkpoint::ValueTextWriter().write(Checkpoint::ValueRef(tape, 0), out);
+  });
   Fuzz::expect_equal("the text", text, numbered.to_string(true).toStdString());
+  if (const auto by_tape = Test::tape_text(Checkpoint::ValueRef(tape, 0))) {
+    Fuzz::expect_equal("the text, array by array", text, *by_tape);
+  }
   print(tape);
   descend(numbered);
   descend(unnumbered);

@@ -24,7 +24,7 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_MULTIARCH same)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libcodetrace-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
-  "${library_package} (= ${full_version}), libfmt-dev (>= 9), qt6-base-dev (>= 6.4)")
+  "${library_package} (= ${full_version}), qt6-base-dev (>= 6.4)")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_MULTIARCH same)
 
 # What Debian wants in the documentation folder of every package.

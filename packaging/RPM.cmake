@@ -32,7 +32,7 @@ set(CPACK_RPM_TOOL_PACKAGE_NAME codetrace)
 set(CPACK_RPM_LIBRARY_PACKAGE_NAME ${library_package})
 set(CPACK_RPM_DEVELOPMENT_PACKAGE_NAME libcodetrace-devel)
 set(CPACK_RPM_DEVELOPMENT_PACKAGE_REQUIRES
-  "${library_package} = ${PROJECT_VERSION}, cmake(Qt6Core) >= 6.4, cmake(fmt) >= 9")
+  "${library_package} = ${PROJECT_VERSION}, cmake(Qt6Core) >= 6.4")
 foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   string(TOUPPER ${component} upper)
   set(CPACK_RPM_${upper}_PACKAGE_SUMMARY "${${component}_summary}")

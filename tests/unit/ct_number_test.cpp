@@ -226,6 +226,19 @@ TEST(Integers, PrintExactly) {
             "18446744073709551615");
 }
 
+TEST(Integers, OfEachLengthPrintExactly) {
+  for (std::uint64_t power = 1; power <= 1'000'000'000'000'000'000; power *= 10) {
+    for (const std::uint64_t value : {power - 1, power, power + 1, 7 * power, 10 * (power - 1)}) {
+      EXPECT_EQ(written([&](Writer& out) { put_unsigned(out, value); }), std::to_string(value));
+    }
+  }
+  Awkward random(11);
+  for (std::size_t i = 0; i != rounds; ++i) {
+    const auto value = static_cast<std::int64_t>(random.bits()) >> random.below(64);
+    ASSERT_EQ(written([&](Writer& out) { put_signed(out, value); }), std::to_string(value));
+  }
+}
+
 TEST(Pointer, EqualsQTextStream) {
   Awkward random(10);
   std::vector<std::uint64_t> addresses = {0, 1, 9, 10, 15, 16, 0xABCDEF, ~std::uint64_t{0}};

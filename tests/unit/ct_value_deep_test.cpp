@@ -22,6 +22,7 @@ using Checkpoint::FunctionReturn;
 using Checkpoint::KVal;
 using Checkpoint::ValueJsonWriter;
 using Checkpoint::ValueTape;
+using Checkpoint::ValueRef;
 using Checkpoint::ValueTextWriter;
 using Checkpoint::ValueType;
 
@@ -89,7 +90,7 @@ Counter print(const Checkpoint::Base& record) {
   ValueTape tape;
   const ValueTape::Index root = ending.value(tape).item();
   StreamWriter out(counter);
-  ValueTextWriter().write(tape, root, out);
+  ValueTextWriter().write(ValueRef(tape, root), out);
   out.flush();
   return counter;
 }

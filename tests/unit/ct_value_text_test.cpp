@@ -17,7 +17,9 @@ namespace {
 
 using Checkpoint::KVal;
 using Checkpoint::ValueTape;
+using Checkpoint::ValueRef;
 using Checkpoint::ValueTextWriter;
+using Form = ValueTextWriter::Form;
 
 class ValueText : public ::testing::TestWithParam<ByteOrder> {
  protected:
@@ -131,7 +133,7 @@ TEST_P(ValueText, EqualsThePlainRulesForRandomValues) {
     const PlainValue plain = PlainReader(bytes, GetParam(), names.known).read();
     ValueTape tape;
     const ValueTape::Index root = trace.next(tape).item();
-    ASSERT_EQ(written([&](Writer& out) { writer.write(tape, root, out); }),
+    ASSERT_EQ(written([&](Writer& out) { writer.write(ValueRef(tape, root), out); }),
               plain.to_string(true).toStdString());
   }
 }
@@ -153,7 +155,7 @@ TEST_P(ValueText, EqualsThePlainRulesForRandomLeavesInEachForm) {
     ValueTape tape;
     tape.reset(trace.view(), &trace.entities());
     const auto root = tape.decode(again);
-    ASSERT_EQ(written([&](Writer& out) { writer.write_escaped(tape, root, out); }),
+    ASSERT_EQ(written([&](Writer& out) { writer.write(ValueRef(tape, root), out, Form::escaped); }),
               plain_escaped(plain));
   }
 }
@@ -167,7 +169,7 @@ TEST_P(ValueText, SeveralValuesOfATapeStandForThemselves) {
   for (int i = 0; i != 3; ++i) tape.decode(trace.cursor());
   std::string texts;
   for (ValueTape::Index i = 0; i != tape.size(); i = tape.end(i)) {
-    texts += written([&](Writer& out) { ValueTextWriter().write(tape, i, out); }) + ";";
+    texts += written([&](Writer& out) { ValueTextWriter().write(ValueRef(tape, i), out); }) + ";";
   }
   EXPECT_EQ(texts, "array(0 => 1);\"b\";array();");
 }

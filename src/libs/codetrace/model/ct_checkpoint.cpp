@@ -61,8 +61,8 @@ Base::Base(const CheckpointView& view, const Entities& entities) : Base(view, &e
 Base Base::sighted(const CheckpointView& view, Entities& entities) {
   Base record(view, &entities);
   Cursor cursor = record.own();
-  record.place_in_tree(
-      cursor, [&](std::uint64_t reference) { return entities.add_function(reference); });
+  record.place_in_tree(cursor,
+                       [&](std::uint64_t reference) { return entities.add_function(reference); });
   record.damage_ = record.scan(cursor, is_call(record.type_) || is_end(record.type_), &entities);
   return record;
 }

@@ -16,8 +16,8 @@
 #include <vector>
 
 #include "codetrace/model/ct_checkpoint.h"
-#include "codetrace/model/ct_value_cursor.h"
 #include "codetrace/model/ct_value.h"
+#include "codetrace/model/ct_value_cursor.h"
 #include "codetrace/model/ct_value_tape.h"
 #include "kcommon/k_export.h"
 

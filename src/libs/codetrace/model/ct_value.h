@@ -61,8 +61,6 @@ class CODETRACE_EXPORT KVal {
   // Becomes equal to the other value, sharing what that holds.
   void copy(const KVal& other) { *this = other; }
 
-  // One line in the manner of PHP. `quoted`: whether a text that is the value itself stands in
-  // double quotes; the second form also escapes that text, but none inside an array.
   [[nodiscard]] QString to_string(bool quoted) const;
   [[nodiscard]] QString to_escaped_string(bool quoted) const;
   // Undefined for undef and for values of more than 1,000 levels, which Qt's classes cannot hold.

@@ -70,6 +70,12 @@ class CODETRACE_EXPORT ValueRef {
     return tape_ != nullptr ? tape_->resource_handle(item_) : 0;
   }
 
+  // As text, in the manner of PHP. `quoted`: whether a text that is the value itself stands in
+  // double quotes; the second form also escapes that text, but none inside an array, so that either
+  // may contain line breaks.
+  [[nodiscard]] QString to_string(bool quoted) const;
+  [[nodiscard]] QString to_escaped_string(bool quoted) const;
+
  private:
   const ValueTape* tape_ = nullptr;
   ValueTape::Index item_ = 0;

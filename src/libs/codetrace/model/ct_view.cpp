@@ -5,22 +5,6 @@
 
 namespace CT {
 
-CheckpointView CheckpointView::at(const File& file, std::uint32_t offset) {
-  CheckpointView view(file);
-  view.ended_ = true;
-  const Section& data = file.data();
-  if (offset >= data.size() || data.size() - offset < Format::header_word_size) return view;
-  const unsigned char* place = data.data() + offset;
-  view.header_ = normalise_header(place, file.big_endian());
-  if (view.size() > data.size() - offset - Format::header_word_size) {
-    view.header_ = 0;
-    return view;
-  }
-  view.checkpoint_ = place;
-  view.ended_ = false;
-  return view;
-}
-
 bool CheckpointView::step() {
   if (!file_->is_open() || ended_) return false;
   const Section& data = file_->data();

@@ -113,6 +113,22 @@ class CODETRACE_EXPORT CheckpointView {
   std::optional<Broken> broken_;
 };
 
+inline CheckpointView CheckpointView::at(const File& file, std::uint32_t offset) {
+  CheckpointView view(file);
+  view.ended_ = true;
+  const Section& data = file.data();
+  if (offset >= data.size() || data.size() - offset < Format::header_word_size) return view;
+  const unsigned char* place = data.data() + offset;
+  view.header_ = normalise_header(place, file.big_endian());
+  if (view.size() > data.size() - offset - Format::header_word_size) {
+    view.header_ = 0;
+    return view;
+  }
+  view.checkpoint_ = place;
+  view.ended_ = false;
+  return view;
+}
+
 namespace Checkpoint {
 
 // A text in the payload with its length before it, and its original size if the tracer cut it.

@@ -77,16 +77,20 @@ QTextStream& Base::dump(QTextStream& out) const {
   return out << text_of([&](Writer& text) { dump(text); });
 }
 
-QString KVal::to_string(bool quoted) const {
+QString ValueRef::to_string(bool quoted) const {
   const auto form = quoted ? ValueTextWriter::Form::quoted : ValueTextWriter::Form::bare;
-  return text_of([&](Writer& out) { ValueTextWriter().write(ref(), out, form); });
+  return text_of([&](Writer& out) { ValueTextWriter().write(*this, out, form); });
 }
 
-QString KVal::to_escaped_string(bool quoted) const {
+QString ValueRef::to_escaped_string(bool quoted) const {
   if (type() != ValueType::string) return to_string(true);
   const QString escaped = string().to_escaped_string();
   return quoted ? QLatin1Char('"') + escaped + QLatin1Char('"') : escaped;
 }
+
+QString KVal::to_string(bool quoted) const { return ref().to_string(quoted); }
+
+QString KVal::to_escaped_string(bool quoted) const { return ref().to_escaped_string(quoted); }
 
 QJsonValue KVal::as_json() const { return to_qt_json(ref()); }
 

@@ -13,8 +13,8 @@
 namespace CT {
 
 using Checkpoint::String;
-using Checkpoint::ValueRef;
 using Checkpoint::ValueCursor;
+using Checkpoint::ValueRef;
 using Checkpoint::ValueType;
 using Form = Checkpoint::ValueTextWriter::Form;
 

@@ -179,9 +179,8 @@ inline void ValueTextWriter::write_value(ValueCursor& values, OpenArray& array, 
       return;
     }
   }
-  const bool is_written = type == ValueType::array
-                              ? open(values.at, array.is_whole, out, lead)
-                              : write_leaf(values, out, Form::quoted, lead);
+  const bool is_written = type == ValueType::array ? open(values.at, array.is_whole, out, lead)
+                                                   : write_leaf(values, out, Form::quoted, lead);
   if (!is_written) out.put(" => undef");
 }
 
