@@ -167,6 +167,17 @@ TEST(JsonForms, WholeNumbersAreExact) {
             "[9007199254740993]");
 }
 
+TEST(JsonForms, AKeyMayBeLongerThanAnyRoom) {
+  const std::string name(3 * Writer::max_room, 'k');
+  const auto write = [&](JsonWriter& out) {
+    out.begin_object();
+    out.key(name);
+    out.null();
+    out.end_object();
+  };
+  EXPECT_EQ(written_json(Form::compact, write), "{\"" + name + "\":null}");
+}
+
 TEST(JsonForms, TellsWhenTheOutputFailed) {
   class Refuser final : public Sink {
     bool write(std::string_view) override { return false; }

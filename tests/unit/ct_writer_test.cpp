@@ -94,6 +94,16 @@ TEST(MemoryWriter, ForgetsWhatIsCutOffAndGoesOnThere) {
   EXPECT_EQ(out.view(), pattern(5 * kib));
 }
 
+TEST(MemoryWriter, TakesOfAnArrayWhatStandsBeforeItsNul) {
+  char number[16] = "7";
+  const char full[4] = {'f', 'u', 'l', 'l'};
+  MemoryWriter out;
+  out.put(number);
+  out.put(full);
+  out.put("\0");
+  EXPECT_EQ(out.view(), "7full");
+}
+
 TEST(MemoryWriter, GivesRoomInPlaceAndTakesWhatIsAdvanced) {
   MemoryWriter out;
   std::string expected;

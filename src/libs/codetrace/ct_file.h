@@ -108,16 +108,17 @@ class CODETRACE_EXPORT File {
     std::uint64_t inode = 0;
   };
 
-  bool fail(QString message);
-  std::int64_t refused(QString message);
-  void log(int level, const std::string& text, int line = __builtin_LINE()) const;
-  bool load(FileSource& source);
-  void decode_header(const unsigned char* bytes);
-  [[nodiscard]] bool is_trace() const;
-  [[nodiscard]] std::uint64_t expected_size() const;
-  std::int64_t read_sections(FileSource& source, const unsigned char* head, bool size_is_known);
-  unsigned char* make_room(std::uint64_t size);
-  bool check_header(std::uint64_t got);
+  CODETRACE_HIDDEN bool fail(QString message);
+  CODETRACE_HIDDEN std::int64_t refused(QString message);
+  CODETRACE_HIDDEN void log(int level, const std::string& text, int line = __builtin_LINE()) const;
+  CODETRACE_HIDDEN bool load(FileSource& source);
+  CODETRACE_HIDDEN void decode_header(const unsigned char* bytes);
+  [[nodiscard]] CODETRACE_HIDDEN bool is_trace() const;
+  [[nodiscard]] CODETRACE_HIDDEN std::uint64_t expected_size() const;
+  CODETRACE_HIDDEN std::int64_t read_sections(FileSource& source, const unsigned char* head,
+                                              bool size_is_known);
+  CODETRACE_HIDDEN unsigned char* make_room(std::uint64_t size);
+  CODETRACE_HIDDEN bool check_header(std::uint64_t got);
 
   QString name_;
   FileLog log_;

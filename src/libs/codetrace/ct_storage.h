@@ -99,20 +99,20 @@ class CODETRACE_EXPORT Storage {
     std::uint32_t end;
     NodeId parent;
   };
-  struct ClosingRule;
+  struct CODETRACE_HIDDEN ClosingRule;
 
-  [[nodiscard]] bool takes(const Checkpoint::Base& record) const;
-  NodeId add_startup(const Checkpoint::Base& record);
-  NodeId add_node(const Checkpoint::Base& record);
-  NodeId open(const Checkpoint::Base& record);
-  NodeId add_leaf(const Checkpoint::Base& record);
-  NodeId close_as(const Checkpoint::Base& record, Checkpoint::Type wanted);
-  NodeId close(const Checkpoint::Base& record);
-  NodeId close_inner(NodeId id, const Checkpoint::Base& record);
-  NodeId finish(NodeId id, const Checkpoint::Base& record);
-  bool check_is_open(const Checkpoint::Base& record);
-  [[nodiscard]] NodeId find_span(std::uint64_t address) const;
-  [[nodiscard]] NodeId find_begin(std::uint64_t offset) const;
+  [[nodiscard]] CODETRACE_HIDDEN bool takes(const Checkpoint::Base& record) const;
+  CODETRACE_HIDDEN NodeId add_startup(const Checkpoint::Base& record);
+  CODETRACE_HIDDEN NodeId add_node(const Checkpoint::Base& record);
+  CODETRACE_HIDDEN NodeId open(const Checkpoint::Base& record);
+  CODETRACE_HIDDEN NodeId add_leaf(const Checkpoint::Base& record);
+  CODETRACE_HIDDEN NodeId close_as(const Checkpoint::Base& record, Checkpoint::Type wanted);
+  CODETRACE_HIDDEN NodeId close(const Checkpoint::Base& record);
+  CODETRACE_HIDDEN NodeId close_inner(NodeId id, const Checkpoint::Base& record);
+  CODETRACE_HIDDEN NodeId finish(NodeId id, const Checkpoint::Base& record);
+  CODETRACE_HIDDEN bool check_is_open(const Checkpoint::Base& record);
+  [[nodiscard]] CODETRACE_HIDDEN NodeId find_span(std::uint64_t address) const;
+  [[nodiscard]] CODETRACE_HIDDEN NodeId find_begin(std::uint64_t offset) const;
   [[nodiscard]] Checkpoint::Type begin_type(NodeId id) const {
     const unsigned char* word = file_->data().data() + entry(id).begin;
     return Checkpoint::type_of_code(type_of_header(word, file_->big_endian()));
@@ -123,7 +123,7 @@ class CODETRACE_EXPORT Storage {
     return nodes_[static_cast<std::size_t>(id)];
   }
   // Makes the node of an entry, with records of this storage.
-  void read(NodeId id, Node::Base& node) const;
+  CODETRACE_HIDDEN void read(NodeId id, Node::Base& node) const;
 
   const File* file_;
   FindingSink* sink_;
@@ -150,7 +150,7 @@ class CODETRACE_EXPORT NodeReader {
   const Node::Base& read(Storage::NodeId id);
 
  private:
-  void fetch_ahead(Storage::NodeId id) const;
+  CODETRACE_HIDDEN void fetch_ahead(Storage::NodeId id) const;
 
   const Storage* storage_;
   Node::Base node_;

@@ -11,6 +11,8 @@
 #include <QSet>
 #include <QString>
 
+#include "codetrace/ct_version.h"
+
 namespace CT {
 
 enum class OutputFormat { TEXT = 1, SQLITE = 2, HEADERS = 3, BINARY = 4, DUMP = 5, JSON = 6 };
@@ -22,7 +24,7 @@ inline std::size_t qHash(OutputFormat format, std::size_t seed = 0) noexcept {
 
 struct Args {
   static constexpr char product[] = "Tavrix";
-  static constexpr char version[] = "3.0.0";
+  static constexpr char version[] = CODETRACE_VERSION_STRING;
 
   bool error = false;          // the exit status when init returns false
   QString output;              // empty: standard output

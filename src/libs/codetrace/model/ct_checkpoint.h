@@ -113,10 +113,11 @@ class CODETRACE_EXPORT Base {
   Base(const CheckpointView& view, const Entities* entities);
   [[nodiscard]] std::uint32_t look_for_damage() const;
   void place_common_fields(std::uint8_t presence);
-  void place_cut_fields(std::uint8_t presence);
+  CODETRACE_HIDDEN void place_cut_fields(std::uint8_t presence);
   template <class Find>
   void place_in_tree(Cursor& cursor, Find find);
-  [[nodiscard]] std::uint32_t scan(Cursor& cursor, bool is_placed, Entities* entities) const;
+  [[nodiscard]] CODETRACE_HIDDEN std::uint32_t scan(Cursor& cursor, bool is_placed,
+                                                    Entities* entities) const;
   [[nodiscard]] const unsigned char* payload() const {
     return checkpoint_ + Format::header_word_size;
   }

@@ -104,7 +104,7 @@ class CODETRACE_EXPORT CheckpointView {
   [[nodiscard]] const std::optional<Broken>& broken() const { return broken_; }
 
  private:
-  bool stop(std::optional<Broken> why);
+  CODETRACE_HIDDEN bool stop(std::optional<Broken> why);
 
   const File* file_;
   const unsigned char* checkpoint_ = nullptr;

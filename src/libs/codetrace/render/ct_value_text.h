@@ -44,13 +44,14 @@ class CODETRACE_EXPORT ValueTextWriter {
     bool is_whole;       // is known to be
   };
 
-  bool write_leaf(ValueCursor& values, Writer& out, Form form, std::string_view lead);
-  bool open(Cursor& at, bool is_whole, Writer& out, std::string_view lead);
-  void write_open_arrays(ValueCursor& values, Writer& out);
-  void write_key(ValueCursor& values, OpenArray& array, Writer& out);
-  void write_value(ValueCursor& values, OpenArray& array, Writer& out);
-  void write_object(ValueCursor& values, Writer& out, std::uint64_t reference,
-                    std::uint32_t handle);
+  CODETRACE_HIDDEN bool write_leaf(ValueCursor& values, Writer& out, Form form,
+                                   std::string_view lead);
+  CODETRACE_HIDDEN bool open(Cursor& at, bool is_whole, Writer& out, std::string_view lead);
+  CODETRACE_HIDDEN void write_open_arrays(ValueCursor& values, Writer& out);
+  CODETRACE_HIDDEN void write_key(ValueCursor& values, OpenArray& array, Writer& out);
+  CODETRACE_HIDDEN void write_value(ValueCursor& values, OpenArray& array, Writer& out);
+  CODETRACE_HIDDEN void write_object(ValueCursor& values, Writer& out, std::uint64_t reference,
+                                     std::uint32_t handle);
 
   PlainArray<OpenArray> open_;
 };
