@@ -47,6 +47,13 @@ const Storage::ClosingRule& Storage::ClosingRule::of(Type end) {
       ClosingRule{Type::INCLUDE_EXCEPTION, Node::Type::INCLUDE_CALL},
       ClosingRule{Type::SAPI_WRITE_END, Node::Type::SAPI_WRITE},
   };
+  constexpr auto has_rule = [](const Checkpoint::TypeInfo& type) {
+    return std::any_of(rules.begin(), rules.end(),
+                       [&](const ClosingRule& rule) { return rule.end == type.type; });
+  };
+  static_assert(
+      std::all_of(Checkpoint::types.begin(), Checkpoint::types.end(),
+                  [=](const auto& type) { return type.role != Role::span_end || has_rule(type); }));
   std::size_t row = 0;
   while (rules[row].end != end) ++row;
   return rules[row];

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "codetrace/model/ct_checkpoint.h"
 
+#include <algorithm>
+
 #include "codetrace/model/ct_value_tape.h"
 
 namespace CT::Checkpoint {
@@ -23,8 +25,17 @@ void scan_field(Format::Field field, Cursor& cursor, Entities* entities) {
   }
 }
 
-bool is_call(Type type) { return type == Type::FUNCTION_CALL || type == Type::METHOD_CALL; }
-bool is_end(Type type) { return type_info(type).role == Role::span_end; }
+constexpr bool is_call(Type type) {
+  return type == Type::FUNCTION_CALL || type == Type::METHOD_CALL;
+}
+constexpr bool is_end(Type type) { return type_info(type).role == Role::span_end; }
+
+static_assert(std::all_of(types.begin(), types.end(),
+                          [](const TypeInfo& info) {
+                            return !(is_call(info.type) || is_end(info.type)) ||
+                                   info.layout[0] == Format::Field::reference;
+                          }),
+              "what places a record is its first field");
 
 }  // namespace
 

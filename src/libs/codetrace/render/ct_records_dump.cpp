@@ -40,11 +40,12 @@ char* write_fixed(char* at, const char (&text)[Size]) {
   return at + (Size - 1);
 }
 
-// The room for a fixed text and a number, with some to spare.
-constexpr std::size_t line_room = 96;
+// The room for a fixed text, a number and the line's end.
+constexpr std::size_t line_room = 64;
 
 template <std::size_t Size>
 void put_line(Writer& out, const char (&label)[Size], std::int64_t number) {
+  static_assert(Size + 20 <= line_room);
   char* at = write_signed(write_fixed(out.room(line_room), label), number);
   *at++ = '\n';
   out.advance(at);
@@ -52,6 +53,7 @@ void put_line(Writer& out, const char (&label)[Size], std::int64_t number) {
 
 template <std::size_t Size>
 void put_pointer_line(Writer& out, const char (&label)[Size], std::uint64_t address) {
+  static_assert(Size + 20 <= line_room);
   char* at = write_pointer(write_fixed(out.room(line_room), label), address);
   *at++ = '\n';
   out.advance(at);
