@@ -21,8 +21,8 @@ namespace {
 using Checkpoint::FunctionReturn;
 using Checkpoint::KVal;
 using Checkpoint::ValueJsonWriter;
-using Checkpoint::ValueTape;
 using Checkpoint::ValueRef;
+using Checkpoint::ValueTape;
 using Checkpoint::ValueTextWriter;
 using Checkpoint::ValueType;
 

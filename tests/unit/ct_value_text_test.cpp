@@ -16,8 +16,8 @@ namespace CT::Test {
 namespace {
 
 using Checkpoint::KVal;
-using Checkpoint::ValueTape;
 using Checkpoint::ValueRef;
+using Checkpoint::ValueTape;
 using Checkpoint::ValueTextWriter;
 using Form = ValueTextWriter::Form;
 
