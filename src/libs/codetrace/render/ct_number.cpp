@@ -70,7 +70,9 @@ void put_large_whole(Writer& out, double value) {
 // millionths.
 std::uint64_t short_decimal(double value) {
   if (!(value >= 0.001 && value < 1e9)) return 0;
-  const auto millionths = static_cast<std::int64_t>(value * 1e6 + 0.5);
+  // Rounded to a whole number that is near; only the exact one passes what follows.
+  constexpr double half = 0.5;
+  const auto millionths = static_cast<std::int64_t>(value * 1e6 + half);
   return static_cast<double>(millionths) / 1e6 == value ? static_cast<std::uint64_t>(millionths)
                                                         : 0;
 }
