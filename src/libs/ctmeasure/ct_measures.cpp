@@ -90,7 +90,6 @@ class Measurer {
     while (!open_.empty() && open_.back().id != node.parent_id()) close();
     nodes_.emplace_back();
     Measure& made = nodes_.back();
-    made.type = node.type();
     if (const auto call = node.begin_as<Checkpoint::FunctionCall>(); call && call->function()) {
       made.function = call->function()->index();
     }

@@ -40,12 +40,13 @@ struct Measure {
   std::int64_t memory_delta = 0;  // from begin to end; 0 for points
   std::int64_t own_memory = 0;    // less the deltas of its children, as far as they have one
   std::int32_t function = -1;     // of a call: its place in the trace's functions; else -1
-  Node::Type type = Node::Type::CRASH;
   std::uint8_t marks = 0;
 
   [[nodiscard]] bool has(Mark mark) const { return (marks & mark) != 0; }
   [[nodiscard]] std::int64_t end_ns() const { return start_ns + total_ns; }
 };
+
+static_assert(sizeof(Measure) == 56);
 
 class Measures {
  public:

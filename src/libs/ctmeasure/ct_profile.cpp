@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "ctmeasure/ct_profile.h"
 
-#include <algorithm>
 #include <cassert>
 
 #include "ctmeasure/ct_elapsed.h"

@@ -2,8 +2,8 @@
 //
 // PlaceIndex: functions or classes by their place in ADD DATA. Every call looks up its function and
 // every object its class, so it is a flat table with linear probing: a look-up is, as a rule, one
-// line of the processor's cache. Qt's hash is seeded for each process, so no file
-// can choose its references such that they collide.
+// line of the processor's cache. Qt's hash is seeded for each process, so no file can choose its
+// references such that they collide.
 #pragma once
 
 #include <QHashFunctions>

@@ -5,13 +5,14 @@
 #include <functional>
 #include <limits>
 
+#include "codetrace/model/ct_value_cursor.h"
 #include "codetrace/model/ct_value_tape.h"
 
 namespace CT::Checkpoint {
 
 namespace {
 
-constexpr std::uint8_t last_type = static_cast<std::uint8_t>(ValueType::resource);
+constexpr auto last_type = static_cast<std::size_t>(ValueType::resource);
 
 // The bytes behind the code of a value that has always as many; of the others more than there are.
 constexpr std::size_t varying = std::numeric_limits<std::size_t>::max();
@@ -27,11 +28,9 @@ struct Header {
 
 // Steps over it; the cursor fails at the field that is not whole.
 inline Header read_header(Cursor& cursor) {
-  std::uint8_t code = cursor.u8();
-  // Kept: a code that does not exist is undef, and reading goes on behind it, out of step.
-  if (code > last_type) code = 0;
-  Header header = {static_cast<ValueType>(code)};
-  if (const std::size_t size = body_sizes[code]; size <= cursor.left()) {
+  Header header = {value_type_of_code(cursor.u8())};
+  const std::size_t size = body_sizes[static_cast<std::size_t>(header.type)];
+  if (size <= cursor.left()) {
     cursor.bytes(size);
   } else if (header.type == ValueType::string) {
     header.string = get_cut_str(cursor);
