@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "ct_args.h"
 
+#include <array>
+#include <cctype>
 #include <cstdio>
 #include <cstring>
+#include <map>
+#include <string>
+#include <utility>
 
 #include "kcommon/k_cmdline.h"
 #include "kcommon/k_logger.h"
@@ -11,44 +16,70 @@ namespace CT {
 
 namespace {
 
-constexpr KCmdLine::Option options[] = {
-    {'B', KCmdLine::Argument::none, "binary"},
-    {'D', KCmdLine::Argument::none, "dump"},
-    {'H', KCmdLine::Argument::none, "headers"},
-    {'h', KCmdLine::Argument::none, "help"},
-    {'J', KCmdLine::Argument::none, "json"},
-    {'o', KCmdLine::Argument::required, "output"},
-    {'S', KCmdLine::Argument::none, "sqlite"},
-    {'T', KCmdLine::Argument::none, "text"},
-    {'V', KCmdLine::Argument::none, "version"},
-    {'v', KCmdLine::Argument::none, nullptr},
-    {},
+// An option that is none of an output.
+struct OtherOption {
+  KCmdLine::Option option;
+  const char* shown;
+  const char* help;
 };
+
+constexpr std::array other_options = {
+    OtherOption{
+        {'h', KCmdLine::Argument::none, "help"}, "-h, --help", "Print this help message and exit."},
+    OtherOption{{'o', KCmdLine::Argument::required, "output"},
+                "-o, --output <filename>",
+                "The output is stored to the file <filename>."},
+    OtherOption{{'V', KCmdLine::Argument::none, "version"},
+                "-V, --version",
+                "Prints version information and exits."},
+    OtherOption{
+        {'v', KCmdLine::Argument::none, nullptr},
+        "-v",
+        "Makes the Code Trace tool more verbose.\n"
+        "                           Can be used multiple times to make it even more verbose."},
+};
+
+// All options and an empty row, which ends them.
+constexpr auto options = [] {
+  std::array<KCmdLine::Option, formats.size() + other_options.size() + 1> all{};
+  std::size_t count = 0;
+  for (const FormatRow& row : formats) {
+    all[count++] = {row.letter, KCmdLine::Argument::none, row.name};
+  }
+  for (const OtherOption& row : other_options) all[count++] = row.option;
+  return all;
+}();
+
+// The options as the usage lists them: by letter, small ones behind capitals.
+std::string usage_of_options() {
+  std::map<std::pair<int, int>, std::string> lines;
+  const auto add = [&](int letter, std::string shown, const char* help) {
+    constexpr std::size_t width = 25;
+    shown.resize(width, ' ');
+    lines[{std::tolower(letter), letter}] = "  " + shown + help + "\n";
+  };
+  for (const FormatRow& row : formats) {
+    add(row.letter, std::string("-") + row.letter + ", --" + row.name, row.help);
+  }
+  for (const OtherOption& row : other_options) add(row.option.letter, row.shown, row.help);
+  std::string text;
+  for (const auto& line : lines) text += line.second;
+  return text;
+}
 
 constexpr char usage[] = R"(USAGE: %s [args] <filename>
 
 Processes the Code Trace file and outputs the content of it in the defined format.
 
 Where [args] can be the following:
-  -B, --binary             Outputs the Code Trace binary data as hex.
-  -D, --dump               Dumps all the checkpoints in the Code Trace file.
-  -H, --headers            Dumps all the Code Trace file headers.
-  -h, --help               Print this help message and exit.
-  -J, --json               Outputs the Code Trace as a JSON document.
-  -o, --output <filename>  The output is stored to the file <filename>.
-  -S, --sqlite             Outputs the Code Trace as a SQLITE database.
-  -T, --text               Outputs the Code Trace using a human-readable text format.
-  -V, --version            Prints version information and exits.
-  -v                       Makes the Code Trace tool more verbose.
-                           Can be used multiple times to make it even more verbose.
-
+%s
 )";
 
 }  // namespace
 
 bool Args::init(int argc, char* const* argv) {
   const char* const program = argc > 0 ? argv[0] : nullptr;
-  const KCmdLine line(options, argc, argv);
+  const KCmdLine line(options.data(), argc, argv);
   Step step = Step::go_on;
   for (auto at = line.begin(); step == Step::go_on && at != line.end(); at.next()) {
     step = take(at.code(), at.argument(), at.value(), program);
@@ -67,13 +98,12 @@ bool Args::init(int argc, char* const* argv) {
 }
 
 Args::Step Args::take(int code, const char* argument, const char* value, const char* program) {
+  for (const FormatRow& row : CT::formats) {
+    if (row.letter != code) continue;
+    formats.insert(row.format);
+    return Step::go_on;
+  }
   switch (code) {
-    case 'B': formats.insert(OutputFormat::BINARY); break;
-    case 'D': formats.insert(OutputFormat::DUMP); break;
-    case 'H': formats.insert(OutputFormat::HEADERS); break;
-    case 'J': formats.insert(OutputFormat::JSON); break;
-    case 'S': formats.insert(OutputFormat::SQLITE); break;
-    case 'T': formats.insert(OutputFormat::TEXT); break;
     case 'o': output = QString::fromUtf8(value); break;
     case 'v': KLogger::instance().increaseMaxVerbosity({}); break;
     case 'h': print_usage(program, false); return Step::stop;
@@ -99,7 +129,7 @@ void Args::print_usage(const char* program, bool error) {
   if (program == nullptr) program = "codetrace";
   // Kept: only leading dots and slashes go, so /usr/bin/tool is called usr/bin/tool.
   program += std::strspn(program, "./");
-  std::fprintf(error ? stderr : stdout, usage, program);
+  std::fprintf(error ? stderr : stdout, usage, program, usage_of_options().c_str());
 }
 
 }  // namespace CT

@@ -7,20 +7,13 @@
 // init's result.
 #pragma once
 
-#include <QHashFunctions>
 #include <QSet>
 #include <QString>
 
 #include "codetrace/ct_version.h"
+#include "ct_formats.h"
 
 namespace CT {
-
-enum class OutputFormat { TEXT = 1, SQLITE = 2, HEADERS = 3, BINARY = 4, DUMP = 5, JSON = 6 };
-
-// Qt brings one for enumerations only from 6.5 on.
-inline std::size_t qHash(OutputFormat format, std::size_t seed = 0) noexcept {
-  return ::qHash(static_cast<int>(format), seed);
-}
 
 struct Args {
   static constexpr char product[] = "Tavrix";
@@ -28,7 +21,7 @@ struct Args {
 
   bool error = false;          // the exit status when init returns false
   QString output;              // empty: standard output
-  QSet<OutputFormat> formats;  // SQLITE is accepted, but nothing is written for it
+  QSet<OutputFormat> formats;  // to be written
   QString filename;
 
   // True: go on; there is a file name and at least one format. False: end with status `error`.

@@ -7,8 +7,6 @@
 #include "codetrace/ct_file.h"
 #include "codetrace/ct_storage.h"
 #include "codetrace/ct_trace.h"
-#include "codetrace/render/ct_document.h"
-#include "codetrace/render/ct_file_dump.h"
 #include "codetrace/render/ct_records_dump.h"
 #include "codetrace/render/ct_writer.h"
 #include "ct_args.h"
@@ -49,29 +47,22 @@ void read_tree(const CT::File& file, bool dumps, CT::Storage& storage, CT::Write
 
 void write_outputs(const CT::Args& args, const CT::File& file, CT::Writer& out,
                    CT::Tool::Progress& progress) {
-  using CT::OutputFormat;
-  if (chosen(args, OutputFormat::HEADERS)) {
-    klog(3, "Outputting Code Trace dump file headers");
-    CT::write_headers(file, out);
-  }
-  if (chosen(args, OutputFormat::BINARY)) {
-    klog(3, "Outputting Code Trace dump file binary data");
-    CT::write_binary(file, out);
+  for (const CT::FormatRow& row : CT::formats) {
+    if (row.of_file == nullptr || !chosen(args, row.format)) continue;
+    klog(3, "{}", row.said);
+    row.of_file(file, out);
   }
   CT::Tool::LogSink log;
   CT::Storage storage(file, &log);
-  read_tree(file, chosen(args, OutputFormat::DUMP), storage, out, progress);
+  read_tree(file, chosen(args, CT::OutputFormat::DUMP), storage, out, progress);
   const auto count = [&](CT::Storage::NodeId done) {
     progress.show("writing", static_cast<std::uint64_t>(done),
                   static_cast<std::uint64_t>(storage.node_count()));
   };
-  if (chosen(args, OutputFormat::JSON)) {
-    klog(3, "Outputting Code Trace dump file as a JSON document");
-    CT::write_json(storage, out, count);
-  }
-  if (chosen(args, OutputFormat::TEXT)) {
-    klog(3, "Outputting Code Trace dump files as TEXT");
-    CT::write_text(storage, out, count);
+  for (const CT::FormatRow& row : CT::formats) {
+    if (row.of_tree == nullptr || !chosen(args, row.format)) continue;
+    klog(3, "{}", row.said);
+    row.of_tree(storage, out, count);
   }
 }
 
