@@ -5,6 +5,8 @@
 
 #include <memory>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "codetrace/ct_storage.h"
@@ -19,6 +21,7 @@ namespace {
 using Checkpoint::FunctionCall;
 using Checkpoint::FunctionReturn;
 using Checkpoint::KVal;
+using Checkpoint::ValueRef;
 
 constexpr std::string_view trace_text = R"(
   A: class user "A"
@@ -51,6 +54,21 @@ class Lifetime : public testing::TestWithParam<ByteOrder> {
   File file_{QString()};
   bool opened_ = false;
 };
+
+template <class Value>
+concept GivesItsElements = requires(Value&& value) {
+  {std::forward<Value>(value).elements()};
+};
+template <class Value>
+concept FindsAKey = requires(Value&& value) {
+  {std::forward<Value>(value).find("key")};
+};
+
+// What would point into a tape that is gone does not compile.
+static_assert(!std::is_constructible_v<ValueRef, KVal> &&
+              std::is_constructible_v<ValueRef, const KVal&>);
+static_assert(!GivesItsElements<KVal> && GivesItsElements<const KVal&>);
+static_assert(!FindsAKey<KVal> && FindsAKey<const KVal&>);
 
 INSTANTIATE_TEST_SUITE_P(BothOrders, Lifetime, testing::ValuesIn(both_orders));
 

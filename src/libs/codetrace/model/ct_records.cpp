@@ -21,8 +21,8 @@ KVal EndWithValue::value() const {
 
 ValueRef EndWithValue::value(ValueTape& tape) const {
   reset(tape);
-  Cursor cursor = value_cursor();
-  return {tape, tape.decode(cursor)};
+  ValueCursor values = this->values();
+  return {tape, tape.decode(values.at)};
 }
 
 String SapiWriteStart::body() const {

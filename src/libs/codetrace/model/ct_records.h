@@ -68,13 +68,10 @@ class CODETRACE_EXPORT EndWithValue : public End {
   // The same on a tape, which is reset.
   ValueRef value(ValueTape& tape) const;
   // The same for whoever looks at it once, in place.
-  [[nodiscard]] ValueCursor values() const { return {value_cursor(), 1, file(), entities()}; }
-
- private:
-  [[nodiscard]] Cursor value_cursor() const {
-    Cursor cursor = own();
-    cursor.bytes(Format::reference_size);
-    return cursor;
+  [[nodiscard]] ValueCursor values() const {
+    ValueCursor values = {own(), 1, file(), entities()};
+    values.at.bytes(Format::reference_size);
+    return values;
   }
 };
 
@@ -172,14 +169,14 @@ class CODETRACE_EXPORT FunctionCall final : public Base {
   Values args(ValueTape& tape) const;
   // The arguments for whoever looks at each once, in place.
   [[nodiscard]] ValueCursor arg_values() const {
-    Cursor cursor = arguments();
-    const std::uint32_t count = cursor.u32();
-    return {cursor, count, file(), entities()};
+    ValueCursor values = {arguments(), 0, file(), entities()};
+    values.left = values.at.u32();
+    return values;
   }
   [[nodiscard]] ValueCursor this_values() const {
-    Cursor cursor = own();
-    cursor.bytes(Format::reference_size);
-    return {cursor, has_this() ? 1U : 0U, file(), entities()};
+    ValueCursor values = {own(), has_this() ? 1U : 0U, file(), entities()};
+    values.at.bytes(Format::reference_size);
+    return values;
   }
 
  private:
@@ -196,7 +193,7 @@ constexpr bool is_record_of(Type type) {
       [&]<class... Record>(const TypeRow<Record>&... row) {
         return ((std::is_same_v<Class, Record> && row.info.type == type) || ...);
       },
-      table);
+      type_rows);
 }
 
 }  // namespace Rows
@@ -204,8 +201,8 @@ constexpr bool is_record_of(Type type) {
 // The record as one of a class; nothing if it is of another.
 template <class Class>
 std::optional<Class> record_as(const Base& record) {
-  return Rows::is_record_of<Class>(record.type()) ? std::optional<Class>(Class(record))
-                                                  : std::nullopt;
+  if (!Rows::is_record_of<Class>(record.type())) return std::nullopt;
+  return std::optional<Class>(std::in_place, record);
 }
 
 // The same for what all ends, and all ends with a value, have.
@@ -231,7 +228,7 @@ void with_record(const Base& record, const Visit& visit) {
             [](const Base& base, const Visit& visitor) { visitor(Record(base)); }...,
             [](const Base&, const Visit&) {}};
       },
-      Rows::table);
+      type_rows);
   calls[static_cast<std::size_t>(record.type())](record, visit);
 }
 

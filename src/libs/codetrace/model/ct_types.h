@@ -5,6 +5,7 @@
 // that is missing from it does not compile.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <string_view>
@@ -70,24 +71,6 @@ enum class Role : std::uint8_t {
   none,      // is nothing: it is not decoded
 };
 
-class Base;
-class Startup;
-class Shutdown;
-class FunctionCall;
-class FunctionReturn;
-class FunctionException;
-class IncludeCall;
-class IncludeReturn;
-class IncludeException;
-class SapiWriteStart;
-class SapiWriteEnd;
-class SapiFlush;
-class SapiHeader;
-class SapiSendHeaders;
-class ScriptExit;
-class ScriptError;
-class UserEvent;
-
 // One row of the table.
 struct TypeInfo {
   using Layout = std::array<Format::Field, 4>;
@@ -95,9 +78,10 @@ struct TypeInfo {
   Type type;
   std::string_view name;  // as every output shows it
   Role role;
-  Node::Type node;     // of root, span and leaf: the node that it begins
-  bool needs_payload;  // without one its record is not valid
-  Layout layout;       // its own fields, in the order of the file
+  Node::Type node;             // of root, span and leaf: the node that it begins
+  std::string_view node_name;  // as every output shows it; empty for what begins none
+  bool needs_payload;          // without one its record is not valid
+  Layout layout;               // its own fields, in the order of the file
 };
 
 template <class RecordClass>
@@ -106,48 +90,52 @@ struct TypeRow {
   TypeInfo info;
 };
 
+class Base;
+
 namespace Rows {
 
-using enum Role;
 using Format::Field;
 using N = Node::Type;
 inline constexpr Field ref = Field::reference;
 inline constexpr N no_node = N::CRASH;
 
+}  // namespace Rows
+
+// A row declares the class of its records. Kept: the node of a method call goes by the name of a
+// function call.
 // clang-format off
-inline constexpr std::tuple table = {
-    TypeRow<Startup>{{Type::STARTUP, "STARTUP", root, N::STARTUP, true, {ref, ref, ref, ref}}},
-    TypeRow<Shutdown>{{Type::SHUTDOWN, "SHUTDOWN", root_end, no_node, false, {}}},
-    TypeRow<FunctionCall>{{Type::FUNCTION_CALL, "FUNCTION_CALL", span, N::FUNCTION_CALL, true, {ref, Field::arguments}}},
-    TypeRow<FunctionCall>{{Type::METHOD_CALL, "METHOD_CALL", span, N::METHOD_CALL, true, {ref, Field::value, Field::arguments}}},
-    TypeRow<FunctionReturn>{{Type::FUNCTION_RETURN, "FUNCTION_RETURN", span_end, no_node, true, {ref, Field::value}}},
-    TypeRow<FunctionException>{{Type::FUNCTION_EXCEPTION, "FUNCTION_EXCEPTION", span_end, no_node, true, {ref, Field::value}}},
-    TypeRow<IncludeCall>{{Type::INCLUDE_CALL, "INCLUDE_CALL", span, N::INCLUDE_CALL, true, {ref}}},
-    TypeRow<IncludeReturn>{{Type::INCLUDE_RETURN, "INCLUDE_RETURN", span_end, no_node, true, {ref}}},
-    TypeRow<IncludeException>{{Type::INCLUDE_EXCEPTION, "INCLUDE_EXCEPTION", span_end, no_node, true, {ref, Field::value}}},
-    TypeRow<SapiWriteStart>{{Type::SAPI_WRITE_START, "SAPI_WRITE_START", span, N::SAPI_WRITE, true, {Field::cut_text}}},
-    TypeRow<SapiWriteEnd>{{Type::SAPI_WRITE_END, "SAPI_WRITE_END", span_end, no_node, true, {ref}}},
-    TypeRow<SapiFlush>{{Type::SAPI_FLUSH, "SAPI_FLUSH", leaf, N::SAPI_FLUSH, true, {}}},
-    TypeRow<SapiHeader>{{Type::SAPI_HEADER, "SAPI_HEADER", leaf, N::SAPI_HEADER, true, {Field::header_line}}},
-    TypeRow<SapiSendHeaders>{{Type::SAPI_SEND_HEADERS, "SAPI_SEND_HEADERS", leaf, N::SAPI_SEND_HEADERS, true, {Field::u32, Field::inline_text}}},
-    TypeRow<ScriptExit>{{Type::SCRIPT_EXIT, "SCRIPT_EXIT", leaf, N::SCRIPT_EXIT, false, {}}},
-    TypeRow<ScriptError>{{Type::SCRIPT_ERROR, "SCRIPT_ERROR", leaf, N::SCRIPT_ERROR, true, {Field::u32, Field::inline_text}}},
-    TypeRow<Base>{{Type::CRASH, "CRASH", none, no_node, false, {}}},
-    TypeRow<UserEvent>{{Type::USER_EVENT, "USER_EVENT", leaf, N::USER_EVENT, true, {ref, Field::u32}}},
+inline constexpr std::tuple type_rows = {
+    TypeRow<class Startup>{{Type::STARTUP, "STARTUP", Role::root, Rows::N::STARTUP, "STARTUP", true, {Rows::ref, Rows::ref, Rows::ref, Rows::ref}}},
+    TypeRow<class Shutdown>{{Type::SHUTDOWN, "SHUTDOWN", Role::root_end, Rows::no_node, "", false, {}}},
+    TypeRow<class FunctionCall>{{Type::FUNCTION_CALL, "FUNCTION_CALL", Role::span, Rows::N::FUNCTION_CALL, "FUNCTION_CALL", true, {Rows::ref, Rows::Field::arguments}}},
+    TypeRow<class FunctionCall>{{Type::METHOD_CALL, "METHOD_CALL", Role::span, Rows::N::METHOD_CALL, "FUNCTION_CALL", true, {Rows::ref, Rows::Field::value, Rows::Field::arguments}}},
+    TypeRow<class FunctionReturn>{{Type::FUNCTION_RETURN, "FUNCTION_RETURN", Role::span_end, Rows::no_node, "", true, {Rows::ref, Rows::Field::value}}},
+    TypeRow<class FunctionException>{{Type::FUNCTION_EXCEPTION, "FUNCTION_EXCEPTION", Role::span_end, Rows::no_node, "", true, {Rows::ref, Rows::Field::value}}},
+    TypeRow<class IncludeCall>{{Type::INCLUDE_CALL, "INCLUDE_CALL", Role::span, Rows::N::INCLUDE_CALL, "INCLUDE_CALL", true, {Rows::ref}}},
+    TypeRow<class IncludeReturn>{{Type::INCLUDE_RETURN, "INCLUDE_RETURN", Role::span_end, Rows::no_node, "", true, {Rows::ref}}},
+    TypeRow<class IncludeException>{{Type::INCLUDE_EXCEPTION, "INCLUDE_EXCEPTION", Role::span_end, Rows::no_node, "", true, {Rows::ref, Rows::Field::value}}},
+    TypeRow<class SapiWriteStart>{{Type::SAPI_WRITE_START, "SAPI_WRITE_START", Role::span, Rows::N::SAPI_WRITE, "SAPI_WRITE", true, {Rows::Field::cut_text}}},
+    TypeRow<class SapiWriteEnd>{{Type::SAPI_WRITE_END, "SAPI_WRITE_END", Role::span_end, Rows::no_node, "", true, {Rows::ref}}},
+    TypeRow<class SapiFlush>{{Type::SAPI_FLUSH, "SAPI_FLUSH", Role::leaf, Rows::N::SAPI_FLUSH, "SAPI_FLUSH", true, {}}},
+    TypeRow<class SapiHeader>{{Type::SAPI_HEADER, "SAPI_HEADER", Role::leaf, Rows::N::SAPI_HEADER, "SAPI_HEADER", true, {Rows::Field::header_line}}},
+    TypeRow<class SapiSendHeaders>{{Type::SAPI_SEND_HEADERS, "SAPI_SEND_HEADERS", Role::leaf, Rows::N::SAPI_SEND_HEADERS, "SAPI_SEND_HEADERS", true, {Rows::Field::u32, Rows::Field::inline_text}}},
+    TypeRow<class ScriptExit>{{Type::SCRIPT_EXIT, "SCRIPT_EXIT", Role::leaf, Rows::N::SCRIPT_EXIT, "SCRIPT_EXIT", false, {}}},
+    TypeRow<class ScriptError>{{Type::SCRIPT_ERROR, "SCRIPT_ERROR", Role::leaf, Rows::N::SCRIPT_ERROR, "SCRIPT_ERROR", true, {Rows::Field::u32, Rows::Field::inline_text}}},
+    TypeRow<Base>{{Type::CRASH, "CRASH", Role::none, Rows::no_node, "CRASH", false, {}}},
+    TypeRow<class UserEvent>{{Type::USER_EVENT, "USER_EVENT", Role::leaf, Rows::N::USER_EVENT, "USER_EVENT", true, {Rows::ref, Rows::Field::u32}}},
 };
 // clang-format on
-
-}  // namespace Rows
 
 // The rows by code; behind them the row of every code that has none.
 inline constexpr auto types = std::apply(
     [](const auto&... row) {
       return std::array<TypeInfo, type_count + 1>{
-          row.info..., TypeInfo{Type::INVALID, "INVALID", Role::none, Rows::no_node, false, {}}};
+          row.info...,
+          TypeInfo{Type::INVALID, "INVALID", Role::none, Rows::no_node, "", false, {}}};
     },
-    Rows::table);
+    type_rows);
 
-static_assert(std::tuple_size_v<decltype(Rows::table)> == type_count, "a row for each type");
+static_assert(std::tuple_size_v<decltype(type_rows)> == type_count, "a row for each type");
 static_assert(
     [] {
       for (std::size_t code = 0; code != types.size(); ++code) {
@@ -174,15 +162,38 @@ constexpr std::string_view type_name(Type type) { return type_info(type).name; }
 
 namespace CT::Node {
 
-// The type's name in outputs and messages; "INVALID" for a value outside of the enumeration.
-// Kept: a method call goes by the name of a function call.
-constexpr std::string_view type_name(Type type) {
-  constexpr std::array<std::string_view, 12> names = {
-      "STARTUP",     "FUNCTION_CALL", "FUNCTION_CALL", "INCLUDE_CALL",
-      "SAPI_WRITE",  "SAPI_FLUSH",    "SAPI_HEADER",   "SAPI_SEND_HEADERS",
-      "SCRIPT_EXIT", "SCRIPT_ERROR",  "CRASH",         "USER_EVENT"};
-  const auto row = static_cast<std::size_t>(type);
-  return row < names.size() ? names[row] : "INVALID";
+// What the rows say of each type of node.
+struct NodeInfo {
+  std::string_view name;  // empty for what is no type
+  bool has_nodes;         // whether any checkpoint begins one
+  bool is_span;           // takes time
+};
+
+inline constexpr auto node_infos = [] {
+  using Checkpoint::Role;
+  constexpr std::size_t count = [] {
+    std::size_t found = 0;
+    for (const auto& row : Checkpoint::types) {
+      found = std::max(found, static_cast<std::size_t>(row.node) + 1);
+    }
+    return found;
+  }();
+  std::array<NodeInfo, count> infos{};
+  for (const auto& row : Checkpoint::types) {
+    if (row.node_name.empty()) continue;
+    infos[static_cast<std::size_t>(row.node)] = {row.node_name, row.role != Role::none,
+                                                 row.role == Role::root || row.role == Role::span};
+  }
+  return infos;
+}();
+
+// Of a value outside of the enumeration it is "INVALID".
+constexpr NodeInfo node_info(Type type) {
+  const auto number = static_cast<std::size_t>(type);
+  return number < node_infos.size() ? node_infos[number] : NodeInfo{"INVALID", false, false};
 }
+
+// The type's name in outputs and messages.
+constexpr std::string_view type_name(Type type) { return node_info(type).name; }
 
 }  // namespace CT::Node

@@ -47,9 +47,9 @@ KVal::KVal(const CheckpointView& view, Cursor& cursor, Entities* entities) {
   }
   Cursor ahead = cursor;
   scan_values(ahead, 1, own.get());
-  const auto tape = make_kept_tape(view, own);
-  item_ = tape->decode(cursor);
-  tape_ = tape;
+  auto tape = make_kept_tape(view, own);
+  const ValueTape::Index item = tape->decode(cursor);
+  *this = KVal(std::move(tape), item);
 }
 
 }  // namespace CT::Checkpoint

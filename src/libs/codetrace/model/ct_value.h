@@ -12,14 +12,23 @@
 #include "kcommon/k_export.h"
 
 class QJsonValue;
-class QString;
 
 namespace CT::Checkpoint {
 
-class CODETRACE_EXPORT KVal {
+// Everything that ValueRef says of a value, it says of its own.
+class CODETRACE_EXPORT KVal : public ValueRef {
  public:
   // Undef.
   KVal() = default;
+  KVal(const KVal&) = default;
+  KVal& operator=(const KVal&) = default;
+  // What is moved from is undef.
+  KVal(KVal&& other) noexcept : KVal() { swap(other); }
+  KVal& operator=(KVal&& other) noexcept {
+    KVal(std::move(other)).swap(*this);
+    return *this;
+  }
+  ~KVal() = default;
 
   // Decodes the value at the cursor, which lies in the payload of `view`, and leaves the cursor
   // behind it. Classes of objects are entered into `entities`; without it they get a table of their
@@ -29,46 +38,41 @@ class CODETRACE_EXPORT KVal {
 
   // A value of a tape that is complete. The tape's table of classes must live as long as the tape.
   KVal(std::shared_ptr<const ValueTape> tape, ValueTape::Index item)
-      : tape_(std::move(tape)), item_(item) {}
+      : ValueRef(*tape, item), kept_(std::move(tape)) {}
 
-  // The value in place; it lives as long as this one or a copy of it.
-  [[nodiscard]] ValueRef ref() const {
-    return tape_ != nullptr ? ValueRef(*tape_, item_) : ValueRef();
+  // The value in place and its parts; they live as long as this one or a copy of it, so a temporary
+  // has none.
+  [[nodiscard]] const ValueRef& ref() const& { return *this; }
+  const ValueRef& ref() const&& = delete;
+  [[nodiscard]] Elements elements() const& { return ValueRef::elements(); }
+  Elements elements() const&& = delete;
+  template <class Key>
+  [[nodiscard]] ValueRef find(Key key) const& {
+    return ValueRef::find(key);
   }
-  // The same tape's value that `ref` stands for, kept. Requires: a part of this value.
+  template <class Key>
+  ValueRef find(Key key) const&& = delete;
+  // The same tape's value that `part` stands for, kept. Requires: a part of this value.
   [[nodiscard]] KVal keep(const ValueRef& part) const {
-    assert(part.tape() == tape_.get());
-    return {tape_, part.item()};
+    assert(part.tape() == kept_.get());
+    return {kept_, part.item()};
   }
-
-  // As ValueRef says.
-  [[nodiscard]] ValueType type() const { return ref().type(); }
-  [[nodiscard]] bool as_boolean() const { return ref().as_boolean(); }
-  [[nodiscard]] std::int64_t as_long() const { return ref().as_long(); }
-  [[nodiscard]] double as_double() const { return ref().as_double(); }
-  [[nodiscard]] String string() const { return ref().string(); }
-  [[nodiscard]] bool is_cut() const { return ref().is_cut(); }
-  [[nodiscard]] bool is_list() const { return ref().is_list(); }
-  [[nodiscard]] std::int32_t declared_count() const { return ref().declared_count(); }
-  [[nodiscard]] Elements elements() const { return ref().elements(); }
-  [[nodiscard]] const ClassEntry* class_entry() const { return ref().class_entry(); }
-  [[nodiscard]] std::uint32_t object_handle() const { return ref().object_handle(); }
-  [[nodiscard]] String resource_name() const { return ref().resource_name(); }
-  [[nodiscard]] std::int64_t resource_handle() const { return ref().resource_handle(); }
 
   // Becomes undef.
   void reset() { *this = KVal(); }
   // Becomes equal to the other value, sharing what that holds.
   void copy(const KVal& other) { *this = other; }
 
-  [[nodiscard]] QString to_string(bool quoted) const;
-  [[nodiscard]] QString to_escaped_string(bool quoted) const;
   // Undefined for undef and for values of more than 1,000 levels, which Qt's classes cannot hold.
   [[nodiscard]] QJsonValue as_json() const;
 
  private:
-  std::shared_ptr<const ValueTape> tape_;  // null: undef
-  ValueTape::Index item_ = 0;
+  void swap(KVal& other) noexcept {
+    std::swap(static_cast<ValueRef&>(*this), static_cast<ValueRef&>(other));
+    kept_.swap(other.kept_);
+  }
+
+  std::shared_ptr<const ValueTape> kept_;  // null: undef
 };
 
 // A tape of its own that keeps its table of classes alive, for values that are kept.

@@ -11,13 +11,6 @@
 
 namespace CT::Checkpoint {
 
-// The type of a code in a file. Kept: a code that does not exist is undef, and reading goes on
-// behind it, out of step.
-constexpr ValueType value_type_of_code(std::uint8_t code) {
-  return code <= static_cast<std::uint8_t>(ValueType::resource) ? static_cast<ValueType>(code)
-                                                                : ValueType::undef;
-}
-
 // Borrows: the payload, the file, and the table of classes, which may be null.
 struct ValueCursor {
   Cursor at;               // at the type code of the next value

@@ -16,6 +16,7 @@
 namespace CT::Checkpoint {
 
 class Elements;
+class KVal;
 
 class CODETRACE_EXPORT ValueRef {
  public:
@@ -26,6 +27,9 @@ class CODETRACE_EXPORT ValueRef {
   ValueRef(const ValueTape& tape, ValueTape::Index item) : tape_(&tape), item_(item) {
     assert(item < tape.size());
   }
+
+  // A temporary takes its tape with it.
+  ValueRef(KVal&& kept) = delete;
 
   [[nodiscard]] ValueType type() const {
     return tape_ != nullptr ? tape_->type(item_) : ValueType::undef;

@@ -14,24 +14,11 @@
 
 #include "codetrace/bytes/ct_plain_array.h"
 #include "codetrace/model/ct_entity.h"
+#include "codetrace/model/ct_value_types.h"
 #include "codetrace/model/ct_view.h"
 #include "kcommon/k_export.h"
 
 namespace CT::Checkpoint {
-
-// The codes of the file, which are the PHP engine's own.
-enum class ValueType : std::uint8_t {
-  undef,
-  null,
-  false_,
-  true_,
-  long_,
-  double_,
-  string,
-  array,
-  object,
-  resource
-};
 
 // An array that is being decoded.
 struct ArrayFrame {
@@ -62,6 +49,14 @@ class CODETRACE_EXPORT ValueTape {
 
   [[nodiscard]] const File& file() const { return *file_; }
   [[nodiscard]] const Entities* entities() const { return entities_; }
+  // Behind the type code of an item; over nothing if it is not of this type.
+  [[nodiscard]] Cursor body(Index i, ValueType type) const {
+    if (this->type(i) != type) return {};
+    const unsigned char* place = payload_ + items_[i].place;
+    // An array that stands for a text of the cut marker has that text's code in the file.
+    if (*place != static_cast<unsigned char>(type)) return {};
+    return {place + 1, payload_end_, file_->big_endian()};
+  }
   // Where an item's value begins in the payload: at its type code.
   [[nodiscard]] Cursor place_of(Index i) const {
     return {payload_ + items_[i].place, payload_end_, file_->big_endian()};
@@ -105,6 +100,7 @@ class CODETRACE_EXPORT ValueTape {
 
  private:
   friend class TapeDecoder;
+  static_assert(value_types.size() <= 16, "the bits of an item's type");
 
   struct Item {
     std::uint32_t place : 24;  // of the type code, from the payload's start
@@ -114,15 +110,6 @@ class CODETRACE_EXPORT ValueTape {
     std::uint32_t marker : 1;  // a text that is the cut marker
     std::uint32_t link;        // array: the item behind it
   };
-
-  // Behind the type code of item `i`; over nothing if it is not of this type.
-  [[nodiscard]] Cursor body(Index i, ValueType type) const {
-    if (this->type(i) != type) return {};
-    const unsigned char* place = payload_ + items_[i].place;
-    // An array that stands for a text of the cut marker has that text's code in the file.
-    if (*place != static_cast<unsigned char>(type)) return {};
-    return {place + 1, payload_end_, file_->big_endian()};
-  }
 
   const File* file_ = nullptr;
   const unsigned char* payload_ = nullptr;

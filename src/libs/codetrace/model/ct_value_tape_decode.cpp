@@ -1,23 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
 // How values are decoded, and how they are stepped over.
-#include <array>
 #include <functional>
-#include <limits>
 
-#include "codetrace/model/ct_value_cursor.h"
 #include "codetrace/model/ct_value_tape.h"
 
 namespace CT::Checkpoint {
 
 namespace {
-
-constexpr auto last_type = static_cast<std::size_t>(ValueType::resource);
-
-// The bytes behind the code of a value that has always as many; of the others more than there are.
-constexpr std::size_t varying = std::numeric_limits<std::size_t>::max();
-constexpr std::array<std::size_t, last_type + 1> body_sizes = {0, 0,       0,       0,  8,
-                                                               8, varying, varying, 12, 16};
 
 // What stands before the elements of an array, or the whole of any other value.
 struct Header {
@@ -29,8 +19,7 @@ struct Header {
 // Steps over it; the cursor fails at the field that is not whole.
 inline Header read_header(Cursor& cursor) {
   Header header = {value_type_of_code(cursor.u8())};
-  const std::size_t size = body_sizes[static_cast<std::size_t>(header.type)];
-  if (size <= cursor.left()) {
+  if (const std::size_t size = value_type_info(header.type).body_size; size <= cursor.left()) {
     cursor.bytes(size);
   } else if (header.type == ValueType::string) {
     header.string = get_cut_str(cursor);

@@ -88,10 +88,6 @@ QString ValueRef::to_escaped_string(bool quoted) const {
   return quoted ? QLatin1Char('"') + escaped + QLatin1Char('"') : escaped;
 }
 
-QString KVal::to_string(bool quoted) const { return ref().to_string(quoted); }
-
-QString KVal::to_escaped_string(bool quoted) const { return ref().to_escaped_string(quoted); }
-
 QJsonValue KVal::as_json() const { return to_qt_json(ref()); }
 
 }  // namespace Checkpoint

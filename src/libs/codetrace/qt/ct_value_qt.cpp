@@ -4,12 +4,15 @@
 #include "codetrace/qt/ct_value_qt.h"
 
 #include <QJsonArray>
+#include <QJsonDocument>
 #include <QJsonObject>
 #include <QString>
 #include <vector>
 
 #include "codetrace/qt/ct_text_qt.h"
+#include "codetrace/render/ct_json.h"
 #include "codetrace/render/ct_number.h"
+#include "codetrace/render/ct_value_json.h"
 #include "codetrace/render/ct_value_text.h"
 #include "codetrace/render/ct_writer.h"
 
@@ -21,30 +24,28 @@ using Checkpoint::ValueType;
 
 namespace {
 
+// What is an object in JSON too, by way of its text.
+QJsonObject parsed(const ValueRef& value) {
+  MemoryWriter text;
+  JsonWriter json(text, JsonWriter::Form::compact);
+  Checkpoint::ValueJsonWriter().write(*value.tape(), value.item(), json);
+  return QJsonDocument::fromJson(
+             QByteArray(text.view().data(), static_cast<qsizetype>(text.size())))
+      .object();
+}
+
+// Of no array.
 QJsonValue leaf(const ValueRef& value) {
-  QJsonObject object;
+  if (value_type_info(value.type()).is_object_in_json) return parsed(value);
   switch (value.type()) {
-    case ValueType::undef: return QJsonValue::Undefined;
     case ValueType::null: return QJsonValue::Null;
     case ValueType::false_: return false;
     case ValueType::true_: return true;
     case ValueType::long_: return static_cast<qint64>(value.as_long());
     case ValueType::double_: return value.as_double();
     case ValueType::string: return value.string().as_json();
-    case ValueType::object:
-      object.insert(QStringLiteral("handle"), static_cast<qint64>(value.object_handle()));
-      if (const auto* entry = value.class_entry(); entry != nullptr) {
-        object.insert(QStringLiteral("class"),
-                      entry->id() >= 0 ? QJsonValue(entry->id()) : QJsonValue(entry->as_json()));
-      }
-      return object;
-    case ValueType::resource:
-      object.insert(QStringLiteral("resource"), value.resource_name().as_json());
-      object.insert(QStringLiteral("handle"), static_cast<qint64>(value.resource_handle()));
-      return object;
-    case ValueType::array: break;
+    default: return QJsonValue::Undefined;
   }
-  return QJsonValue::Undefined;
 }
 
 struct OpenArray {

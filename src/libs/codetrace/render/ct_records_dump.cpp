@@ -79,7 +79,7 @@ constexpr auto heads = std::apply(
     [](const auto&... row) {
       return std::array{Head(row.info.name)..., Head(type_name(Checkpoint::Type::INVALID))};
     },
-    Checkpoint::Rows::table);
+    Checkpoint::type_rows);
 
 void put_location(Writer& out, std::string_view label, String filename, std::uint32_t line) {
   out.put(label);
@@ -162,7 +162,7 @@ struct RecordDumper::Lines {
     const ValueRef value = record.value(room.tape_);
     const ValueType type = value.type();
     out.put("\tEXCEPTION: ");
-    if (type == ValueType::array || type == ValueType::object || type == ValueType::resource ||
+    if (value_type_info(type).is_object_in_json ||
         (type == ValueType::string && value.string().orig_sz >= 0)) {
       JsonWriter json(out, JsonWriter::Form::compact);
       room.json_.write(*value.tape(), value.item(), json);
@@ -200,10 +200,7 @@ struct RecordDumper::Lines {
     put_line(out, "\tARG_COUNT: ", std::int64_t{arguments.left});
     if (arguments.left == 0) return;
     out.put("\tARGS: ");
-    for (std::string_view lead; room.texts_.write(arguments, out, Form::quoted, lead);) {
-      if (!out.ok()) return;
-      lead = ", ";
-    }
+    room.texts_.write_all(arguments, out, Form::quoted);
     out.put('\n');
   }
 

@@ -12,6 +12,7 @@
 // A value borrows: texts the file, values the room, classes their table.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cassert>
@@ -76,6 +77,10 @@ inline constexpr std::array<std::string_view, static_cast<std::size_t>(FieldName
                    "op",        "orig_uri",   "parent_id",
                    "return",    "status",     "sys_mem",
                    "this",      "ts",         "url"};
+
+static_assert(std::is_sorted(field_names.begin(), field_names.end()) &&
+                  !field_names.front().empty(),
+              "a name for each, in their order");
 
 constexpr std::string_view field_name(FieldName name) {
   return field_names[static_cast<std::size_t>(name)];
