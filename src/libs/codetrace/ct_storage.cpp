@@ -233,14 +233,11 @@ Storage::NodeId Storage::find_begin(std::uint64_t offset) const {
 
 void Storage::read(NodeId id, Node::Base& node) const {
   const Entry& place = entry(id);
-  const auto record = [&](std::uint32_t offset) {
-    return Checkpoint::Base(CheckpointView::at(*file_, offset), *entities_);
-  };
-  const Checkpoint::Base begin = record(place.begin);
+  const auto view = [&](std::uint32_t offset) { return CheckpointView::at(*file_, offset); };
   static_assert(std::is_trivially_destructible_v<Node::Base>);
-  std::construct_at(&node, Node::type_of_begin(begin.type()), begin, start_timestamp_,
-                    start_memory_, id, place.parent);
-  if (place.end != no_end) node.add_end(record(place.end));
+  std::construct_at(&node, view(place.begin), *entities_, start_timestamp_, start_memory_, id,
+                    place.parent);
+  if (place.end != no_end) node.add_end(view(place.end), *entities_);
 }
 
 Node::Base Storage::read(NodeId id) const {

@@ -58,10 +58,7 @@ struct LineWriter {
     if (function == nullptr) return;
     put_head(*function, call.file()->add_data());
     auto arguments = call.arg_values();
-    for (std::string_view lead; room.values.write(arguments, out, Form::escaped, lead);) {
-      if (!out.ok()) return;
-      lead = ", ";
-    }
+    room.values.write_all(arguments, out, Form::escaped);
     out.put(')');
     if (const auto returned = node.end_as<Checkpoint::FunctionReturn>()) {
       if (!function->is_constructor_or_destructor()) put_outcome(" Returned: ", *returned);
@@ -128,8 +125,7 @@ bool Base::write_text(Writer& out, TextRoom& room) const {
     case Type::SCRIPT_EXIT: out.put("SCRIPT_EXIT"); break;
     default: Checkpoint::with_record(begin_, LineWriter{*this, out, room});
   }
-  // No line for a type that no node has, nor for what is no type.
-  return type_ != Type::CRASH && type_ >= Type::STARTUP && type_ <= Type::USER_EVENT;
+  return node_info(type_).has_nodes;
 }
 
 }  // namespace CT::Node

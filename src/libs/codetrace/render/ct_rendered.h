@@ -58,8 +58,10 @@ class RenderedTexts {
   static constexpr unsigned slot_bits = 13;
 
   static std::size_t slot_of(const void* key) {
-    constexpr std::uint64_t odd = 0x9E3779B97F4A7C15;
-    return (std::bit_cast<std::uintptr_t>(key) * odd) >> (64 - slot_bits);
+    // Neighbours in memory are neighbours here, so that few lines of the cache are in use.
+    constexpr unsigned object_bits = 5;
+    const auto place = std::bit_cast<std::uintptr_t>(key) >> object_bits;
+    return (place ^ place >> slot_bits) & ((std::size_t{1} << slot_bits) - 1);
   }
   void forget() {
     slots_.assign(std::size_t{1} << slot_bits, Slot());

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "codetrace/render/ct_text.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdint>
 
+#include "codetrace/bytes/ct_cursor.h"
 #include "codetrace/bytes/ct_utf8.h"
 
 #ifdef __SSE2__
@@ -81,69 +83,109 @@ unsigned stops(__m128i v) {
   return static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(v, Form::special(v))));
 }
 
-__m128i load_16(const unsigned char* p) {
-  return _mm_loadu_si128(static_cast<const __m128i*>(static_cast<const void*>(p)));
+const __m128i* as_block(const unsigned char* p) {
+  return static_cast<const __m128i*>(static_cast<const void*>(p));
 }
+__m128i* as_block(char* p) { return static_cast<__m128i*>(static_cast<void*>(p)); }
 
-__m128i load_8(const unsigned char* p) {
-  return _mm_loadl_epi64(static_cast<const __m128i*>(static_cast<const void*>(p)));
+// Eight bytes and four.
+struct Half {
+  static constexpr std::size_t size = 8;
+  static __m128i load(const unsigned char* p) { return _mm_loadl_epi64(as_block(p)); }
+  static void store(char* to, __m128i bytes) { _mm_storel_epi64(as_block(to), bytes); }
+  static __m128i join(__m128i first, __m128i last) { return _mm_unpacklo_epi64(first, last); }
+};
+struct Quarter {
+  static constexpr std::size_t size = 4;
+  static __m128i load(const unsigned char* p) { return _mm_loadu_si32(p); }
+  static void store(char* to, __m128i bytes) { _mm_storeu_si32(to, bytes); }
+  static __m128i join(__m128i first, __m128i last) { return _mm_unpacklo_epi32(first, last); }
+};
+
+// copy_until_stop for what is no longer than two of them, which may overlap.
+template <class Part, class Form>
+std::size_t copy_two(char* to, const unsigned char* p, std::size_t size) {
+  const std::size_t second = size - Part::size;
+  const __m128i first_bytes = Part::load(p);
+  const __m128i last_bytes = Part::load(p + second);
+  Part::store(to, first_bytes);
+  Part::store(to + second, last_bytes);
+  const unsigned found =
+      stops<Form>(Part::join(first_bytes, last_bytes)) & ((1U << (2 * Part::size)) - 1);
+  if (found == 0) return size;
+  const auto at = static_cast<std::size_t>(std::countr_zero(found));
+  return at < Part::size ? at : second + at - Part::size;
 }
 #endif
 
-// The first byte from `p` on that the form escapes or that is not ASCII. The text begins at
-// `first`: what is left of it behind whole blocks is looked at in blocks that overlap.
+// Copies text until the first byte that the form escapes or that is not ASCII, and returns how many
+// bytes come before that. It may write behind them, but not more than `size` bytes.
 template <class Form>
-const unsigned char* skip_plain(const unsigned char* first, const unsigned char* p,
-                                const unsigned char* end) {
+std::size_t copy_until_stop(char* to, const unsigned char* p, std::size_t size) {
+  std::size_t at = 0;
 #ifdef __SSE2__
-  for (; end - p >= 16; p += 16) {
-    const unsigned found = stops<Form>(load_16(p));
-    if (found != 0) return p + std::countr_zero(found);
+  constexpr std::size_t block = 16;
+  for (; size - at >= block; at += block) {
+    const __m128i bytes = _mm_loadu_si128(as_block(p + at));
+    _mm_storeu_si128(as_block(to + at), bytes);
+    const unsigned found = stops<Form>(bytes);
+    if (found != 0) return at + static_cast<std::size_t>(std::countr_zero(found));
   }
-  if (p != end && end - first >= 16) {
-    const unsigned found = stops<Form>(load_16(end - 16)) >> (16 - (end - p));
-    return found != 0 ? p + std::countr_zero(found) : end;
+  const std::size_t left = size - at;
+  if (left == 0) return size;
+  if (at != 0) {
+    // The last whole block overlaps the one before it.
+    const __m128i bytes = _mm_loadu_si128(as_block(p + size - block));
+    _mm_storeu_si128(as_block(to + size - block), bytes);
+    const unsigned found = stops<Form>(bytes) >> (block - left);
+    return found != 0 ? at + static_cast<std::size_t>(std::countr_zero(found)) : size;
   }
-  if (end - p >= 8) {
-    const unsigned found = stops<Form>(_mm_unpacklo_epi64(load_8(p), load_8(end - 8)));
-    if (found == 0) return end;
-    return (found & 0xFF) != 0 ? p + std::countr_zero(found) : end - 16 + std::countr_zero(found);
-  }
+  if (left >= Half::size) return copy_two<Half, Form>(to, p, size);
+  if (left >= Quarter::size) return copy_two<Quarter, Form>(to, p, size);
 #endif
-  while (p != end && *p < 0x80 && !Form::escapes(*p)) ++p;
-  return p;
+  for (; at != size && p[at] < 0x80 && !Form::escapes(p[at]); ++at) {
+    to[at] = static_cast<char>(p[at]);
+  }
+  return at;
+}
+
+// Puts what comes before the first byte that the form escapes or that is not ASCII; returns where
+// that is.
+template <class Form>
+const unsigned char* put_plain(Writer& out, const unsigned char* p, const unsigned char* end) {
+  while (p != end && out.ok()) {
+    const std::size_t size = std::min(static_cast<std::size_t>(end - p), Writer::max_room);
+    char* to = out.room(size);
+    const std::size_t plain = copy_until_stop<Form>(to, p, size);
+    out.advance(to + plain);
+    p += plain;
+    if (plain != size) return p;
+  }
+  return end;
 }
 
 template <class Form>
 void put_as(Writer& out, std::string_view stored) {
   stored = without_byte_order_mark(stored);
-  if (stored.empty()) return;
-  const auto* first = static_cast<const unsigned char*>(static_cast<const void*>(stored.data()));
-  const unsigned char* end = first + stored.size();
-  const unsigned char* run = first;
-  const unsigned char* p = first;
-  const auto put_run = [&] {
-    out.put(stored.substr(stored.size() - static_cast<std::size_t>(end - run),
-                          static_cast<std::size_t>(p - run)));
-  };
-  while (true) {
-    p = skip_plain<Form>(first, p, end);
-    if (p == end) break;
-    if (*p >= 0x80) {
-      if (const std::size_t length = utf8_sequence_length(p, end); length != 0) {
-        p += length;
-        continue;
-      }
+  const auto* p = static_cast<const unsigned char*>(static_cast<const void*>(stored.data()));
+  const unsigned char* const end = p + stored.size();
+  while ((p = put_plain<Form>(out, p, end)) != end) {
+    const unsigned char* const first = p;
+    while (p != end && *p >= 0x80) {
+      const std::size_t length = utf8_sequence_length(p, end);
+      if (length == 0) break;
+      p += length;
     }
-    put_run();
-    if (*p >= 0x80) {
+    if (p != first) {
+      out.put(std::string_view(Section::as_chars(first), static_cast<std::size_t>(p - first)));
+    } else if (*p >= 0x80) {
       out.put(replacement_character);
+      ++p;
     } else {
       Form::escape(out, *p);
+      ++p;
     }
-    run = ++p;
   }
-  put_run();
 }
 
 }  // namespace

@@ -4,7 +4,9 @@
 // because a key of which something is missing has no pair.
 #include "codetrace/render/ct_value_text.h"
 
+#include <algorithm>
 #include <array>
+#include <bit>
 
 #include "codetrace/render/ct_number.h"
 
@@ -26,14 +28,47 @@ void write_text(const String& text, ValueTextWriter::Form form, Writer& out) {
 
 }  // namespace
 
+// A value as it is stored, without the pairs of an array.
+struct ValueTextWriter::StoredValue {
+  ValueType type;
+  std::uint32_t count = 0;   // of an array: pairs
+  std::uint64_t number = 0;  // a long, a double's bits, the reference of an object or resource
+  std::uint64_t handle = 0;
+  String text = {};
+};
+
+// The cursor fails at the field that is not whole.
+inline ValueTextWriter::StoredValue ValueTextWriter::read_stored(Cursor& at) {
+  StoredValue value = {value_type_of_code(at.u8())};
+  switch (value.type) {
+    case ValueType::undef:
+    case ValueType::null:
+    case ValueType::false_:
+    case ValueType::true_: break;
+    case ValueType::long_:
+    case ValueType::double_: value.number = at.u64(); break;
+    case ValueType::string: value.text = get_cut_str(at); break;
+    case ValueType::array: value.count = static_cast<std::uint32_t>(std::max(at.i32(), 0)); break;
+    case ValueType::object:
+      value.number = at.u64();
+      value.handle = at.u32();
+      break;
+    case ValueType::resource:
+      value.number = at.u64();
+      value.handle = at.u64();
+      break;
+  }
+  return value;
+}
+
 void ValueTextWriter::write_name(const File& file, const unsigned char* place, Writer& out) {
   section_str(file, place).write(out);
 }
 
-void ValueTextWriter::write_object(ValueCursor& values, Writer& out, std::uint64_t reference,
-                                   std::uint32_t handle) {
+void ValueTextWriter::write_object(const StoredValue& value, const ValueCursor& values,
+                                   Writer& out) {
   const ClassEntry* entry =
-      values.entities != nullptr ? values.entities->find_class(reference) : nullptr;
+      values.entities != nullptr ? values.entities->find_class(value.number) : nullptr;
   out.put("object(");
   if (entry != nullptr) {
     write_name(*values.file, entry->name_place(), out);
@@ -41,78 +76,36 @@ void ValueTextWriter::write_object(ValueCursor& values, Writer& out, std::uint64
     out.put("!unknown!");
   }
   out.put('#');
-  put_unsigned(out, handle);
+  put_unsigned(out, value.handle);
   out.put(')');
 }
 
-// Writes a value that is no array. False, and nothing is written, if it is not whole.
-inline bool ValueTextWriter::write_leaf(ValueCursor& values, Writer& out, Form form,
-                                        std::string_view lead) {
-  Cursor at = values.at;
-  const ValueType type = value_type_of_code(at.u8());
-  const auto is_whole = [&] {
-    values.at = at;
-    if (at.ok()) out.put(lead);
-    return at.ok();
-  };
-  switch (type) {
+void ValueTextWriter::write_resource(const StoredValue& value, const File& file, Writer& out) {
+  out.put("resource(");
+  write_name(file, file.add_data().resolve(value.number), out);
+  out.put('#');
+  put_signed(out, static_cast<std::int64_t>(value.handle));
+  out.put(')');
+}
+
+// Opens an array, or writes any other value whole.
+inline void ValueTextWriter::write_stored(const StoredValue& value, const ValueCursor& values,
+                                          Form form, bool is_whole, Writer& out) {
+  switch (value.type) {
     case ValueType::undef:
     case ValueType::null:
     case ValueType::false_:
-    case ValueType::true_:
-      if (!is_whole()) return false;
-      out.put(words[static_cast<std::size_t>(type)]);
+    case ValueType::true_: out.put(words[static_cast<std::size_t>(value.type)]); break;
+    case ValueType::long_: put_signed(out, static_cast<std::int64_t>(value.number)); break;
+    case ValueType::double_: put_double_text(out, std::bit_cast<double>(value.number)); break;
+    case ValueType::string: write_text(value.text, form, out); break;
+    case ValueType::array:
+      out.put("array(");
+      open_.push_back({value.count, true, false, is_whole});
       break;
-    case ValueType::long_: {
-      const std::int64_t number = at.i64();
-      if (!is_whole()) return false;
-      put_signed(out, number);
-      break;
-    }
-    case ValueType::double_: {
-      const double number = at.f64();
-      if (!is_whole()) return false;
-      put_double_text(out, number);
-      break;
-    }
-    case ValueType::string: {
-      const String text = get_cut_str(at);
-      if (!is_whole()) return false;
-      write_text(text, form, out);
-      break;
-    }
-    case ValueType::object: {
-      const std::uint64_t reference = at.u64();
-      const std::uint32_t handle = at.u32();
-      if (!is_whole()) return false;
-      write_object(values, out, reference, handle);
-      break;
-    }
-    case ValueType::resource: {
-      const unsigned char* name = values.file->add_data().resolve(at.u64());
-      const std::int64_t handle = at.i64();
-      if (!is_whole()) return false;
-      out.put("resource(");
-      write_name(*values.file, name, out);
-      out.put('#');
-      put_signed(out, handle);
-      out.put(')');
-      break;
-    }
-    case ValueType::array: return false;
+    case ValueType::object: write_object(value, values, out); break;
+    case ValueType::resource: write_resource(value, *values.file, out); break;
   }
-  return true;
-}
-
-// Opens the array at the cursor. False, and nothing is written, if its count is not whole.
-bool ValueTextWriter::open(Cursor& at, bool is_whole, Writer& out, std::string_view lead) {
-  at.bytes(1);
-  const std::int32_t count = at.i32();
-  if (!at.ok()) return false;
-  out.put(lead);
-  out.put("array(");
-  open_.push_back({count > 0 ? static_cast<std::uint32_t>(count) : 0, true, false, is_whole});
-  return true;
 }
 
 void ValueTextWriter::write_open_arrays(ValueCursor& values, Writer& out) {
@@ -121,7 +114,7 @@ void ValueTextWriter::write_open_arrays(ValueCursor& values, Writer& out) {
     if (array.value_next) {
       array.value_next = false;
       --array.left;
-      write_value(values, array, out);
+      write_value(values, array.is_whole, out);
     } else if (array.left != 0 && values.at.ok()) {
       write_key(values, array, out);
     } else {
@@ -134,68 +127,62 @@ void ValueTextWriter::write_open_arrays(ValueCursor& values, Writer& out) {
 // A pair whose key is not whole is not there. A key that is the cut marker ends the array; what
 // else it has is stepped over.
 inline void ValueTextWriter::write_key(ValueCursor& values, OpenArray& array, Writer& out) {
-  const std::string_view lead = array.is_first ? "" : ", ";
-  const ValueType type = values.next_type();
-  if (type == ValueType::string) {
-    Cursor behind = values.at;
-    behind.bytes(1);
-    if (get_cut_str(behind).is_cut_marker()) {
-      scan_values(behind, 2 * array.left - 1, nullptr);
-      values.at = behind;
-      array.left = 0;
-      out.put(lead);
-      out.put("...");
-      return;
-    }
-  }
-  array.is_first = false;
-  if (type != ValueType::array) {
-    array.value_next = write_leaf(values, out, Form::quoted, lead);
-    return;
-  }
-  if (!array.is_whole) {
-    Cursor behind = values.at;
+  const Cursor before = values.at;
+  const StoredValue key = read_stored(values.at);
+  const bool is_marker = key.text.is_cut_marker();
+  if (is_marker) {
+    scan_values(values.at, 2 * array.left - 1, nullptr);
+  } else if (key.type == ValueType::array && !array.is_whole) {
+    Cursor behind = before;
     scan_values(behind, 1, nullptr);
-    if (!behind.ok()) {
-      values.at = behind;
-      return;
-    }
+    if (!behind.ok()) values.at = behind;
   }
-  array.value_next = true;
-  open(values.at, true, out, lead);
+  if (is_marker || values.at.ok()) {
+    if (!array.is_first) out.put(", ");
+    array.is_first = false;
+  }
+  if (is_marker) {
+    array.left = 0;
+    out.put("...");
+  } else if (values.at.ok()) {
+    array.value_next = true;
+    write_stored(key, values, Form::quoted, true, out);
+  }
 }
 
 // A value that is not whole is undef. The tracer puts the marker in place of a nested array that it
 // did not descend into.
-inline void ValueTextWriter::write_value(ValueCursor& values, OpenArray& array, Writer& out) {
-  constexpr std::string_view lead = " => ";
-  const ValueType type = values.next_type();
-  if (type == ValueType::string) {
-    Cursor behind = values.at;
-    behind.bytes(1);
-    if (get_cut_str(behind).is_cut_marker()) {
-      values.at = behind;
-      out.put(" => array(...)");
-      return;
-    }
+inline void ValueTextWriter::write_value(ValueCursor& values, bool is_whole, Writer& out) {
+  const StoredValue value = read_stored(values.at);
+  out.put(" => ");
+  if (!values.at.ok()) {
+    out.put("undef");
+  } else if (value.text.is_cut_marker()) {
+    out.put("array(...)");
+  } else {
+    write_stored(value, values, Form::quoted, is_whole, out);
   }
-  const bool is_written = type == ValueType::array ? open(values.at, array.is_whole, out, lead)
-                                                   : write_leaf(values, out, Form::quoted, lead);
-  if (!is_written) out.put(" => undef");
+}
+
+inline bool ValueTextWriter::write_next(ValueCursor& values, Writer& out, Form form,
+                                        std::string_view lead) {
+  if (values.left == 0) return false;
+  --values.left;
+  const StoredValue value = read_stored(values.at);
+  if (!values.at.ok()) return false;
+  out.put(lead);
+  open_.clear();  // not empty if an output failed in the middle of an array
+  write_stored(value, values, form, false, out);
+  if (value.type == ValueType::array) write_open_arrays(values, out);
+  return true;
 }
 
 bool ValueTextWriter::write(ValueCursor& values, Writer& out, Form form, std::string_view lead) {
-  if (values.left == 0) return false;
-  const bool is_array = values.next_type() == ValueType::array;
-  --values.left;
-  if (!is_array) return write_leaf(values, out, form, lead);
-  open_.clear();  // not empty if an output failed in the middle of an array
-  if (!open(values.at, false, out, lead)) return false;
-  const std::uint32_t left = values.left;
-  values.left = 1;
-  write_open_arrays(values, out);
-  values.left = left;
-  return true;
+  return write_next(values, out, form, lead);
+}
+
+void ValueTextWriter::write_all(ValueCursor& values, Writer& out, Form form) {
+  for (std::string_view lead; write_next(values, out, form, lead) && out.ok();) lead = ", ";
 }
 
 void ValueTextWriter::write(const ValueRef& value, Writer& out, Form form) {

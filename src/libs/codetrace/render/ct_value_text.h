@@ -32,6 +32,9 @@ class CODETRACE_EXPORT ValueTextWriter {
   bool write(ValueCursor& values, Writer& out, Form form = Form::quoted,
              std::string_view lead = {});
 
+  // Writes all that are still to come and whole, with commas between them.
+  void write_all(ValueCursor& values, Writer& out, Form form);
+
  protected:
   // The name of a class or a resource type at a place of ADD DATA; null for none.
   virtual void write_name(const File& file, const unsigned char* place, Writer& out);
@@ -44,14 +47,19 @@ class CODETRACE_EXPORT ValueTextWriter {
     bool is_whole;       // is known to be
   };
 
-  CODETRACE_HIDDEN bool write_leaf(ValueCursor& values, Writer& out, Form form,
+  struct CODETRACE_HIDDEN StoredValue;
+
+  CODETRACE_HIDDEN static StoredValue read_stored(Cursor& at);
+  CODETRACE_HIDDEN void write_stored(const StoredValue& value, const ValueCursor& values, Form form,
+                                     bool is_whole, Writer& out);
+  CODETRACE_HIDDEN bool write_next(ValueCursor& values, Writer& out, Form form,
                                    std::string_view lead);
-  CODETRACE_HIDDEN bool open(Cursor& at, bool is_whole, Writer& out, std::string_view lead);
   CODETRACE_HIDDEN void write_open_arrays(ValueCursor& values, Writer& out);
   CODETRACE_HIDDEN void write_key(ValueCursor& values, OpenArray& array, Writer& out);
-  CODETRACE_HIDDEN void write_value(ValueCursor& values, OpenArray& array, Writer& out);
-  CODETRACE_HIDDEN void write_object(ValueCursor& values, Writer& out, std::uint64_t reference,
-                                     std::uint32_t handle);
+  CODETRACE_HIDDEN void write_value(ValueCursor& values, bool is_whole, Writer& out);
+  CODETRACE_HIDDEN void write_object(const StoredValue& value, const ValueCursor& values,
+                                     Writer& out);
+  CODETRACE_HIDDEN void write_resource(const StoredValue& value, const File& file, Writer& out);
 
   PlainArray<OpenArray> open_;
 };

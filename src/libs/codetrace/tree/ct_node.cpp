@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "codetrace/tree/ct_node.h"
 
+#include <memory>
+
 namespace CT::Node {
 
 namespace {
@@ -32,18 +34,24 @@ double Base::ms_delta() const {
                           : kept_ms_delta_;
 }
 
+inline void Base::keep_figures() {
+  if (!has_end_) return;
+  kept_ms_delta_ = ms_delta();
+  kept_mem_delta_ = mem_delta();
+}
+
 void Base::add_end(const Record& end) {
-  if (has_end_) {
-    kept_ms_delta_ = ms_delta();
-    kept_mem_delta_ = mem_delta();
-  }
+  keep_figures();
   end_ = end;
   has_end_ = true;
 }
 
-bool Base::is_span() const {
-  return type_ == Type::STARTUP || type_ == Type::FUNCTION_CALL || type_ == Type::METHOD_CALL ||
-         type_ == Type::INCLUDE_CALL || type_ == Type::SAPI_WRITE;
+void Base::add_end(const CheckpointView& end, const Entities& entities) {
+  keep_figures();
+  std::construct_at(&end_, end, entities);
+  has_end_ = true;
 }
+
+bool Base::is_span() const { return node_info(type_).is_span; }
 
 }  // namespace CT::Node

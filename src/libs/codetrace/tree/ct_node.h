@@ -28,6 +28,9 @@ namespace CT::Node {
 struct TextRoom;  // working memory for text, see ct_node_text.h
 struct ValueRoom;
 
+// The type of the node that a checkpoint of this type begins; CRASH for one that begins none.
+constexpr Type type_of_begin(Checkpoint::Type begin) { return Checkpoint::type_info(begin).node; }
+
 class CODETRACE_EXPORT Base {
  public:
   using Type = Node::Type;
@@ -44,6 +47,15 @@ class CODETRACE_EXPORT Base {
         start_time_(start_time),
         start_memory_(start_memory),
         type_(type),
+        id_(id),
+        parent_id_(parent_id) {}
+  // The same with the record made where it stays.
+  Base(const CheckpointView& begin, const Entities& entities, const KTime::Timestamp& start_time,
+       std::uint64_t start_memory, std::int32_t id, std::int32_t parent_id)
+      : begin_(begin, entities),
+        start_time_(start_time),
+        start_memory_(start_memory),
+        type_(type_of_begin(begin_.type())),
         id_(id),
         parent_id_(parent_id) {}
 
@@ -71,11 +83,13 @@ class CODETRACE_EXPORT Base {
   }
   template <class Class>
   [[nodiscard]] std::optional<Class> end_as() const {
-    return has_end_ ? Checkpoint::record_as<Class>(end_) : std::nullopt;
+    if (!has_end_) return std::nullopt;
+    return Checkpoint::record_as<Class>(end_);
   }
 
   // Closes the node. A figure that only one of both records has the fields for keeps its value.
   void add_end(const Record& end);
+  void add_end(const CheckpointView& end, const Entities& entities);
 
   [[nodiscard]] bool is_valid() const { return begin_.checkpoint() != nullptr; }
   [[nodiscard]] bool is_span() const;
@@ -92,6 +106,7 @@ class CODETRACE_EXPORT Base {
   bool to_json(QJsonObject& object) const;
 
  private:
+  CODETRACE_HIDDEN void keep_figures();
   [[nodiscard]] bool both_have(std::uint8_t flag) const {
     return has_end_ && (begin_.flags() & end_.flags() & flag) != 0;
   }
@@ -136,8 +151,5 @@ class CODETRACE_EXPORT FunctionCall final : public Base {
             begin.type() == Checkpoint::Type::METHOD_CALL ? Type::METHOD_CALL : Type::FUNCTION_CALL,
             begin, start_time, start_memory, id, parent_id) {}
 };
-
-// The type of the node that a checkpoint of this type begins; CRASH for one that begins none.
-constexpr Type type_of_begin(Checkpoint::Type begin) { return Checkpoint::type_info(begin).node; }
 
 }  // namespace CT::Node
