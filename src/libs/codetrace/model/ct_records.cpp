@@ -85,13 +85,8 @@ std::vector<KVal> FunctionCall::args() const {
 
 Values FunctionCall::args(ValueTape& tape) const {
   reset(tape);
-  Cursor cursor = arguments();
-  const std::uint32_t count = cursor.u32();
-  for (std::uint32_t i = 0; i != count && cursor.ok(); ++i) {
-    const ValueTape::Index value = tape.decode(cursor);
-    // An argument of which nothing is whole is dropped.
-    if (!cursor.ok() && tape.type(value) != ValueType::array) tape.truncate(value);
-  }
+  const ValueCursor values = arg_values();
+  tape.decode_all(values.at, values.left);
   return Values(tape);
 }
 

@@ -46,6 +46,9 @@ class CODETRACE_EXPORT ValueTape {
   // be read stands there: an array with its whole pairs, or undef; a cursor that does not lie in
   // the payload given to reset() gives undef.
   Index decode(Cursor& cursor);
+  // Decodes `count` values that follow each other from the cursor on, or as many as there are; one
+  // of which nothing is whole is dropped.
+  void decode_all(const Cursor& cursor, std::uint32_t count);
 
   [[nodiscard]] const File& file() const { return *file_; }
   [[nodiscard]] const Entities* entities() const { return entities_; }
@@ -101,6 +104,8 @@ class CODETRACE_EXPORT ValueTape {
  private:
   friend class TapeDecoder;
   static_assert(value_types.size() <= 16, "the bits of an item's type");
+
+  [[nodiscard]] CODETRACE_HIDDEN bool takes(const Cursor& cursor) const;
 
   struct Item {
     std::uint32_t place : 24;  // of the type code, from the payload's start

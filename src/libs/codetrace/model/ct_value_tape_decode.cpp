@@ -35,7 +35,7 @@ inline Header read_header(Cursor& cursor) {
 
 }  // namespace
 
-// Decodes one value to a tape. Arrays that are open stand on an explicit stack, so nesting is
+// Decodes values to a tape. Arrays that are open stand on an explicit stack, so nesting is
 // followed as deep as the data goes.
 class TapeDecoder {
  public:
@@ -43,16 +43,18 @@ class TapeDecoder {
   TapeDecoder(ValueTape& tape, const Cursor& cursor)
       : tape_(tape), items_(tape.items_), frames_(tape.frames_), cursor_(cursor) {}
 
-  // Returns the cursor behind the value.
-  Cursor run() {
+  // Decodes one value.
+  void run() {
     while (true) {
       const bool is_open = read_value();
-      if (frames_.empty()) return cursor_;
+      if (frames_.empty()) return;
       if (is_open) continue;
       deliver();
-      if (frames_.empty()) return cursor_;
+      if (frames_.empty()) return;
     }
   }
+  // Behind what was decoded.
+  [[nodiscard]] const Cursor& cursor() const { return cursor_; }
 
  private:
   // True when the value is an array with pairs, which is now open.
@@ -132,16 +134,32 @@ class TapeDecoder {
   Cursor cursor_;
 };
 
+// Whether it is whole and lies in the payload.
+bool ValueTape::takes(const Cursor& cursor) const {
+  return cursor.ok() && std::greater_equal<>()(cursor.position(), payload_) &&
+         std::less_equal<>()(cursor.position(), payload_end_);
+}
+
 ValueTape::Index ValueTape::decode(Cursor& cursor) {
   const Index root = size();
-  const bool is_inside = std::greater_equal<>()(cursor.position(), payload_) &&
-                         std::less_equal<>()(cursor.position(), payload_end_);
-  if (!cursor.ok() || !is_inside) {
+  if (!takes(cursor)) {
     items_.push_back({0, 0, 0, 0, 0, 0});
     return root;
   }
-  cursor = TapeDecoder(*this, cursor).run();
+  TapeDecoder decoder(*this, cursor);
+  decoder.run();
+  cursor = decoder.cursor();
   return root;
+}
+
+void ValueTape::decode_all(const Cursor& cursor, std::uint32_t count) {
+  if (!takes(cursor)) return;
+  TapeDecoder decoder(*this, cursor);
+  for (std::uint32_t i = 0; i != count && decoder.cursor().ok(); ++i) {
+    const Index value = size();
+    decoder.run();
+    if (!decoder.cursor().ok() && type(value) != ValueType::array) truncate(value);
+  }
 }
 
 // Nothing is kept, so of the arrays that are open it is enough to know how many values they still
