@@ -9,7 +9,8 @@ from documents import ROOT, SCHEMA
 
 def printed_keys():
     sources = ROOT / "src/libs/codetrace"
-    table = re.search(r"field_names = \{(.*?)\};", (sources / "tree/ct_fields.h").read_text(), re.S)
+    names = (sources / "tree/ct_fields.h").read_text()
+    table = re.search(r"field_names = .*?rows\[\] = \{(.*?)\n  \};", names, re.S)
     keys = set(re.findall(r'"(\w+)"', table[1]))
     for source in sources.glob("render/**/*.cpp"):
         keys.update(re.findall(r'(?:key\(|write_entities\(json, )"(\w+)"', source.read_text()))

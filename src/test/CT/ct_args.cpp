@@ -50,6 +50,17 @@ constexpr auto options = [] {
   return all;
 }();
 
+static_assert(
+    [] {
+      for (std::size_t at = 0; at != options.size(); ++at) {
+        for (std::size_t other = 0; other != at; ++other) {
+          if (options[at].letter == options[other].letter) return false;
+        }
+      }
+      return true;
+    }(),
+    "a letter for each option");
+
 // The options as the usage lists them: by letter, small ones behind capitals.
 std::string usage_of_options() {
   std::map<std::pair<int, int>, std::string> lines;

@@ -49,7 +49,7 @@ void write_outputs(const CT::Args& args, const CT::File& file, CT::Writer& out,
                    CT::Tool::Progress& progress) {
   for (const CT::FormatRow& row : CT::formats) {
     if (row.of_file == nullptr || !chosen(args, row.format)) continue;
-    klog(3, "{}", row.said);
+    if (row.said != nullptr) klog(3, "{}", row.said);
     row.of_file(file, out);
   }
   CT::Tool::LogSink log;
@@ -61,7 +61,7 @@ void write_outputs(const CT::Args& args, const CT::File& file, CT::Writer& out,
   };
   for (const CT::FormatRow& row : CT::formats) {
     if (row.of_tree == nullptr || !chosen(args, row.format)) continue;
-    klog(3, "{}", row.said);
+    if (row.said != nullptr) klog(3, "{}", row.said);
     row.of_tree(storage, out, count);
   }
 }

@@ -144,6 +144,22 @@ static_assert(
       return true;
     }(),
     "rows in the order of the codes");
+static_assert(
+    [] {
+      for (const TypeInfo& row : types) {
+        const auto begins_same = [&](const TypeInfo& other) {
+          return !other.node_name.empty() && other.node == row.node;
+        };
+        const bool begins =
+            row.role == Role::root || row.role == Role::span || row.role == Role::leaf;
+        if (begins && (row.node_name.empty() ||
+                       std::count_if(types.begin(), types.end(), begins_same) != 1)) {
+          return false;
+        }
+      }
+      return true;
+    }(),
+    "a node of its own, with a name, for each row that begins one");
 
 // The row of a type; any value may be asked for.
 constexpr const TypeInfo& type_info(Type type) {

@@ -18,6 +18,7 @@
 #include <cassert>
 #include <cstdint>
 #include <string_view>
+#include <utility>
 #include <variant>
 
 #include "codetrace/model/ct_entity.h"
@@ -65,18 +66,50 @@ enum class FieldName : std::uint8_t {
   url,
 };
 
-inline constexpr std::array<std::string_view, static_cast<std::size_t>(FieldName::url) + 1>
-    field_names = {"arg_count", "args",       "body",
-                   "class",     "code",       "error_message",
-                   "error_num", "event_name", "event_sequence",
-                   "exception", "filename",   "function",
-                   "header",    "host",       "id",
-                   "include",   "incomplete", "line_no",
-                   "mem",       "mem_delta",  "method",
-                   "ms",        "ms_delta",   "name",
-                   "op",        "orig_uri",   "parent_id",
-                   "return",    "status",     "sys_mem",
-                   "this",      "ts",         "url"};
+// Their texts, each beside its name.
+// clang-format off
+inline constexpr auto field_names = [] {
+  using F = FieldName;
+  constexpr std::pair<F, std::string_view> rows[] = {
+      {F::arg_count, "arg_count"},
+      {F::args, "args"},
+      {F::body, "body"},
+      {F::class_, "class"},
+      {F::code, "code"},
+      {F::error_message, "error_message"},
+      {F::error_num, "error_num"},
+      {F::event_name, "event_name"},
+      {F::event_sequence, "event_sequence"},
+      {F::exception, "exception"},
+      {F::filename, "filename"},
+      {F::function, "function"},
+      {F::header, "header"},
+      {F::host, "host"},
+      {F::id, "id"},
+      {F::include, "include"},
+      {F::incomplete, "incomplete"},
+      {F::line_no, "line_no"},
+      {F::mem, "mem"},
+      {F::mem_delta, "mem_delta"},
+      {F::method, "method"},
+      {F::ms, "ms"},
+      {F::ms_delta, "ms_delta"},
+      {F::name, "name"},
+      {F::op, "op"},
+      {F::orig_uri, "orig_uri"},
+      {F::parent_id, "parent_id"},
+      {F::return_, "return"},
+      {F::status, "status"},
+      {F::sys_mem, "sys_mem"},
+      {F::this_, "this"},
+      {F::ts, "ts"},
+      {F::url, "url"},
+  };
+  std::array<std::string_view, std::size(rows)> names;
+  for (const auto& [name, text] : rows) names[static_cast<std::size_t>(name)] = text;
+  return names;
+}();
+// clang-format on
 
 static_assert(std::is_sorted(field_names.begin(), field_names.end()) &&
                   !field_names.front().empty(),
