@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: MIT
+#include "tools/cttool/ct_call_filter.h"
+
+#include <QString>
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+
+#include "tools/cttool/ct_format.h"
+
+namespace CT::Tool {
+
+namespace {
+
+QString as_qstring(std::string_view text) {
+  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+bool say(const std::string& what, const std::string& why) {
+  std::fprintf(stderr, "%s %s\n", what.c_str(), why.c_str());
+  return false;
+}
+
+bool is_good(const std::string& text, const std::string& error) {
+  return error.empty() || say(text, "is no regular expression: " + error);
+}
+
+}  // namespace
+
+TextCondition::TextCondition(const std::string& text) {
+  is_expression_ = text.size() >= 2 && text.front() == '/' && text.back() == '/';
+  if (!is_expression_) {
+    piece_ = text;
+    return;
+  }
+  expression_.setPattern(as_qstring(std::string_view(text).substr(1, text.size() - 2)));
+  if (!expression_.isValid()) error_ = expression_.errorString().toStdString();
+}
+
+bool TextCondition::holds(std::string_view text) const {
+  if (!is_expression_) return text.find(piece_) != std::string_view::npos;
+  return expression_.match(as_qstring(text)).hasMatch();
+}
+
+bool CallFilter::set(const CallConditions& conditions) {
+  if (!named_.find(trace_, conditions.patterns)) return false;
+  for (const std::string& argument : conditions.arguments) {
+    if (!add_argument(argument)) return false;
+  }
+  if (!conditions.returned.empty()) {
+    returned_.emplace(conditions.returned);
+    if (!is_good(conditions.returned, returned_->error())) return false;
+  }
+  threw_ = conditions.threw;
+  if (!conditions.thrown_class.empty()) thrown_class_ = NamePattern(conditions.thrown_class);
+  if (!is_good(conditions.thrown_class, thrown_class_.error())) return false;
+  open_ = conditions.open;
+  if (!conditions.least.empty()) {
+    const auto least = parse_time(conditions.least);
+    if (!least) return say(conditions.least, "is no time, such as 5ms, 250us or 1.5s");
+    least_ns_ = *least;
+  }
+  if (!conditions.file.empty()) file_.emplace(conditions.file);
+  return !file_ || is_good(conditions.file, file_->error());
+}
+
+// "N=TEXT" is about one argument; any other text about all of them.
+bool CallFilter::add_argument(const std::string& text) {
+  std::uint32_t number = 0;
+  const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
+  const bool has_number =
+      read.ec == std::errc() && read.ptr != text.data() + text.size() && *read.ptr == '=';
+  if (has_number && number == 0) return say(text, "names no argument: the first is 1");
+  const std::string piece =
+      has_number ? std::string(read.ptr + 1, text.data() + text.size()) : text;
+  arguments_.push_back({has_number ? number : 0, TextCondition(piece)});
+  return is_good(piece, arguments_.back().text.error());
+}
+
+bool CallFilter::takes(NodeId id) {
+  const Measure& measure = measures_[id];
+  if (!named_.has(measure.function) || measure.total_ns < least_ns_) return false;
+  if (open_ && trace_.end_offset(id) != Storage::no_end) return false;
+  const bool asks_record = !arguments_.empty() || returned_ || threw_ || file_;
+  if (!asks_record) return true;
+  const Node::Base node = trace_.node(id);
+  if (file_ && !file_->matches(node.begin().filename().view())) return false;
+  if (!ends_so(node)) return false;
+  const auto call = node.begin_as<Checkpoint::FunctionCall>();
+  return arguments_.empty() || (call && has_arguments(*call));
+}
+
+bool CallFilter::ends_so(const Node::Base& node) {
+  if (threw_) {
+    const auto thrown = node.end_as<Checkpoint::FunctionException>();
+    if (!thrown) return false;
+    const auto value = thrown->value();
+    const Checkpoint::ClassEntry* entry = value.class_entry();
+    if (!thrown_class_.matches(entry != nullptr ? entry->name().view() : "")) return false;
+  }
+  if (!returned_) return true;
+  const auto result = node.end_as<Checkpoint::FunctionReturn>();
+  if (!result) return false;
+  auto values = result->values();
+  return returned_->holds(text_of(values));
+}
+
+bool CallFilter::has_arguments(const Checkpoint::FunctionCall& call) {
+  std::vector<bool> found(arguments_.size());
+  auto values = call.arg_values();
+  for (std::uint32_t number = 1; values.left != 0 && values.at.ok(); ++number) {
+    const std::string_view text = text_of(values);
+    if (!values.at.ok() && text.empty()) break;
+    for (std::size_t i = 0; i != arguments_.size(); ++i) {
+      const Argument& wanted = arguments_[i];
+      if (wanted.number != 0 && wanted.number != number) continue;
+      found[i] = found[i] || wanted.text.holds(text);
+    }
+  }
+  return std::find(found.begin(), found.end(), false) == found.end();
+}
+
+// Of the next value, as PHP would print it; until the next call.
+std::string_view CallFilter::text_of(Checkpoint::ValueCursor& values) {
+  text_.clear();
+  writer_.write(values, text_, Checkpoint::ValueTextWriter::Form::bare);
+  return text_.view();
+}
+
+}  // namespace CT::Tool

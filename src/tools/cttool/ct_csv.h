@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+//
+// Fields of comma-separated values, as RFC 4180 has them.
+#pragma once
+
+#include <string_view>
+
+#include "codetrace/render/ct_text.h"
+#include "codetrace/render/ct_writer.h"
+
+namespace CT::Tool {
+
+// In quotes where it must be; what is not UTF-8 is U+FFFD. Kept: a field that begins like a formula
+// is written as it is, so that programs get the text of the trace.
+inline void put_csv(Writer& out, std::string_view stored) {
+  if (stored.find_first_of(",\"\r\n") == std::string_view::npos) {
+    put_text(out, stored);
+    return;
+  }
+  out.put('"');
+  for (std::size_t at = 0; at != stored.size();) {
+    const std::size_t quote = stored.find('"', at);
+    const std::size_t end = quote == std::string_view::npos ? stored.size() : quote + 1;
+    put_text(out, stored.substr(at, end - at));
+    if (quote != std::string_view::npos) out.put('"');
+    at = end;
+  }
+  out.put('"');
+}
+
+}  // namespace CT::Tool

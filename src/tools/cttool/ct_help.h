@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+//
+// The help of cttool and of its verbs: one screen each, the same with every version of CLI11.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+namespace CT::Tool {
+
+class HelpFormatter : public CLI::FormatterBase {
+ public:
+  std::string make_help(const CLI::App* app, std::string name,
+                        CLI::AppFormatMode mode) const override;
+};
+
+}  // namespace CT::Tool

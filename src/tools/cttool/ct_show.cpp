@@ -1,0 +1,256 @@
+// SPDX-License-Identifier: MIT
+//
+// cttool show: one node, whole.
+#include <memory>
+
+#include "codetrace/render/ct_number.h"
+#include "tools/cttool/ct_call_line.h"
+#include "tools/cttool/ct_choice.h"
+#include "tools/cttool/ct_format.h"
+#include "tools/cttool/ct_input.h"
+#include "tools/cttool/ct_names.h"
+#include "tools/cttool/ct_node_json.h"
+#include "tools/cttool/ct_printer.h"
+#include "tools/cttool/ct_text_table.h"
+#include "tools/cttool/ct_verb.h"
+
+namespace CT::Tool {
+
+namespace {
+
+enum class Form { text, json };
+const Words<Form> form_words = {{"text", Form::text}, {"json", Form::json}};
+
+struct Options {
+  std::string file;
+  std::string id;
+  Form form = Form::text;
+};
+
+// Children of one name that follow each other.
+struct Fold {
+  NodeId first;
+  std::string label;
+  std::int64_t count = 0;
+  std::int64_t total_ns = 0;
+};
+
+std::vector<Fold> folded_children(const Trace& trace, const Measures& measures, NodeLines& lines,
+                                  NodeId id) {
+  std::vector<Fold> folds;
+  if (trace.last(id) == id) return folds;
+  for (NodeId child = id + 1; child != Storage::no_node; child = trace.next_sibling(child)) {
+    const std::string label = lines.label(child);
+    if (folds.empty() || folds.back().label != label) folds.push_back({child, label});
+    ++folds.back().count;
+    folds.back().total_ns += measures[child].total_ns;
+  }
+  return folds;
+}
+
+class NodePage {
+ public:
+  NodePage(const Trace& trace, const Measures& measures, NodeId id, Writer& out)
+      : trace_(trace),
+        measures_(measures),
+        id_(id),
+        node_(trace.node(id)),
+        out_(out),
+        lines_(trace, measures),
+        nodes_(trace, measures) {}
+
+  void write_text();
+  void write_json(const std::string& file);
+
+ private:
+  void write_figures();
+  void write_values();
+  void write_fields();
+  void write_way();
+  void write_children();
+
+  void put_line(std::string_view name, std::string_view text) {
+    constexpr std::size_t width = 14;
+    out_.put(name);
+    out_.fill(' ', name.size() < width ? width - name.size() : 1);
+    out_.put(text);
+    out_.put('\n');
+  }
+  template <class Write>
+  void put_value(std::string_view name, const Write& write) {
+    MemoryWriter text;
+    JsonWriter json(text);
+    write(json);
+    if (text.view() == "null") return;
+    out_.put('\n');
+    out_.put(name);
+    out_.put('\n');
+    put_indented(text.view());
+  }
+  void put_indented(std::string_view text);
+
+  const Trace& trace_;
+  const Measures& measures_;
+  NodeId id_;
+  Node::Base node_;
+  Writer& out_;
+  NodeLines lines_;
+  NodeJson nodes_;
+};
+
+void NodePage::write_text() {
+  out_.put("#" + std::to_string(id_) + "  " + lines_.label(id_) + "\n\n");
+  write_figures();
+  measures_[id_].function >= 0 ? write_values() : write_fields();
+  write_way();
+  write_children();
+}
+
+void NodePage::write_figures() {
+  const Measure& measure = measures_[id_];
+  put_line("kind", kind_of(node_.type()));
+  put_line("start", as_ms(measure.start_ns) + " ms");
+  if (node_.is_span()) {
+    put_line("total", as_ms(measure.total_ns) + " ms");
+    put_line("own", as_ms(measure.own_ns) + " ms");
+    put_line("outcome", outcome_of(node_));
+  }
+  if (measure.has(Measure::has_memory)) {
+    put_line("memory", as_bytes(static_cast<std::int64_t>(measure.memory)));
+  }
+  if (measure.has(Measure::has_delta)) {
+    put_line("memory delta",
+             as_bytes(measure.memory_delta) + ", own " + as_bytes(measure.own_memory));
+  }
+  if (const std::string place = lines_.place(id_); !place.empty()) put_line("made at", place);
+  if (measure.function < 0) return;
+  const auto& function = trace_.functions()[static_cast<std::size_t>(measure.function)];
+  put_line("defined in", function.is_user() ? shown_text(function.filename().view()) + ":" +
+                                                  std::to_string(function.line_no())
+                                            : "PHP itself");
+}
+
+void NodePage::write_values() {
+  put_value("this", [&](JsonWriter& json) { nodes_.write_this(node_, json); });
+  put_value("arguments", [&](JsonWriter& json) { nodes_.write_args(node_, json); });
+  put_value("returned", [&](JsonWriter& json) { nodes_.write_result(node_, false, json); });
+  put_value("threw", [&](JsonWriter& json) { nodes_.write_result(node_, true, json); });
+}
+
+// A JSON text's control characters are escaped already, but for those behind ASCII.
+void NodePage::put_indented(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t end = text.find('\n');
+    out_.put("  ");
+    out_.put(shown_text(text.substr(0, end)));
+    out_.put('\n');
+    if (end == std::string_view::npos) return;
+    text.remove_prefix(end + 1);
+  }
+}
+
+// What a node that is no call consists of, but for what write_figures() says.
+void NodePage::write_fields() {
+  Fields fields;
+  ValueRoom room;
+  node_.collect(fields, room);
+  fields.for_each([&](FieldName name, const FieldValue& value) {
+    if (const auto* text = std::get_if<Checkpoint::String>(&value)) {
+      put_line(field_name(name), shown_text(text->view()) + (text->is_cut() ? "\xE2\x80\xA6" : ""));
+    } else if (const auto* number = std::get_if<std::int64_t>(&value)) {
+      if (name == FieldName::error_num || name == FieldName::op || name == FieldName::status) {
+        put_line(field_name(name), std::to_string(*number));
+      }
+    }
+  });
+  put_value("threw", [&](JsonWriter& json) { nodes_.write_result(node_, true, json); });
+}
+
+void NodePage::write_way() {
+  const std::vector<NodeId> way = lines_.way_to(id_);
+  if (way.empty()) return;
+  out_.put("\nway down\n");
+  TextTable table({{"id", TextTable::Align::right},
+                   {"total ms", TextTable::Align::right},
+                   {"", TextTable::Align::left}});
+  for (const NodeId above : way) {
+    table.add({std::to_string(above), as_ms(measures_[above].total_ns), lines_.label(above)});
+  }
+  out_.put(table.text(0));
+}
+
+void NodePage::write_children() {
+  const auto folds = folded_children(trace_, measures_, lines_, id_);
+  if (folds.empty()) return;
+  out_.put("\ncalled\n");
+  TextTable table({{"id", TextTable::Align::right},
+                   {"total ms", TextTable::Align::right},
+                   {"", TextTable::Align::left}});
+  for (const Fold& fold : folds) {
+    const std::string times = fold.count > 1 ? " \xC3\x97 " + as_count(fold.count) : "";
+    table.add({std::to_string(fold.first), as_ms(fold.total_ns), fold.label + times});
+  }
+  out_.put(table.text(0));
+}
+
+void NodePage::write_json(const std::string& file) {
+  JsonWriter json(out_);
+  json.begin_object();
+  json.key("schema");
+  json.word("cttool.show/1");
+  json.key("trace");
+  json.text(file);
+  nodes_.write_measures(id_, json);
+  nodes_.write_values(id_, json);
+  json.key("path");
+  json.begin_array();
+  for (const NodeId above : lines_.way_to(id_)) {
+    json.element();
+    json.number(std::int64_t{above});
+  }
+  json.end_array();
+  json.key("children");
+  json.begin_array();
+  for (const Fold& fold : folded_children(trace_, measures_, lines_, id_)) {
+    json.element();
+    json.begin_object();
+    json.key("first");
+    json.number(std::int64_t{fold.first});
+    json.key("name");
+    json.text(fold.label);
+    json.key("count");
+    json.number(fold.count);
+    json.key("total_ns");
+    json.number(fold.total_ns);
+    json.end_object();
+  }
+  json.end_array();
+  json.end_object();
+  out_.put('\n');
+}
+
+int run(const Options& options, Session& session) {
+  Input input(session);
+  if (!input.open(options.file)) return failed;
+  const NodeId id = find_node(input.trace(), options.id);
+  if (id == Storage::no_node) return nothing_found;
+  const Measures measures(input.trace());
+  Printer printer(session);
+  NodePage page(input.trace(), measures, id, printer.out());
+  options.form == Form::json ? page.write_json(options.file) : page.write_text();
+  const int status = printer.finish(done);
+  input.say_damage();
+  return status;
+}
+
+}  // namespace
+
+VerbRun define_show(CLI::App& command) {
+  auto options = std::make_shared<Options>();
+  add_file(command, options->file);
+  command.add_option("ID", options->id, "The node's number.")->required();
+  add_choice(command, "--format", options->form, form_words, "Print it so.");
+  return [options](Session& session) { return run(*options, session); };
+}
+
+}  // namespace CT::Tool

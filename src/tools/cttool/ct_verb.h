@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+//
+// A verb of cttool: the question that it answers, its options, and what it does. The table of them
+// is the one place where they are listed.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <span>
+#include <string_view>
+
+#include "tools/common/ct_descriptors.h"
+
+namespace CT::Tool {
+
+// Exit statuses of every verb.
+enum Status : int {
+  done = 0,
+  nothing_found = 1,  // or defects, or differences
+  failed = 2,         // usage, unreadable input, lost output
+};
+
+// What every verb is given.
+struct Session {
+  StandardDescriptors& standard;
+  bool lists_findings = false;  // each oddity of a trace is said, not only how many there are
+};
+
+// Runs a verb after its options were read; returns the exit status.
+using VerbRun = std::function<int(Session&)>;
+
+struct Verb {
+  const char* name;
+  const char* question;  // one line
+  const char* examples;  // lines that work as they stand
+  // Adds options to the verb's command.
+  VerbRun (*define)(CLI::App& command);
+};
+
+// In the order of the help.
+std::span<const Verb> verbs();
+
+VerbRun define_calls(CLI::App& command);
+VerbRun define_show(CLI::App& command);
+VerbRun define_top(CLI::App& command);
+
+}  // namespace CT::Tool

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#include <array>
+
+#include "tools/cttool/ct_verb.h"
+
+namespace CT::Tool {
+
+std::span<const Verb> verbs() {
+  static constexpr std::array table = {
+      Verb{"top", "Which functions, classes, files or lines took the time, the memory, the calls?",
+           "  cttool top request.ct                        functions by their own time\n"
+           "  cttool top request.ct --by total --limit 5\n"
+           "  cttool top request.ct --of class --user      classes that scripts define\n"
+           "  cttool top request.ct --under 'PDO::*'       what happened inside of these calls\n",
+           define_top},
+      Verb{"calls", "Which calls match, with their arguments and results?",
+           "  cttool calls request.ct 'PDO::query'         each with arguments and result\n"
+           "  cttool calls request.ct '*::*' --min 50ms    slow methods\n"
+           "  cttool calls request.ct --threw              what threw an exception\n"
+           "  cttool calls request.ct 'str_*' --arg 1=note --count\n",
+           define_calls},
+      Verb{"show", "Everything about one node: whole values, the way down to it, what it called.",
+           "  cttool show request.ct 42                    the number is the id that others print\n"
+           "  cttool show request.ct 0                     the request itself\n",
+           define_show},
+  };
+  return table;
+}
+
+}  // namespace CT::Tool
