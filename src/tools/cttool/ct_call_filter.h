@@ -34,14 +34,14 @@ class TextCondition {
 
 // As the command line has them.
 struct CallConditions {
-  std::vector<std::string> patterns;   // one of them; none: any
-  std::vector<std::string> arguments;  // all of them: TEXT or N=TEXT
-  std::string returned;                // empty: anything
+  std::vector<std::string> patterns = {};   // one of them; none: any
+  std::vector<std::string> arguments = {};  // all of them: TEXT or N=TEXT
+  std::string returned = {};                // empty: anything
   bool threw = false;
-  std::string thrown_class;  // empty: any
-  bool open = false;         // never ended
-  std::string least;         // time; empty: any
-  std::string file;          // glob of the calling file; empty: any
+  std::string thrown_class = {};  // empty: any
+  bool open = false;              // never ended
+  std::string least = {};         // time; empty: any
+  std::string file = {};          // glob of the calling file; empty: any
 };
 
 class CallFilter {

@@ -25,14 +25,15 @@ std::string as_percent(std::int64_t part, std::int64_t whole) {
 }
 
 std::string as_count(std::int64_t count) {
-  std::string digits = fmt::format("{}", count);
-  const std::size_t first = digits.front() == '-' ? 1 : 0;
   constexpr std::size_t group = 3;
-  for (std::size_t at = digits.size(); at > first + group;) {
-    at -= group;
-    digits.insert(at, ",");
+  const std::string digits = fmt::format("{}", count);
+  const std::size_t first = digits.front() == '-' ? 1 : 0;
+  std::string grouped;
+  for (std::size_t i = 0; i != digits.size(); ++i) {
+    if (i > first && (digits.size() - i) % group == 0) grouped += ',';
+    grouped += digits[i];
   }
-  return digits;
+  return grouped;
 }
 
 std::string as_bytes(std::int64_t bytes) {

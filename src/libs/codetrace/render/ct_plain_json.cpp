@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "codetrace/render/ct_plain_json.h"
 
+#include <algorithm>
 #include <cmath>
 
-#include "codetrace/render/ct_value_json_maps.h"
+#include "codetrace/render/ct_text.h"
 
 namespace CT::Checkpoint {
 
@@ -35,13 +36,12 @@ void write_resource(const ValueTape& tape, ValueTape::Index i, JsonWriter& out) 
 
 }  // namespace
 
-PlainJsonWriter::PlainJsonWriter() = default;
-PlainJsonWriter::~PlainJsonWriter() = default;
-
 void PlainJsonWriter::write(const ValueRef& value, JsonWriter& out) {
   if (value.tape() == nullptr) return out.null();
-  open_.clear();  // not empty if an output failed in the middle of an array
-  if (maps_ != nullptr) maps_->clear();
+  // Not empty if an output failed in the middle of an array.
+  open_.clear();
+  members_.clear();
+  texts_.clear();
   const ValueTape& tape = *value.tape();
   begin_value(tape, value.item(), out);
   while (!open_.empty() && out.ok()) {
@@ -67,14 +67,64 @@ void PlainJsonWriter::begin_value(const ValueTape& tape, ValueTape::Index i, Jso
     case ValueType::object: write_object(tape, i, out); break;
     case ValueType::resource: write_resource(tape, i, out); break;
     case ValueType::array:
-      open_.push_back({i, i + 1});
       if (tape.is_list(i)) {
+        open_.push_back({i, i + 1, 0, 0});
         out.begin_array();
       } else {
-        if (maps_ == nullptr) maps_ = std::make_unique<OpenMaps>();
-        maps_->open(tape, i);
+        open_map(tape, i);
         out.begin_object();
       }
+      break;
+  }
+}
+
+void PlainJsonWriter::open_map(const ValueTape& tape, ValueTape::Index i) {
+  const auto first = static_cast<std::uint32_t>(members_.size());
+  const auto texts = static_cast<std::uint32_t>(texts_.size());
+  open_.push_back({i, first, first, texts});
+  for (const auto& [key, value] : ValueRef(tape, i).elements()) {
+    const auto begin = static_cast<std::uint32_t>(texts_.size());
+    put_key(tape, key.item());
+    const auto size = static_cast<std::uint32_t>(texts_.size()) - begin;
+    members_.push_back({begin, size, value.item(), false});
+  }
+  drop_repeated(first);
+}
+
+void PlainJsonWriter::drop_repeated(std::uint32_t first) {
+  by_text_.clear();
+  for (std::uint32_t i = first; i != members_.size(); ++i) by_text_.push_back(i);
+  std::sort(by_text_.begin(), by_text_.end(), [this](std::uint32_t a, std::uint32_t b) {
+    const int order = key_of(members_[a]).compare(key_of(members_[b]));
+    return order != 0 ? order < 0 : a < b;
+  });
+  for (std::size_t i = 1; i < by_text_.size(); ++i) {
+    Member& earlier = members_[by_text_[i - 1]];
+    earlier.is_dropped = key_of(earlier) == key_of(members_[by_text_[i]]);
+  }
+}
+
+// Names are left out of the texts of odd keys: many could share a long one.
+void PlainJsonWriter::put_key(const ValueTape& tape, ValueTape::Index key) {
+  switch (tape.type(key)) {
+    case ValueType::undef:
+    case ValueType::null: break;
+    case ValueType::false_: texts_.put('0'); break;
+    case ValueType::true_: texts_.put('1'); break;
+    case ValueType::long_: put_signed(texts_, tape.as_long(key)); break;
+    case ValueType::double_: put_double_text(texts_, tape.as_double(key)); break;
+    case ValueType::string:
+      put_json_text(texts_, tape.string(key).view());
+      if (tape.string(key).is_cut()) texts_.put(String::cut_marker);
+      break;
+    case ValueType::array: texts_.put("array"); break;
+    case ValueType::object:
+      texts_.put("object#");
+      put_unsigned(texts_, tape.object_handle(key));
+      break;
+    case ValueType::resource:
+      texts_.put("resource#");
+      put_signed(texts_, tape.resource_handle(key));
       break;
   }
 }
@@ -82,18 +132,27 @@ void PlainJsonWriter::begin_value(const ValueTape& tape, ValueTape::Index i, Jso
 // Starts the next item or member of the innermost array; false when there is none.
 bool PlainJsonWriter::begin_next(const ValueTape& tape, JsonWriter& out, ValueTape::Index& value) {
   OpenArray& array = open_.back();
-  if (!tape.is_list(array.item)) return maps_->begin_next(out, value);
-  if (array.at == tape.end(array.item)) return false;
-  value = tape.end(array.at);
-  array.at = tape.end(value);
-  out.element();
+  if (tape.is_list(array.item)) {
+    if (array.next == tape.end(array.item)) return false;
+    value = tape.end(array.next);
+    array.next = tape.end(value);
+    out.element();
+    return true;
+  }
+  while (array.next != members_.size() && members_[array.next].is_dropped) ++array.next;
+  if (array.next == members_.size()) return false;
+  const Member& member = members_[array.next++];
+  value = member.value;
+  out.begin_key();
+  out.out().put(key_of(member));
+  out.end_key();
   return true;
 }
 
 void PlainJsonWriter::close_array(const ValueTape& tape, JsonWriter& out) {
-  const ValueTape::Index item = open_.back().item;
-  const bool is_cut = tape.is_cut(item);
-  if (tape.is_list(item)) {
+  const OpenArray array = open_.back();
+  const bool is_cut = tape.is_cut(array.item);
+  if (tape.is_list(array.item)) {
     if (is_cut) {
       out.element();
       out.word(String::cut_marker);
@@ -104,8 +163,9 @@ void PlainJsonWriter::close_array(const ValueTape& tape, JsonWriter& out) {
       out.key(String::cut_marker);
       out.boolean(true);
     }
-    maps_->close();
     out.end_object();
+    members_.truncate(array.first);
+    texts_.truncate(array.texts);
   }
   open_.pop_back();
 }

@@ -1,0 +1,190 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""What cttool says of a trace, worked out once more from the JSON document of the reader.
+
+figures_test.py CODETRACE CTTOOL MAKE_RANDOM_TRACES TRACE...: the figures of each trace, and the calls
+with their values of 50 random ones as well, whose times are wild and are held against each other only.
+"""
+import collections
+import json
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+CUT = "**CUT**"
+SPANS = {"STARTUP", "FUNCTION_CALL", "INCLUDE_CALL", "SAPI_WRITE"}
+
+
+class AnyText:
+    """Stands for a value that the document does not tell in full."""
+
+    def __eq__(self, other):
+        return True
+
+
+def output(*command):
+    """The output of a program that may find nothing, but not fail."""
+    run = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
+    assert run.returncode in (0, 1), (command, run.returncode)
+    return run.stdout
+
+
+def plain_key(key):
+    """The text of a key of the document, which has texts in quotes; None for odd ones."""
+    for quoted, end in ((key, '"'), (key.removesuffix(CUT), '"')):
+        if len(quoted) >= 2 and quoted[0] == end == quoted[-1]:
+            return quoted[1:-1] + key[len(quoted):]
+    return key if key.lstrip("-").isdigit() else None
+
+
+def plain(value, classes):
+    """A value of the document in plain JSON."""
+    if not isinstance(value, dict):
+        return value
+    if "string" in value:
+        return value["string"] + (CUT if "orig_sz" in value else "")
+    if "array" in value:
+        cut = value.get("cut", False)
+        if isinstance(value["array"], list):
+            return [plain(item, classes) for item in value["array"]] + ([CUT] if cut else [])
+        members = {}
+        for key, item in value["array"].items():
+            key = plain_key(key)
+            # Of equal keys the last one counts, but the document is sorted.
+            members[key] = AnyText() if key in members else plain(item, classes)
+        if cut:
+            members[CUT] = True
+        return members
+    if "resource" in value:
+        return {"resource": value["resource"], "handle": value["handle"]}
+    if "class" in value:
+        return {"class": classes[value["class"]], "handle": value["handle"]}
+    return value
+
+
+def same(expected, said):
+    """Whether two values are equal, as far as the document tells."""
+    if isinstance(expected, AnyText):
+        return True
+    if isinstance(expected, list):
+        return (isinstance(said, list) and len(expected) == len(said) and
+                all(map(same, expected, said)))
+    if isinstance(expected, dict):
+        if not isinstance(said, dict):
+            return False
+        # Undef is null in a map, but missing in the document; keys that PHP cannot make differ.
+        odd = None in expected
+        for key, value in said.items():
+            if key in expected:
+                if not same(expected[key], value):
+                    return False
+            elif value is not None and not odd:
+                return False
+        return odd or expected.keys() <= said.keys()
+    if expected is None:
+        return said in (None, "NaN", "Infinity", "-Infinity")
+    if isinstance(expected, bool) or isinstance(said, bool):
+        return expected is said
+    return expected == said
+
+
+def names_of(document):
+    """The names of the functions, with their classes."""
+    classes = [entry["name"] for entry in document["cl"]]
+    names = []
+    for function in document["fn"]:
+        owner = function.get("class")
+        if isinstance(owner, int):
+            owner = classes[owner]
+        elif isinstance(owner, dict):
+            owner = owner["name"]
+        names.append(f'{owner}::{function["name"]}' if owner is not None else function["name"])
+    return names, classes
+
+
+def check_calls(path, document, cttool):
+    """Each call with its arguments and what came of it."""
+    names, classes = names_of(document)
+    wanted = [node for node in document["cp"] if "function" in node]
+    said = [json.loads(line) for line in output(cttool, "calls", path, "--format",
+                                                "jsonl").splitlines()]
+    assert len(wanted) == len(said), (path, len(wanted), len(said))
+    for node, call in zip(wanted, said):
+        where = (path, node["id"], node, call)
+        assert call["id"] == node["id"] and call["parent"] == node.get("parent_id"), where
+        assert call["name"] == names[node["function"]], where
+        assert call["file"] == node.get("filename"), where
+        assert call["line"] == node.get("line_no"), where
+        assert same(plain(node.get("this"), classes), call["this"]), where
+        assert same([plain(item, classes) for item in node.get("args", [])], call["args"]), where
+        assert same(plain(node.get("exception"), classes), call["thrown"]), where
+        if "return" in node:
+            assert same(plain(node["return"], classes), call["returned"]), where
+        assert (call["outcome"] == "open") == node.get("incomplete", False), where
+    return said
+
+
+def check_profile(path, document, cttool):
+    """Own time, total time and calls of each function."""
+    names, _ = names_of(document)
+    nodes = document["cp"]
+    total = [round(node.get("ms_delta", 0) * 1e6) for node in nodes]
+    own = list(total)
+    for node in nodes:
+        if node["name"] in SPANS and "parent_id" in node:
+            own[node["parent_id"]] -= total[node["id"]]
+    rows = collections.defaultdict(lambda: [0, 0, 0])
+    above = {}
+    for node in nodes:
+        around = above.get(node.get("parent_id"), frozenset())
+        function = node.get("function")
+        above[node["id"]] = around
+        if function is None:
+            continue
+        row = rows[names[function]]
+        row[0] += 1
+        row[1] += own[node["id"]]
+        if function not in around:
+            row[2] += total[node["id"]]
+            above[node["id"]] = around | {function}
+    said = json.loads(output(cttool, "top", path, "--limit", "0", "--format", "json"))
+    found = collections.defaultdict(lambda: [0, 0, 0])
+    for row in said["rows"]:
+        for place, figure in enumerate(("calls", "own_ns", "total_ns")):
+            found[row["name"]][place] += row[figure]
+    assert rows == found, (path, [(n, rows[n], found[n]) for n in rows if rows[n] != found[n]][:5])
+    ordered = [row["own_ns"] for row in said["rows"]]
+    assert ordered == sorted(ordered, reverse=True), path
+
+
+def check_sums(path, calls, cttool):
+    """What is counted in two ways must agree, whatever the times are."""
+    said = json.loads(output(cttool, "top", path, "--limit", "0", "--format", "json") or "null")
+    if said is None:
+        return
+    assert sum(row["calls"] for row in said["rows"]) == len(calls), path
+    assert sum(row["own_ns"] for row in said["rows"]) == sum(c["own_ns"] for c in calls), path
+    assert all(call["total_ns"] >= call["own_ns"] >= 0 for call in calls), path
+    count = output(cttool, "calls", path, "--count")
+    assert int(count) == len(calls), path
+
+
+def main():
+    codetrace, cttool, make_random, *traces = sys.argv[1:]
+    for path in traces:
+        document = json.loads(output(codetrace, "-J", path))
+        check_sums(path, check_calls(path, document, cttool), cttool)
+        check_profile(path, document, cttool)
+    with tempfile.TemporaryDirectory() as folder:
+        subprocess.run([make_random, folder, "50", "7"], check=True)
+        paths = sorted(map(str, pathlib.Path(folder).iterdir()))
+        assert len(paths) == 50, paths
+        for path in paths:
+            document = json.loads(output(codetrace, "-J", path))
+            check_sums(path, check_calls(path, document, cttool), cttool)
+    print(f"{len(traces)} traces and {len(paths)} random ones")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,97 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# manners_test.sh CTTOOL EXAMPLES: what cttool says and with which status it ends.
+set -euo pipefail
+cttool=$1 examples=$2
+work=$(mktemp -d)
+trap 'rm -rf -- "$work"' EXIT
+notes=$examples/notes.ct
+failures=0
+
+# expect STATUS WORDS COMMAND...: it ends so, and says the words on one of its two outputs. What is
+# said on standard error begins with nothing of a trace's own.
+expect() {
+  local wanted=$1 words=$2 status=0
+  shift 2
+  "$@" >"$work/out" 2>"$work/err" || status=$?
+  if ((status != wanted)); then
+    echo "status $status, not $wanted: $*"
+    failures=$((failures + 1))
+  elif [[ $words && $(cat -- "$work/out" "$work/err") != *"$words"* ]]; then
+    echo "does not say '$words': $*"
+    cat -- "$work/out" "$work/err"
+    failures=$((failures + 1))
+  fi
+}
+
+expect 0 "Usage: cttool VERB" "$cttool"
+expect 0 "Usage: cttool VERB" "$cttool" --help
+expect 0 "Usage: cttool VERB" "$cttool" help
+expect 0 "cttool 3." "$cttool" --version
+for verb in top calls show; do
+  expect 0 "Usage: cttool $verb" "$cttool" help "$verb"
+  cp -- "$work/out" "$work/help"
+  expect 0 "Examples:" "$cttool" "$verb" --help
+  cmp -- "$work/help" "$work/out" || failures=$((failures + 1))
+  if (($(wc -l <"$work/out") > 40)); then
+    echo "more than a screen: $verb --help"
+    failures=$((failures + 1))
+  fi
+  expect 2 "FILE is required" "$cttool" "$verb"
+  expect 2 "there is no option --nonsense" "$cttool" "$verb" "$notes" --nonsense
+  expect 2 "Failed to open" "$cttool" "$verb" "$work/missing.ct" 1
+  expect 2 "Failed to open" "$cttool" "$verb" "$work" 1
+  expect 2 "Failed to open" "$cttool" "$verb" /dev/null 1
+done
+expect 2 "did you mean top?" "$cttool" topp "$notes"
+expect 2 "did you mean --limit?" "$cttool" top "$notes" --limt 3
+expect 2 "there is no verb nothing" "$cttool" help nothing
+expect 2 "soon is no time" "$cttool" calls "$notes" --min soon
+expect 2 "is no regular expression" "$cttool" calls "$notes" '/(/'
+expect 2 "--by" "$cttool" top "$notes" --by size
+expect 1 "there is no node 100000000" "$cttool" show "$notes" 100000000
+expect 1 "" "$cttool" calls "$notes" nothing
+expect 1 "nothing called nothing" "$cttool" top "$notes" --under nothing
+
+# From a pipe it is the same.
+"$cttool" top "$notes" >"$work/by_name"
+cat -- "$notes" >"$work/copy"
+"$cttool" top - <"$work/copy" >"$work/by_input"
+cmp -- "$work/by_name" "$work/by_input"
+expect 0 "more; --limit 0 shows all" "$cttool" calls "$notes" --limit 2
+
+# A full disk is no success, and a reader that leaves is no noise.
+status=0
+"$cttool" calls "$notes" >/dev/full 2>"$work/err" || status=$?
+[[ $status == 2 && $(<"$work/err") == *"No space left"* ]] || {
+  echo "a full disk: status $status, $(<"$work/err")"
+  failures=$((failures + 1))
+}
+{ "$cttool" calls "$notes" --full 2>"$work/err" || true; } | head -1 >/dev/null
+[[ ! -s $work/err ]] || {
+  echo "noise to a reader that left: $(<"$work/err")"
+  failures=$((failures + 1))
+}
+
+# Damage is said once, at the end, and each of it with -v.
+head -c 36 -- "$notes" >"$work/short"
+expect 2 "Failed to open" "$cttool" top "$work/short"
+
+# Forms for programs are what they say they are.
+"$cttool" calls "$notes" --format json >"$work/calls.json"
+jq -e '.schema == "cttool.calls/1" and (.calls | length) > 1000' "$work/calls.json" >"$work/answer"
+"$cttool" top "$notes" --format json >"$work/top.json"
+jq -e '.schema == "cttool.top/1" and (.rows | length) == 20' "$work/top.json" >"$work/answer"
+"$cttool" show "$notes" 7 --format json >"$work/show.json"
+jq -e '.schema == "cttool.show/1" and .id == 7 and .path == [0, 1]' "$work/show.json" >"$work/answer"
+"$cttool" calls "$notes" --format csv >"$work/calls.csv"
+python3 - "$work/calls.csv" "$work/calls.json" <<'PYTHON'
+import csv, json, sys
+rows = list(csv.DictReader(open(sys.argv[1], newline="", encoding="utf-8")))
+calls = json.load(open(sys.argv[2], encoding="utf-8"))["calls"]
+assert len(rows) == len(calls)
+for row, call in zip(rows, calls):
+    assert row["name"] == call["name"] and int(row["total_ns"]) == call["total_ns"]
+    assert json.loads(row["args"]) == call["args"]
+PYTHON
+exit "$((failures != 0))"
