@@ -79,8 +79,8 @@ def zsh_option(row):
 
 def zsh(whole, verbs):
     text = "#compdef cttool\n" + MARK + MADE.format("zsh")
-    text += "_cttool() {\n  local verb=${words[(r)[a-z]*]}\n  local index=${words[(i)$verb]}\n"
-    text += "  if ((index > ${#words} || index >= CURRENT)) verb=\n  case $verb in\n"
+    text += "_cttool() {\n  local verb='' word\n  for word in ${words[2,CURRENT-1]}; do\n"
+    text += "    [[ $word == -* ]] || { verb=$word; break }\n  done\n  case $verb in\n"
     for verb in verbs:
         text += f"    {verb.name}) _arguments -s -S \\\n      ':verb: ' \\\n"
         text += "".join(zsh_option(row) for row in all_options(whole, verb))
