@@ -5,7 +5,7 @@
 # Sets `options` to those of the verb.
 _cttool_options() {
   case $1 in
-    top) options='-h --help --by --of --under --limit --builtin --user --full --format -v --verbose' ;;
+    top) options='-h --help --by --of --callers --callees --under --limit --builtin --user --full --format -v --verbose' ;;
     calls) options='-h --help --arg --returned --threw --open --min --under --file --path --count --limit --full --format -v --verbose' ;;
     show) options='-h --help --format -v --verbose' ;;
     *) options='-V --version -h --help -v --verbose' ;;
@@ -16,7 +16,9 @@ _cttool_options() {
 _cttool_value() {
   case $1$2 in
     top--by) mapfile -t COMPREPLY < <(compgen -W 'own total calls memory' -- "$cur") ;;
-    top--of) mapfile -t COMPREPLY < <(compgen -W 'function class namespace folder file line' -- "$cur") ;;
+    top--of) mapfile -t COMPREPLY < <(compgen -W 'function class namespace folder file line caller' -- "$cur") ;;
+    top--callers) : ;;
+    top--callees) : ;;
     top--under) : ;;
     top--limit) : ;;
     top--format) mapfile -t COMPREPLY < <(compgen -W 'text json csv' -- "$cur") ;;

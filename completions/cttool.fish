@@ -11,7 +11,9 @@ complete -c cttool -s v -l verbose -d 'List what is damaged or odd about the tra
 
 complete -c cttool -n '__fish_seen_subcommand_from top' -s h -l help -d 'Print this help and exit.'
 complete -c cttool -n '__fish_seen_subcommand_from top' -l by -x -a 'own total calls memory' -d 'Sort by this. (own)'
-complete -c cttool -n '__fish_seen_subcommand_from top' -l of -x -a 'function class namespace folder file line' -d 'A row for each of these. (function)'
+complete -c cttool -n '__fish_seen_subcommand_from top' -l of -x -a 'function class namespace folder file line caller' -d 'A row for each of these. (function)'
+complete -c cttool -n '__fish_seen_subcommand_from top' -l callers -x -d 'Who called these functions: --of caller, of their calls.'
+complete -c cttool -n '__fish_seen_subcommand_from top' -l callees -x -d 'What these functions called themselves.'
 complete -c cttool -n '__fish_seen_subcommand_from top' -l under -x -d 'Only what lies under such calls, or a node.'
 complete -c cttool -n '__fish_seen_subcommand_from top' -l limit -x -d 'Rows at most; 0 for all. (20)'
 complete -c cttool -n '__fish_seen_subcommand_from top' -l builtin -d 'PHP\'s own functions only.'

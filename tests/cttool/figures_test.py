@@ -177,6 +177,33 @@ def check_sums(path, calls, cttool):
     assert int(count) == len(calls), path
 
 
+def check_callers(path, document, cttool):
+    """Who called the function that is called most often, and what its callers call."""
+    names, _ = names_of(document)
+    nodes = {node["id"]: node for node in document["cp"]}
+    calls = collections.Counter()
+    for node in document["cp"]:
+        if "function" in node:
+            parent = nodes[node["parent_id"]]
+            caller = names[parent["function"]] if "function" in parent else None
+            calls[caller, names[node["function"]]] += 1
+    totals = collections.Counter()
+    for (_, name), count in calls.items():
+        totals[name] += count
+    name = max(sorted(totals), key=totals.__getitem__)
+    for option, wanted in (
+            ("--callers", {row[0]: n for row, n in calls.items() if row[1] == name and row[0]}),
+            ("--callees", {row[1]: n for row, n in calls.items() if row[0] == name})):
+        said = json.loads(output(cttool, "top", path, option, name, "--limit", "0", "--format",
+                                 "json"))
+        counted = collections.Counter()
+        for row in said["rows"]:
+            counted[row["name"]] += row["calls"]
+        assert wanted.items() <= counted.items(), (path, option, name)
+        if option == "--callees":
+            assert wanted == counted, (path, option, name)
+
+
 def random_traces(make_random, codetrace, folder):
     """50 of them that can be read, in both byte orders."""
     subprocess.run([make_random, folder, "150", "7"], check=True)
@@ -195,6 +222,7 @@ def main():
         document = json.loads(output(codetrace, "-J", path))
         check_sums(path, check_calls(path, document, cttool), cttool)
         check_profile(path, document, cttool)
+        check_callers(path, document, cttool)
     with tempfile.TemporaryDirectory() as folder:
         paths = random_traces(make_random, codetrace, folder)
         for path in paths:

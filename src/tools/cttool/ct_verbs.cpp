@@ -11,6 +11,7 @@ std::span<const Verb> verbs() {
            "  cttool top request.ct                        functions by their own time\n"
            "  cttool top request.ct --by total --limit 5\n"
            "  cttool top request.ct --of class --user      classes that scripts define\n"
+           "  cttool top request.ct --callers preg_match   who called it\n"
            "  cttool top request.ct --under 'PDO::*'       what happened inside of these calls\n",
            define_top},
       Verb{"calls", "Which calls match, with their arguments and results?",
