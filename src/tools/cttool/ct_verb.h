@@ -43,5 +43,6 @@ std::span<const Verb> verbs();
 VerbRun define_calls(CLI::App& command);
 VerbRun define_show(CLI::App& command);
 VerbRun define_top(CLI::App& command);
+VerbRun define_tree(CLI::App& command);
 
 }  // namespace CT::Tool
