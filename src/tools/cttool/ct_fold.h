@@ -22,9 +22,9 @@ namespace CT::Tool {
 // Nodes of one name; the folder that made it knows those between the first and the last. The first
 // is a name for the fold as well: no other has it.
 struct Fold {
-  NodeId first;
-  NodeId last;
-  std::int32_t count;
+  NodeId first = Storage::no_node;
+  NodeId last = Storage::no_node;
+  std::int32_t count = 0;
 };
 
 // What the members of a fold come to.

@@ -89,7 +89,7 @@ class TreePrinter {
       return (!options_.depth || depth <= *options_.depth) &&
              (least_ns_ == 0 || folder_.sums(fold).total_ns >= least_ns_);
     };
-    if (limit != 0) {
+    if (limit != 0 && static_cast<std::int64_t>(limit) < whole_.nodes) {
       chosen_ = choose_lines(trace_, measures_, folder_, scope_, takes, limit);
       takes = [this](const Fold& fold, std::uint32_t) {
         return std::binary_search(chosen_.begin(), chosen_.end(), fold.first);
@@ -117,7 +117,7 @@ void TreePrinter::print_text(const TakesFold& takes, Printer& printer) {
   TreeText text(trace_, measures_, folder_, out, options_.values,
                 options_.full ? 0 : printer.width());
   text.put_title();
-  walk_tree(folder_, scope_, takes, text);
+  text.put_cut(walk_tree(folder_, scope_, takes, text));
   const std::int64_t left_out = whole_.nodes - text.nodes();
   if (left_out == 0 && whole_.hidden == 0) return;
   out.put('\n');
@@ -153,10 +153,10 @@ void TreePrinter::print_json(const TakesFold& takes, Writer& out) {
   json.key("folds");
   json.begin_array();
   TreeJson folds(trace_, measures_, folder_, json, options_.values);
-  walk_tree(folder_, scope_, takes, folds);
+  const TreeCut cut = walk_tree(folder_, scope_, takes, folds);
   json.end_array();
   json.key("left_out");
-  folds.write_cut(folds.outermost());
+  folds.write_cut(cut);
   json.end_object();
   out.put('\n');
 }

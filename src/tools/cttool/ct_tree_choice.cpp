@@ -34,7 +34,7 @@ class Choice {
   std::vector<NodeId> run(const Scope& scope) {
     folder_.add_outermost(scope, folds_);
     offer(0);
-    while (!candidates_.empty() && take(*candidates_.begin())) {
+    while (!candidates_.empty() && chosen_.size() != limit_) {
       const Candidate best = *candidates_.begin();
       candidates_.erase(candidates_.begin());
       chosen_.push_back(best.fold.first);
@@ -51,38 +51,20 @@ class Choice {
     std::int64_t total_ns;
     Fold fold;
     std::uint32_t depth;
-    std::uint32_t siblings;  // the place of theirs in siblings_
 
     bool operator<(const Candidate& other) const {
       return std::tuple(!is_wanted, -total_ns, fold.first) <
              std::tuple(!other.is_wanted, -other.total_ns, other.fold.first);
     }
   };
-  struct Siblings {
-    std::size_t count;
-    std::size_t shown;
-    // Some have a line and some have not: what is left out has a line as well.
-    [[nodiscard]] bool has_cut() const { return shown != 0 && shown != count; }
-  };
-
-  // Counts the lines with this one; false if they are too many.
-  bool take(const Candidate& candidate) {
-    Siblings& around = siblings_[candidate.siblings];
-    const std::size_t cuts = around.has_cut() ? 1 : 0;
-    ++around.shown;
-    lines_ += 1 + (around.has_cut() ? 1 : 0) - cuts;
-    return lines_ <= limit_;
-  }
 
   // Makes candidates of folds_; only so many are kept as may be taken at all.
   void offer(std::uint32_t depth) {
-    siblings_.push_back({folds_.size(), 0});
     for (const Fold& fold : folds_) {
       if (!takes_(fold, depth)) continue;
       bool is_wanted = false;
       folder_.for_each_member(fold, [&](NodeId id) { is_wanted = is_wanted || wanted_.has(id); });
-      candidates_.insert({is_wanted, folder_.sums(fold).total_ns, fold, depth,
-                          static_cast<std::uint32_t>(siblings_.size() - 1)});
+      candidates_.insert({is_wanted, folder_.sums(fold).total_ns, fold, depth});
       if (candidates_.size() > limit_) candidates_.erase(std::prev(candidates_.end()));
     }
     folds_.clear();
@@ -92,9 +74,7 @@ class Choice {
   Folder& folder_;
   const TakesFold& takes_;
   std::size_t limit_;
-  std::size_t lines_ = 0;
   std::vector<Fold> folds_;
-  std::vector<Siblings> siblings_;
   std::set<Candidate> candidates_;
   std::vector<NodeId> chosen_;
 };

@@ -26,10 +26,10 @@ struct NodeFilter {
                                 const NodeFilter& filter, NodeSet& visible);
 
 // The folds with a line, by their first nodes, in rising order: those with the greatest totals, as
-// many as make at most `limit` lines together with those that tell what was left out behind them.
-// A fold comes with all around it. A quarter of the lines is for what explains a request however
-// little time it took, with what is around it: calls that never ended, exceptions and errors, the
-// latest first. Only folds that `takes` takes are asked for. Of equal totals the first counts.
+// many as `limit`. A fold comes with all around it. A quarter of the lines is for what explains a
+// request however little time it took, with what is around it: calls that never ended, exceptions
+// and errors, the latest first. Only folds that `takes` takes are asked for. Of equal totals the
+// first counts.
 //
 // Takes time linear in the nodes, and memory for `limit` folds and for the children of one.
 std::vector<NodeId> choose_lines(const Trace& trace, const Measures& measures, Folder& folder,

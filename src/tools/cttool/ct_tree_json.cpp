@@ -34,7 +34,6 @@ bool TreeJson::line(const TreeLine& line) {
     id != Storage::no_node ? out_.number(std::int64_t{id}) : out_.null();
   };
   const Measure& first = measures_[line.fold.first];
-  shown_ += line.fold.count;
   out_.element();
   out_.begin_object();
   out_.key("id");

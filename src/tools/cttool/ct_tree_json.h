@@ -25,15 +25,6 @@ class TreeJson final : public TreeSink {
         form_(form) {}
 
   bool line(const TreeLine& line) override;
-  // What was left out is told with each fold, but for the outermost ones.
-  void cut(const TreeCut& cut, std::uint32_t depth) override {
-    if (depth == 0) outermost_ = cut;
-  }
-
-  // How many nodes the elements were about, and the outermost folds that are none.
-  [[nodiscard]] std::int64_t nodes() const { return shown_; }
-  [[nodiscard]] const TreeCut& outermost() const { return outermost_; }
-
   // An object, or null if nothing was left out.
   void write_cut(const TreeCut& cut);
 
@@ -47,8 +38,6 @@ class TreeJson final : public TreeSink {
   BriefLines lines_;
   NodeJson nodes_;
   ValueForm form_;
-  std::int64_t shown_ = 0;
-  TreeCut outermost_;
 };
 
 }  // namespace CT::Tool

@@ -23,6 +23,24 @@ void put_right(std::string& line, const std::string& text, std::size_t columns) 
   line += "  ";
 }
 
+std::string left_out(std::int64_t nodes, std::string_view words) {
+  std::string text(ellipsis);
+  text += " ";
+  text += as_count(nodes);
+  text += words;
+  return text;
+}
+
+// What was left out under a fold. Where that is everything, its figures say what it took.
+std::string tail_of(const TreeLine& line) {
+  if (line.cut.folds == 0) return {};
+  std::string tail = "  ";
+  if (!line.has_lines_under) return tail += left_out(line.cut.nodes, " inside");
+  tail += left_out(line.cut.nodes, " more, ");
+  tail += as_ms(line.cut.total_ns);
+  return tail += " ms";
+}
+
 // On a terminal a third of a line may be blank.
 std::uint32_t deepest_for(std::size_t width) {
   constexpr std::size_t share = 3;
@@ -106,34 +124,17 @@ std::string TreeText::text_of(const TreeLine& line) {
 
 bool TreeText::line(const TreeLine& line) {
   nodes_ += line.fold.count;
-  const bool has_cut = line.cut.folds != 0 && !line.has_lines_under;
-  std::string tail;
-  if (has_cut) {
-    tail += "  ";
-    tail += ellipsis;
-    tail += " ";
-    tail += as_count(line.cut.nodes);
-    tail += " inside";
-  }
   const bool is_span = measures_[line.fold.first].has(Measure::is_span);
   put(figures(std::to_string(line.fold.first), is_span ? as_ms(line.sums.total_ns) : "",
               is_span ? as_ms(line.sums.own_ns) : "",
               is_span && line.sums.has_delta ? as_bytes(line.sums.memory_delta) : ""),
-      line.depth, text_of(line), tail);
+      line.depth, text_of(line), tail_of(line));
   return out_.ok();
 }
 
-void TreeText::cut(const TreeCut& cut, std::uint32_t depth) {
-  std::string text(ellipsis);
-  text += " ";
-  text += as_count(cut.folds);
-  text += " more";
-  if (cut.nodes != cut.folds) {
-    text += ", ";
-    text += as_count(cut.nodes);
-    text += " with all that is in them";
-  }
-  put(figures("", as_ms(cut.total_ns), "", ""), depth, text, "");
+void TreeText::put_cut(const TreeCut& cut) {
+  if (cut.folds == 0) return;
+  put(figures("", as_ms(cut.total_ns), "", ""), 0, left_out(cut.nodes, " more"), "");
 }
 
 }  // namespace CT::Tool

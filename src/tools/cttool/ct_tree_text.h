@@ -23,7 +23,8 @@ class TreeText final : public TreeSink {
   // The line with the names of the columns.
   void put_title();
   bool line(const TreeLine& line) override;
-  void cut(const TreeCut& cut, std::uint32_t depth) override;
+  // A line about what was left out of the outermost folds, if anything was.
+  void put_cut(const TreeCut& cut);
 
   // How many nodes the lines were about.
   [[nodiscard]] std::int64_t nodes() const { return nodes_; }

@@ -14,13 +14,14 @@ class Walk {
   Walk(Folder& folder, const TakesFold& takes, TreeSink& sink)
       : folder_(folder), takes_(takes), sink_(sink) {}
 
-  void run(const Scope& scope) {
+  TreeCut run(const Scope& scope) {
     folder_.add_outermost(scope, folds_);
-    run_all();
+    return run_all(Storage::no_node);
   }
-  void run(const Fold& fold) {
+  TreeCut run(const Fold& fold) {
+    outermost_ = 1;
     folder_.add_children(fold, folds_);
-    run_all();
+    return run_all(fold.first);
   }
 
  private:
@@ -29,19 +30,25 @@ class Walk {
     std::uint32_t next;
     std::uint32_t end;
     NodeId parent;
-    bool has_cut;  // cuts_ has what was left out of them
   };
 
-  void run_all() {
-    open(0, Storage::no_node, keep_lines(0));
+  TreeCut run_all(NodeId parent) {
+    const TreeCut cut = keep_lines(0);
+    open(0, parent);
     while (!levels_.empty()) {
       Level& level = levels_.back();
       if (level.next == level.end) {
         close();
       } else if (!put_line(level)) {
-        return;
+        break;
       }
     }
+    return cut;
+  }
+
+  // Of folds under the open levels.
+  [[nodiscard]] std::uint32_t depth() const {
+    return outermost_ + static_cast<std::uint32_t>(levels_.size());
   }
 
   // Drops the folds from here on that have no line.
@@ -49,7 +56,7 @@ class Walk {
     TreeCut cut;
     std::size_t kept = first;
     for (std::size_t i = first; i != folds_.size(); ++i) {
-      if (takes_(folds_[i], static_cast<std::uint32_t>(levels_.size()))) {
+      if (takes_(folds_[i], depth())) {
         folds_[kept++] = folds_[i];
         continue;
       }
@@ -62,32 +69,27 @@ class Walk {
     return cut;
   }
 
-  void open(std::size_t first, NodeId parent, const TreeCut& cut) {
-    const bool has_cut = cut.folds != 0;
-    if (has_cut) cuts_.push_back(cut);
-    levels_.push_back({static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(folds_.size()),
-                       parent, has_cut});
+  void open(std::size_t first, NodeId parent) {
+    levels_.push_back(
+        {static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(folds_.size()), parent});
   }
 
   bool put_line(Level& level) {
-    TreeLine line = {folds_[level.next++]};
+    TreeLine line;
+    line.fold = folds_[level.next++];
     line.sums = folder_.sums(line.fold);
-    line.depth = static_cast<std::uint32_t>(levels_.size() - 1);
+    line.depth = depth() - 1;
     line.parent = level.parent;
     const std::size_t first = folds_.size();
     folder_.add_children(line.fold, folds_);
     line.cut = keep_lines(first);
     line.has_lines_under = folds_.size() != first;
     if (!sink_.line(line)) return false;
-    if (line.has_lines_under) open(first, line.fold.first, line.cut);
+    if (line.has_lines_under) open(first, line.fold.first);
     return true;
   }
 
   void close() {
-    if (levels_.back().has_cut) {
-      sink_.cut(cuts_.back(), static_cast<std::uint32_t>(levels_.size() - 1));
-      cuts_.pop_back();
-    }
     levels_.pop_back();
     folds_.resize(levels_.empty() ? 0 : levels_.back().end);
   }
@@ -97,17 +99,17 @@ class Walk {
   TreeSink& sink_;
   std::vector<Fold> folds_;
   std::vector<Level> levels_;
-  std::vector<TreeCut> cuts_;
+  std::uint32_t outermost_ = 0;  // depth
 };
 
 }  // namespace
 
-void walk_tree(Folder& folder, const Scope& scope, const TakesFold& takes, TreeSink& sink) {
-  Walk(folder, takes, sink).run(scope);
+TreeCut walk_tree(Folder& folder, const Scope& scope, const TakesFold& takes, TreeSink& sink) {
+  return Walk(folder, takes, sink).run(scope);
 }
 
-void walk_children(Folder& folder, const Fold& fold, const TakesFold& takes, TreeSink& sink) {
-  Walk(folder, takes, sink).run(fold);
+TreeCut walk_children(Folder& folder, const Fold& fold, const TakesFold& takes, TreeSink& sink) {
+  return Walk(folder, takes, sink).run(fold);
 }
 
 }  // namespace CT::Tool

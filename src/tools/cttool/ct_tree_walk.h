@@ -31,17 +31,16 @@ class TreeSink {
   virtual ~TreeSink() = default;
   // False ends the walk.
   virtual bool line(const TreeLine& line) = 0;
-  // Something was left out behind the last line of this depth, under a fold that has lines; of one
-  // without, line() has told.
-  virtual void cut(const TreeCut& cut, std::uint32_t depth) = 0;
 };
 
 // Whether a fold has a line; if not, nothing under it has.
 using TakesFold = std::function<bool(const Fold& fold, std::uint32_t depth)>;
 
-// In the order of the trace, a fold before what lies under it.
-void walk_tree(Folder& folder, const Scope& scope, const TakesFold& takes, TreeSink& sink);
-// The same for the children of a fold, at depth 0.
-void walk_children(Folder& folder, const Fold& fold, const TakesFold& takes, TreeSink& sink);
+// In the order of the trace, a fold before what lies under it. Returns what was left out of the
+// outermost folds; of others the line above them has told. Keeps 12 bytes for each level that is
+// open, and as much for each fold that is still to come on one of them.
+TreeCut walk_tree(Folder& folder, const Scope& scope, const TakesFold& takes, TreeSink& sink);
+// The same for the children of a fold, which itself has no line and is at depth 0.
+TreeCut walk_children(Folder& folder, const Fold& fold, const TakesFold& takes, TreeSink& sink);
 
 }  // namespace CT::Tool
