@@ -2,9 +2,12 @@
 //
 // cttool tree: what called what, folded, and cut down to what matters.
 #include <algorithm>
-#include <limits>
+#include <initializer_list>
 #include <memory>
 #include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "codetrace/render/ct_number.h"
 #include "tools/cttool/ct_choice.h"
@@ -30,6 +33,17 @@ const Words<FoldBy> fold_words = {
 
 constexpr std::size_t usual_limit = 200;
 
+// The names of those that are so.
+std::string listed(std::initializer_list<std::pair<const char*, bool>> options) {
+  std::string list;
+  for (const auto& [name, is_given] : options) {
+    if (!is_given) continue;
+    if (!list.empty()) list += ", ";
+    list += name;
+  }
+  return list;
+}
+
 struct Options {
   std::string file;
   std::string under;
@@ -46,6 +60,15 @@ struct Options {
   [[nodiscard]] std::size_t lines_at_most() const {
     const bool asks = depth || !least.empty() || !filter.only.empty() || full;
     return limit.value_or(asks || form == Form::json ? 0 : usual_limit);
+  }
+  // The options that were given of those that leave lines out, and of those that hide nodes.
+  [[nodiscard]] std::string cutting_filters() const {
+    return listed({{"--depth", depth.has_value()}, {"--min", !least.empty()}});
+  }
+  [[nodiscard]] std::string hiding_filters() const {
+    return listed({{"--hide", !filter.hidden.empty()},
+                   {"--only", !filter.only.empty()},
+                   {"--no-builtin", filter.no_builtin}});
   }
 };
 
@@ -124,12 +147,14 @@ void TreePrinter::print_text(const TakesFold& takes, Printer& printer) {
   if (left_out != 0) {
     out.put("\xE2\x80\xA6 " + as_count(left_out) + " of " + as_count(whole_.nodes) +
             " nodes have no line");
-    out.put(options_.lines_at_most() != 0 ? "; --limit 0 shows all\n"
-                                          : ", as --depth and --min say\n");
+    const std::string filters = options_.cutting_filters();
+    if (!filters.empty()) out.put(", as " + filters + " said");
+    out.put(chosen_.empty() ? "\n" : "; --limit 0 shows all\n");
   }
   if (whole_.hidden == 0) return;
-  out.put("\xE2\x80\xA6 " + as_count(whole_.hidden) + " nodes are hidden, as --hide, --only and " +
-          "--no-builtin say; by themselves they took " + as_ms(whole_.hidden_own_ns) + " ms\n");
+  out.put("\xE2\x80\xA6 " + as_count(whole_.hidden) + " nodes are hidden, as " +
+          options_.hiding_filters() + " said; by themselves they took " +
+          as_ms(whole_.hidden_own_ns) + " ms\n");
 }
 
 void TreePrinter::print_json(const TakesFold& takes, Writer& out) {
