@@ -28,6 +28,13 @@ SourceLine line_of(const std::string& bytes, std::uint32_t number,
   return line;
 }
 
+// A line that is long, and one that is not.
+std::string long_and_short(std::size_t size) {
+  std::string bytes(size, 'x');
+  bytes += "\nshort\n";
+  return bytes;
+}
+
 TEST(Source, ALineIsFoundByItsNumber) {
   EXPECT_EQ(line_of("<?php\n  f();\r\n\nlast", 1).text, "<?php");
   EXPECT_EQ(line_of("<?php\n  f();\r\n\nlast", 2).text, "  f();");
@@ -47,9 +54,9 @@ TEST(Source, LinesBeyondTheFirstPieceAreFound) {
 }
 
 TEST(Source, NeitherLongLinesNorLongFilesAreReadWhole) {
-  EXPECT_EQ(line_of(std::string(100'000, 'x') + "\nshort\n", 1).text, std::string(4096, 'x'));
-  EXPECT_EQ(line_of(std::string(100'000, 'x') + "\nshort\n", 2).text, "short");
-  EXPECT_EQ(line_of(std::string(17U << 20, 'x') + "\nshort\n", 2).problem, "is too large");
+  EXPECT_EQ(line_of(long_and_short(100'000), 1).text, std::string(4096, 'x'));
+  EXPECT_EQ(line_of(long_and_short(100'000), 2).text, "short");
+  EXPECT_EQ(line_of(long_and_short(17U << 20), 2).problem, "is too large");
 }
 
 TEST(Source, ControlCharactersAreShown) {
@@ -92,11 +99,11 @@ TEST(LeastTimes, AreTimesOrShares) {
 // The line of the second node, of a trace with one call or point in its request.
 std::string brief(const std::string& statements, ValueForm form = ValueForm::brief) {
   std::string first;
-  for (const Test::BuiltTrace& built :
-       Test::build_traces("C: class user \"A\\\\E\"\nF: function user \"f\"\nstartup @10\n" +
-                          statements + "shutdown @20\n")) {
+  for (const CT::Test::BuiltTrace& built :
+       CT::Test::build_traces("C: class user \"A\\\\E\"\nF: function user \"f\"\nstartup @10\n" +
+                              statements + "shutdown @20\n")) {
     Trace trace;
-    EXPECT_TRUE(trace.open(Test::as_bytes(built.bytes), built.bytes.size()));
+    EXPECT_TRUE(trace.open(CT::Test::as_bytes(built.bytes), built.bytes.size()));
     const Measures measures(trace);
     const std::string line = BriefLines(trace, measures, form).line(1);
     if (first.empty()) first = line;

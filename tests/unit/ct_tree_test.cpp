@@ -35,7 +35,7 @@ class Lines final : public TreeSink {
 struct Tree {
   explicit Tree(const std::string& bytes, const NodeFilter& filter = {}, FoldBy by = FoldBy::runs,
                 const std::string& under = {}) {
-    EXPECT_TRUE(trace.open(Test::as_bytes(bytes), bytes.size()));
+    EXPECT_TRUE(trace.open(CT::Test::as_bytes(bytes), bytes.size()));
     measures = Measures(trace);
     EXPECT_TRUE(find_visible(trace, measures, filter, visible));
     EXPECT_TRUE(scope.find(trace, measures, under));
@@ -82,7 +82,7 @@ struct Tree {
 std::string tree(std::string_view text, const NodeFilter& filter = {}, FoldBy by = FoldBy::runs,
                  const std::string& under = {}) {
   std::string first;
-  for (const Test::BuiltTrace& built : Test::build_traces(text)) {
+  for (const CT::Test::BuiltTrace& built : CT::Test::build_traces(text)) {
     Tree tree(built.bytes, filter, by, under);
     EXPECT_EQ(tree.walk(takes_all).folds, 0);
     if (first.empty()) first = tree.text();
@@ -92,7 +92,7 @@ std::string tree(std::string_view text, const NodeFilter& filter = {}, FoldBy by
 }
 
 std::string chosen(std::string_view text, std::size_t limit, const NodeFilter& filter = {}) {
-  Tree tree(Test::build_traces(text).front().bytes, filter);
+  Tree tree(CT::Test::build_traces(text).front().bytes, filter);
   tree.choose(limit);
   return tree.text();
 }
@@ -183,7 +183,7 @@ TEST(Filters, OnlyMatchingCallsAndWhatIsAroundThemAreLeft) {
 }
 
 TEST(Filters, APatternThatIsNoneIsNoFilter) {
-  Tree tree(Test::build_traces(loop).front().bytes);
+  Tree tree(CT::Test::build_traces(loop).front().bytes);
   EXPECT_FALSE(find_visible(tree.trace, tree.measures, {.hidden = {"/(/"}}, tree.visible));
   EXPECT_FALSE(find_visible(tree.trace, tree.measures, {.only = {"/(/"}}, tree.visible));
 }
@@ -198,7 +198,7 @@ TEST(Choice, TakesTheGreatestAndSaysWhatIsLeftOut) {
 }
 
 TEST(Choice, TellsWhatIsLeftOutOfTheOutermost) {
-  Tree tree(Test::build_traces(loop).front().bytes, {.hidden = {}}, FoldBy::runs, "/^[gh]$/");
+  Tree tree(CT::Test::build_traces(loop).front().bytes, {.hidden = {}}, FoldBy::runs, "/^[gh]$/");
   const TreeCut cut = tree.choose(1);
   EXPECT_EQ(tree.text(), "h*3 6 6\n");
   EXPECT_EQ(cut.folds, 1);
@@ -247,11 +247,11 @@ TEST(Choice, OpensAHundredThousandLevels) {
     text += i % 2 == 0 ? " fn F\n" : " fn G\n";
   }
   text += "shutdown @10+200000\n";
-  Tree all(Test::build_traces(text).front().bytes);
+  Tree all(CT::Test::build_traces(text).front().bytes);
   all.walk(takes_all);
   ASSERT_EQ(all.sink.lines.size(), std::size_t{depth} + 1);
   EXPECT_EQ(all.sink.lines.back().depth, std::uint32_t{depth});
-  Tree few(Test::build_traces(text).front().bytes);
+  Tree few(CT::Test::build_traces(text).front().bytes);
   few.choose(200);
   ASSERT_EQ(few.sink.lines.size(), 200U);
   EXPECT_EQ(few.sink.lines.back().cut.nodes, depth - 199);
@@ -302,7 +302,7 @@ TEST(Choice, FiguresAddUpWhateverIsShown) {
   std::mt19937 random(11);
   for (int run = 0; run != 1500; ++run) {
     const std::string text = random_trace(random);
-    const std::string bytes = Test::build_traces(text).front().bytes;
+    const std::string bytes = CT::Test::build_traces(text).front().bytes;
     NodeFilter filter;
     if (random() % 3 == 0) filter.hidden.emplace_back("a");
     if (random() % 3 == 0) filter.only.emplace_back("b");

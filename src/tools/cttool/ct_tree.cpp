@@ -237,10 +237,9 @@ VerbRun define_tree(CLI::App& command) {
              "One line for equal siblings in a row, all, none.");
   add_choice(command, "--values", options->values, value_words, "How much of the arguments.");
   command
-      .add_option("--limit", options->limit,
-                  "Lines at most; 0 for all. (200, without --depth, --min, --only)")
+      .add_option("--limit", options->limit, "Lines. (200; 0, all, with --depth, --min or --only)")
       ->option_text("N");
-  command.add_flag("--full", options->full, "All lines, and none is cut to the terminal's width.");
+  command.add_flag("--full", options->full, "All lines, whole on any terminal.");
   add_choice(command, "--format", options->form, form_words, "Print it so.");
   return [options](Session& session) { return run(*options, session); };
 }
