@@ -28,7 +28,7 @@ expect 0 "Usage: cttool VERB" "$cttool"
 expect 0 "Usage: cttool VERB" "$cttool" --help
 expect 0 "Usage: cttool VERB" "$cttool" help
 expect 0 "cttool 3." "$cttool" --version
-for verb in top calls show; do
+for verb in top tree calls show; do
   expect 0 "Usage: cttool $verb" "$cttool" help "$verb"
   cp -- "$work/out" "$work/help"
   expect 0 "Examples:" "$cttool" "$verb" --help
@@ -52,6 +52,12 @@ expect 2 "soon is no time" "$cttool" calls "$notes" --min soon
 expect 2 "is no regular expression" "$cttool" calls "$notes" '/(/'
 expect 2 "--by" "$cttool" top "$notes" --by size
 expect 1 "there is no node 100000000" "$cttool" show "$notes" 100000000
+expect 2 "soon is no time" "$cttool" tree "$notes" --min soon
+expect 2 "101% is no time" "$cttool" tree "$notes" --min 101%
+expect 2 "is no regular expression" "$cttool" tree "$notes" --hide '/(/'
+expect 2 "--depth" "$cttool" tree "$notes" --depth x
+expect 1 "no node is left to show" "$cttool" tree "$notes" --only nothing
+expect 1 "there is no node 100000000" "$cttool" tree "$notes" --under 100000000
 expect 1 "" "$cttool" calls "$notes" nothing
 expect 1 "nothing called nothing" "$cttool" top "$notes" --under nothing
 
@@ -61,6 +67,9 @@ cat -- "$notes" >"$work/copy"
 "$cttool" top - <"$work/copy" >"$work/by_input"
 cmp -- "$work/by_name" "$work/by_input"
 expect 0 "more; --limit 0 shows all" "$cttool" calls "$notes" --limit 2
+expect 0 "nodes have no line; --limit 0 shows all" "$cttool" tree "$notes" --limit 2
+expect 0 "nodes have no line, as --depth said" "$cttool" tree "$notes" --depth 1
+expect 0 "nodes are hidden, as --hide said" "$cttool" tree "$notes" --hide '*'
 
 # A full disk is no success, and a reader that leaves is no noise.
 status=0
@@ -74,6 +83,10 @@ status=0
   echo "noise to a reader that left: $(<"$work/err")"
   failures=$((failures + 1))
 }
+
+# A trace names any file at any line; what is not there, or is none, is no failure.
+expect 0 "(is not on this machine)" "$cttool" show "$notes" 7 --source
+expect 0 "called" "$cttool" show "$notes" 1
 
 # Damage is said once, at the end, and each of it with -v.
 head -c 36 -- "$notes" >"$work/short"

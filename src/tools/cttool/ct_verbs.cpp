@@ -14,6 +14,12 @@ std::span<const Verb> verbs() {
            "  cttool top request.ct --callers preg_match   who called it\n"
            "  cttool top request.ct --under 'PDO::*'       what happened inside of these calls\n",
            define_top},
+      Verb{"tree", "What called what, with times: folded, filtered, down to what matters?",
+           "  cttool tree request.ct                       what explains the time, in 200 lines\n"
+           "  cttool tree request.ct --under 'PDO::*'      what happened inside of these calls\n"
+           "  cttool tree request.ct --only '/curl|pdo/'   these calls, and what led to them\n"
+           "  cttool tree request.ct --no-builtin --min 1%\n",
+           define_tree},
       Verb{"calls", "Which calls match, with their arguments and results?",
            "  cttool calls request.ct 'PDO::query'         each with arguments and result\n"
            "  cttool calls request.ct '*::*' --min 50ms    slow methods\n"
