@@ -25,11 +25,21 @@ std::string_view outcome_of(const Node::Base& node) {
 }
 
 std::string_view error_level(std::uint32_t number) {
-  constexpr std::array<std::string_view, 15> levels = {
-      "E_ERROR",           "E_WARNING",    "E_PARSE",        "E_NOTICE",
-      "E_CORE_ERROR",      "E_CORE_WARNING", "E_COMPILE_ERROR", "E_COMPILE_WARNING",
-      "E_USER_ERROR",      "E_USER_WARNING", "E_USER_NOTICE",  "E_STRICT",
-      "E_RECOVERABLE_ERROR", "E_DEPRECATED", "E_USER_DEPRECATED"};
+  constexpr std::array<std::string_view, 15> levels = {"E_ERROR",
+                                                       "E_WARNING",
+                                                       "E_PARSE",
+                                                       "E_NOTICE",
+                                                       "E_CORE_ERROR",
+                                                       "E_CORE_WARNING",
+                                                       "E_COMPILE_ERROR",
+                                                       "E_COMPILE_WARNING",
+                                                       "E_USER_ERROR",
+                                                       "E_USER_WARNING",
+                                                       "E_USER_NOTICE",
+                                                       "E_STRICT",
+                                                       "E_RECOVERABLE_ERROR",
+                                                       "E_DEPRECATED",
+                                                       "E_USER_DEPRECATED"};
   if (!std::has_single_bit(number)) return "";
   const auto bit = static_cast<std::size_t>(std::countr_zero(number));
   return bit < levels.size() ? levels[bit] : "";

@@ -48,8 +48,8 @@ constexpr std::array value_columns = {
            put_end<Checkpoint::FunctionException>},
 };
 
-constexpr auto calls_columns = joined(Columns::place, call_columns, Columns::outcome,
-                                      Columns::span_measures, value_columns);
+constexpr auto calls_columns =
+    joined(Columns::place, call_columns, Columns::outcome, Columns::span_measures, value_columns);
 
 constexpr std::array include_columns = {
     Column{"path", text_type, "as the script wrote it",

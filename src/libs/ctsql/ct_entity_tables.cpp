@@ -63,10 +63,9 @@ constexpr std::array class_columns = {
            [](Row& row) {
              class_of(row).is_user() ? row.stored_text(class_of(row).filename()) : row.null();
            }},
-    Column{"line", integer_type, "and the line there",
-           [](Row& row) {
-             class_of(row).is_user() ? row.integer(class_of(row).line()) : row.null();
-           }},
+    Column{
+        "line", integer_type, "and the line there",
+        [](Row& row) { class_of(row).is_user() ? row.integer(class_of(row).line()) : row.null(); }},
 };
 
 }  // namespace

@@ -2,7 +2,8 @@
 //
 // Functions for queries over traces:
 //
-//   x regexp y   1 if the regular expression y (PCRE) is found in x, else 0. A pattern that is none,
+//   x regexp y   1 if the regular expression y (PCRE) is found in x, else 0. A pattern that is
+//   none,
 //                or takes too long, is an error.
 //   plain(x)     a scalar of JSON as value: null as NULL, true and false as 1 and 0, numbers and
 //                strings as they are; anything else unchanged.
@@ -21,13 +22,11 @@ int add_functions(sqlite3* database);
 int add_regexp(sqlite3* database);
 int add_plain(sqlite3* database);
 
-// Of a value that is a text or a blob; valid until the value changes.
-inline std::string_view bytes_of(sqlite3_value* value) {
-  const void* const bytes = sqlite3_value_blob(value);
-  const int size = sqlite3_value_bytes(value);
-  return bytes != nullptr ? std::string_view(static_cast<const char*>(bytes),
-                                             static_cast<std::size_t>(size))
-                          : std::string_view();
+// A value as UTF-8; valid until it changes.
+inline std::string_view text_of(sqlite3_value* value) {
+  const void* const text = sqlite3_value_text(value);
+  if (text == nullptr) return {};
+  return {static_cast<const char*>(text), static_cast<std::size_t>(sqlite3_value_bytes(value))};
 }
 
 }  // namespace CT::Sql

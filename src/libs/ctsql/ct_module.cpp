@@ -54,8 +54,7 @@ int connect(sqlite3* database, TableSource source, sqlite3_vtab** made) {
 // The client data of a module of one table is its source.
 int connect_known(sqlite3* database, void* client, int, const char* const*, sqlite3_vtab** made,
                   char**) {
-  return guarded(
-      [&] { return connect(database, *static_cast<const TableSource*>(client), made); });
+  return guarded([&] { return connect(database, *static_cast<const TableSource*>(client), made); });
 }
 
 // That of the module that creates tables finds it. The first three arguments are names.
@@ -92,9 +91,8 @@ int best_index(sqlite3_vtab* table, sqlite3_index_info* info) {
     const TableSource& source = table_of(table).source;
     const int status = choose_plan(*source.table, *source.data, *info);
     if (status == SQLITE_ERROR) {
-      table->zErrMsg =
-          sqlite3_mprintf("%s needs the id of a node, as in %s(42)", source.table->name,
-                          source.table->name);
+      table->zErrMsg = sqlite3_mprintf("%s needs the id of a node, as in %s(42)",
+                                       source.table->name, source.table->name);
     }
     return status;
   });
@@ -181,18 +179,17 @@ constexpr sqlite3_module creating_module = [] {
 // SQLite destroys the client data also where it fails.
 int add_tables(sqlite3* database, const std::shared_ptr<TraceData>& data) {
   for (const Table* table : tables()) {
-    const int status = sqlite3_create_module_v2(
-        database, table->name, &known_module, new TableSource{table, data},
-        [](void* client) { delete static_cast<TableSource*>(client); });
+    const int status =
+        sqlite3_create_module_v2(database, table->name, &known_module, new TableSource{table, data},
+                                 [](void* client) { delete static_cast<TableSource*>(client); });
     if (status != SQLITE_OK) return status;
   }
   return SQLITE_OK;
 }
 
 int add_module(sqlite3* database, const char* name, FindSource find) {
-  return sqlite3_create_module_v2(
-      database, name, &creating_module, new FindSource(std::move(find)),
-      [](void* client) { delete static_cast<FindSource*>(client); });
+  return sqlite3_create_module_v2(database, name, &creating_module, new FindSource(std::move(find)),
+                                  [](void* client) { delete static_cast<FindSource*>(client); });
 }
 
 }  // namespace CT::Sql

@@ -29,8 +29,8 @@ constexpr std::array write_columns = {
            }},
     Column{"size", integer_type, "its bytes before that",
            [](Row& row) {
-             with<SapiWriteStart>(row,
-                                  [&](const auto& write) { row.integer(whole_size(write.body())); });
+             with<SapiWriteStart>(
+                 row, [&](const auto& write) { row.integer(whole_size(write.body())); });
            }},
 };
 
@@ -73,8 +73,8 @@ constexpr std::array error_columns = {
            }},
     Column{"message", text_type, "what PHP said",
            [](Row& row) {
-             with<ScriptError>(
-                 row, [&](const auto& error) { row.stored_text(error.error_message()); });
+             with<ScriptError>(row,
+                               [&](const auto& error) { row.stored_text(error.error_message()); });
            }},
 };
 
@@ -89,8 +89,8 @@ constexpr std::array event_columns = {
            }},
 };
 
-constexpr auto writes_columns = joined(Columns::place, write_columns, Columns::outcome,
-                                       Columns::span_measures);
+constexpr auto writes_columns =
+    joined(Columns::place, write_columns, Columns::outcome, Columns::span_measures);
 constexpr auto headers_columns = joined(Columns::place, header_columns, Columns::point_measures);
 constexpr auto sents_columns = joined(Columns::place, sent_columns, Columns::point_measures);
 constexpr auto errors_columns = joined(Columns::place, error_columns, Columns::point_measures);

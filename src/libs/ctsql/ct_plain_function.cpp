@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <new>
 #include <optional>
@@ -120,7 +121,9 @@ bool put_number(sqlite3_context* context, std::string_view text) {
   }
   double real = 0;
   const auto read_real = std::from_chars(text.data(), end, real);
-  if (read_real.ec != std::errc() || read_real.ptr != end || real != real) return false;
+  if (read_real.ec != std::errc() || read_real.ptr != end || !std::isfinite(real)) {
+    return false;
+  }
   sqlite3_result_double(context, real);
   return true;
 }
@@ -130,7 +133,7 @@ void plain(sqlite3_context* context, int, sqlite3_value** values) {
     if (sqlite3_value_type(values[0]) != SQLITE_TEXT) {
       return sqlite3_result_value(context, values[0]);
     }
-    const std::string_view text = bytes_of(values[0]);
+    const std::string_view text = text_of(values[0]);
     if (text == "null") return;
     if (text == "true" || text == "false") return sqlite3_result_int(context, text == "true");
     if (put_number(context, text)) return;

@@ -4,7 +4,11 @@
 // come in the order of the bits: the key, what is equal to the number, the lower limit, the upper.
 #include "ctsql/ct_plan.h"
 
+#include <algorithm>
 #include <cmath>
+#include <span>
+
+#include "ctsql/ct_functions.h"
 
 namespace CT::Sql {
 
@@ -170,10 +174,9 @@ int choose_plan(const Table& table, TraceData& data, sqlite3_index_info& info) {
   add_limit(found.high, high, below_high, SQLITE_INDEX_CONSTRAINT_LT);
   info.idxNum = plan;
   if (found.id >= 0) info.idxFlags = SQLITE_INDEX_SCAN_UNIQUE;
-  const bool by_name_or_function = choice.access == Access::function_by_function ||
-                                   choice.access == Access::name_by_name;
-  info.orderByConsumed =
-      by_name_or_function || is_ordered_by(table, info, Key::id) ? 1 : 0;
+  const bool by_name_or_function =
+      choice.access == Access::function_by_function || choice.access == Access::name_by_name;
+  info.orderByConsumed = by_name_or_function || is_ordered_by(table, info, Key::id) ? 1 : 0;
   info.estimatedRows = static_cast<sqlite3_int64>(choice.rows) + 1;
   info.estimatedCost = choice.rows + 1;
   return SQLITE_OK;
@@ -236,13 +239,7 @@ std::int64_t number_of(sqlite3_value* value) {
 // Only a text is certain to be compared as text.
 void read_name(sqlite3_value* value, Search& search) {
   switch (sqlite3_value_type(value)) {
-    case SQLITE_TEXT: {
-      const auto* text = static_cast<const char*>(static_cast<const void*>(
-          sqlite3_value_text(value)));
-      search.name.assign(text != nullptr ? text : "",
-                         static_cast<std::size_t>(sqlite3_value_bytes(value)));
-      break;
-    }
+    case SQLITE_TEXT: search.name = text_of(value); break;
     case SQLITE_NULL: search.make_empty(); break;
     default: search.access = Access::all;
   }

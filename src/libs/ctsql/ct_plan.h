@@ -14,13 +14,13 @@
 namespace CT::Sql {
 
 enum class Access : std::uint8_t {
-  all,               // in the order of their numbers
-  of_parent,         // the children of a node
-  of_function,       // the calls of a function
-  of_name,           // the calls of all functions of a name, or these functions
+  all,                   // in the order of their numbers
+  of_parent,             // the children of a node
+  of_function,           // the calls of a function
+  of_name,               // the calls of all functions of a name, or these functions
   function_by_function,  // all calls, those of one function behind each other
   name_by_name,          // the same in the order of the functions' names
-  above,             // a node's ancestors
+  above,                 // a node's ancestors
 };
 
 // The rows that a cursor goes through.

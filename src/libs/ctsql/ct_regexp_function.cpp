@@ -10,26 +10,24 @@ namespace CT::Sql {
 
 namespace {
 
-QString text_of(sqlite3_value* value) {
-  const auto* const text =
-      static_cast<const char*>(static_cast<const void*>(sqlite3_value_text(value)));
-  return QString::fromUtf8(text, text != nullptr ? sqlite3_value_bytes(value) : 0);
+QString qstring_of(sqlite3_value* value) {
+  const std::string_view text = text_of(value);
+  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
 // The pattern of this run: compiled once for all rows if it is the same for all.
 const QRegularExpression* pattern_of(sqlite3_context* context, sqlite3_value* value) {
   const auto* known = static_cast<const QRegularExpression*>(sqlite3_get_auxdata(context, 0));
   if (known != nullptr) return known;
-  auto made = std::make_unique<QRegularExpression>(text_of(value));
+  auto made = std::make_unique<QRegularExpression>(qstring_of(value));
   if (!made->isValid()) {
     const QByteArray error = "regexp: " + made->errorString().toUtf8();
     sqlite3_result_error(context, error.constData(), -1);
     return nullptr;
   }
   // May destroy it at once if memory has run out.
-  sqlite3_set_auxdata(context, 0, made.release(), [](void* pattern) {
-    delete static_cast<QRegularExpression*>(pattern);
-  });
+  sqlite3_set_auxdata(context, 0, made.release(),
+                      [](void* pattern) { delete static_cast<QRegularExpression*>(pattern); });
   known = static_cast<const QRegularExpression*>(sqlite3_get_auxdata(context, 0));
   if (known == nullptr) sqlite3_result_error_nomem(context);
   return known;
@@ -44,7 +42,7 @@ void regexp(sqlite3_context* context, int, sqlite3_value** values) {
     }
     const QRegularExpression* pattern = pattern_of(context, values[0]);
     if (pattern == nullptr) return;
-    const QRegularExpressionMatch match = pattern->match(text_of(values[1]));
+    const QRegularExpressionMatch match = pattern->match(qstring_of(values[1]));
     if (!match.isValid()) {
       return sqlite3_result_error(context, "regexp: the pattern takes too long on this text", -1);
     }

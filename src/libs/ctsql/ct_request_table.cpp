@@ -66,8 +66,8 @@ constexpr std::array columns = {
 
 }  // namespace
 
-constexpr Table request_table = {"request",        "the request as a whole: one row",
-                                 columns,          RowSet::numbered,
-                                 {},               [](TraceData&) { return std::int64_t{1}; }};
+constexpr Table request_table = {"request", "the request as a whole: one row",
+                                 columns,   RowSet::numbered,
+                                 {},        [](TraceData&) { return std::int64_t{1}; }};
 
 }  // namespace CT::Sql

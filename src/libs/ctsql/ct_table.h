@@ -44,8 +44,8 @@ struct Table {
   const char* meaning;  // one line
   std::span<const Column> columns;
   RowSet rows;
-  Node::Type type = Node::Type::STARTUP;                // of `listed`
-  std::int64_t (*count)(TraceData& data) = nullptr;     // of `numbered`
+  Node::Type type = Node::Type::STARTUP;             // of `listed`
+  std::int64_t (*count)(TraceData& data) = nullptr;  // of `numbered`
 };
 
 // Columns of several lists as one.

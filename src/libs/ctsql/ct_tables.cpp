@@ -17,9 +17,9 @@ std::string padded(std::string text, std::size_t width) {
 
 std::span<const Table* const> tables() {
   static constexpr std::array all = {
-      &request_table, &nodes_table,   &calls_table, &functions_table, &classes_table,
-      &includes_table, &writes_table, &headers_table, &sent_table,    &errors_table,
-      &events_table,  &ancestors_table,
+      &request_table, &nodes_table,    &calls_table,  &functions_table,
+      &classes_table, &includes_table, &writes_table, &headers_table,
+      &sent_table,    &errors_table,   &events_table, &ancestors_table,
   };
   return all;
 }
@@ -39,10 +39,12 @@ std::string schema_text(const Table& table) {
   text += '\n';
   for (const Column& column : table.columns) {
     constexpr std::size_t name_width = 13;
-    constexpr std::size_t type_width = 10;
+    constexpr std::size_t type_width = 8;
     if (column.key == Key::given) continue;
-    text += "  " + padded(column.name, name_width);
-    text += " " + padded(column.type == json_type ? "JSON" : column.type, type_width - 2);
+    text += "  ";
+    text += padded(column.name, name_width);
+    text += ' ';
+    text += padded(column.type == json_type ? "JSON" : column.type, type_width);
     text += column.meaning;
     text += '\n';
   }

@@ -23,6 +23,14 @@ std::span<const Verb> verbs() {
            "  cttool show request.ct 42                    the number is the id that others print\n"
            "  cttool show request.ct 0                     the request itself\n",
            define_show},
+      Verb{
+          "sql", "Anything else: a trace as tables of SQLite.",
+          "  cttool sql request.ct .schema                the tables and their columns\n"
+          "  cttool sql request.ct 'select name, count(*) from calls group by name order by 2 desc "
+          "limit 9'\n"
+          "  cttool sql request.ct \"select id, args ->> 0 from calls where name = 'PDO::query'\"\n"
+          "  cttool sql request.ct --format csv 'select * from functions' >functions.csv\n",
+          define_sql},
   };
   return table;
 }
