@@ -39,9 +39,11 @@ for verb in top calls show; do
   fi
   expect 2 "FILE is required" "$cttool" "$verb"
   expect 2 "there is no option --nonsense" "$cttool" "$verb" "$notes" --nonsense
-  expect 2 "Failed to open" "$cttool" "$verb" "$work/missing.ct" 1
-  expect 2 "Failed to open" "$cttool" "$verb" "$work" 1
-  expect 2 "Failed to open" "$cttool" "$verb" /dev/null 1
+  operand=()
+  [[ $verb != show ]] || operand=(1)
+  for file in "$work/missing.ct" "$work" /dev/null; do
+    expect 2 "Failed to open" "$cttool" "$verb" "$file" "${operand[@]}"
+  done
 done
 expect 2 "did you mean top?" "$cttool" topp "$notes"
 expect 2 "did you mean --limit?" "$cttool" top "$notes" --limt 3

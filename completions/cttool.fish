@@ -1,0 +1,37 @@
+# SPDX-License-Identifier: MIT
+# Completion for cttool(1), for fish. Made by tools/cttool-pages.py from the help texts.
+
+complete -c cttool -n 'not __fish_seen_subcommand_from top calls show' -f -a top -d 'Which functions, classes, files or lines took the time, the memory, the calls?'
+complete -c cttool -n 'not __fish_seen_subcommand_from top calls show' -f -a calls -d 'Which calls match, with their arguments and results?'
+complete -c cttool -n 'not __fish_seen_subcommand_from top calls show' -f -a show -d 'Everything about one node: whole values, the way down to it, what it called.'
+complete -c cttool -n 'not __fish_seen_subcommand_from top calls show' -f -a help -d 'Print the help of a verb.'
+complete -c cttool -n 'not __fish_seen_subcommand_from top calls show' -s V -l version -d 'Print the version and exit.'
+complete -c cttool -n 'not __fish_seen_subcommand_from top calls show' -s h -l help -d 'Print this help and exit.'
+complete -c cttool -s v -l verbose -d 'List what is damaged or odd about the trace.'
+
+complete -c cttool -n '__fish_seen_subcommand_from top' -s h -l help -d 'Print this help and exit.'
+complete -c cttool -n '__fish_seen_subcommand_from top' -l by -x -a 'own total calls memory' -d 'Sort by this. (own)'
+complete -c cttool -n '__fish_seen_subcommand_from top' -l of -x -a 'function class namespace folder file line' -d 'A row for each of these. (function)'
+complete -c cttool -n '__fish_seen_subcommand_from top' -l under -x -d 'Only what lies under such calls, or a node.'
+complete -c cttool -n '__fish_seen_subcommand_from top' -l limit -x -d 'Rows at most; 0 for all. (20)'
+complete -c cttool -n '__fish_seen_subcommand_from top' -l builtin -d 'PHP\'s own functions only.'
+complete -c cttool -n '__fish_seen_subcommand_from top' -l user -d 'Functions of scripts only.'
+complete -c cttool -n '__fish_seen_subcommand_from top' -l full -d 'Do not cut lines to the terminal\'s width.'
+complete -c cttool -n '__fish_seen_subcommand_from top' -l format -x -a 'text json csv' -d 'Print it so. (text)'
+
+complete -c cttool -n '__fish_seen_subcommand_from calls' -s h -l help -d 'Print this help and exit.'
+complete -c cttool -n '__fish_seen_subcommand_from calls' -l arg -x -d 'An argument has this text, or the Nth one.'
+complete -c cttool -n '__fish_seen_subcommand_from calls' -l returned -x -d 'The result has this text.'
+complete -c cttool -n '__fish_seen_subcommand_from calls' -l threw -d 'It threw an exception, of this class.'
+complete -c cttool -n '__fish_seen_subcommand_from calls' -l open -d 'It never ended.'
+complete -c cttool -n '__fish_seen_subcommand_from calls' -l min -x -d 'It took at least as long.'
+complete -c cttool -n '__fish_seen_subcommand_from calls' -l under -x -d 'Only what lies under such calls, or a node.'
+complete -c cttool -n '__fish_seen_subcommand_from calls' -l file -x -d 'It was made from such a file.'
+complete -c cttool -n '__fish_seen_subcommand_from calls' -l path -d 'Print the way down to each.'
+complete -c cttool -n '__fish_seen_subcommand_from calls' -l count -d 'Print only how many there are.'
+complete -c cttool -n '__fish_seen_subcommand_from calls' -l limit -x -d 'Calls at most; 0 for all. (0)'
+complete -c cttool -n '__fish_seen_subcommand_from calls' -l full -d 'Do not cut lines to the terminal\'s width.'
+complete -c cttool -n '__fish_seen_subcommand_from calls' -l format -x -a 'text json jsonl csv' -d 'Print them so. (text)'
+
+complete -c cttool -n '__fish_seen_subcommand_from show' -s h -l help -d 'Print this help and exit.'
+complete -c cttool -n '__fish_seen_subcommand_from show' -l format -x -a 'text json' -d 'Print it so. (text)'
