@@ -5,9 +5,10 @@
 # Before packages are installed it says which and how much, and asks a person at a terminal.
 
 root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd -P)
-build_packages=(g++ cmake ninja-build qt6-base-dev libfmt-dev)
+build_packages=(g++ cmake ninja-build qt6-base-dev libfmt-dev libcli11-dev libsqlite3-dev
+  zlib1g-dev liblzma-dev libzstd-dev pkg-config)
 test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev jq codespell mandoc
-  bash-completion zsh fish pkg-config python3-jsonschema)
+  bash-completion zsh fish python3-jsonschema sqlite3 xz-utils zstd)
 
 # Whether somebody is there to answer; set_up has another input.
 person=
