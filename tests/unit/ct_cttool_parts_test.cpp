@@ -92,7 +92,7 @@ TEST(Guess, IsTheNearestWordIfOneIsNear) {
 
 TEST(Csv, QuotesWhatMustBeQuoted) {
   const auto csv = [](std::string_view text) {
-    return Test::written([&](Writer& out) { put_csv(out, text); });
+    return CT::Test::written([&](Writer& out) { put_csv(out, text); });
   };
   EXPECT_EQ(csv("plain; text"), "plain; text");
   EXPECT_EQ(csv("a,b"), "\"a,b\"");

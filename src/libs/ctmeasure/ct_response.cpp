@@ -86,10 +86,6 @@ class HeaderSteps {
  private:
   using Headers = std::unordered_map<std::string, std::vector<std::size_t>>;
 
-  // No name of a header has a colon: under these nothing is found by name.
-  static constexpr std::string_view status_key = "status:";
-  static constexpr std::string_view nameless_key = ":";
-
   void apply(HeaderStep& step) {
     const std::string_view line = step.line.view();
     switch (static_cast<HeaderOp>(step.op)) {
@@ -105,44 +101,47 @@ class HeaderSteps {
 
   void set(HeaderStep& step) {
     if (is_status_line(step.line.view())) return set_status(step);
-    std::string name = folded(header_name(step.line.view()));
-    if (name.empty()) name = nameless_key;
-    if (static_cast<HeaderOp>(step.op) == HeaderOp::replace && name != nameless_key) {
-      end(name, step.id, Fate::replaced);
+    const std::string name = folded(header_name(step.line.view()));
+    if (name.empty()) {
+      nameless_.push_back(steps_.size() - 1);
+      return;
     }
+    if (static_cast<HeaderOp>(step.op) == HeaderOp::replace) end(name, step.id, Fate::replaced);
     in_force_[name].push_back(steps_.size() - 1);
   }
 
   void set_status(HeaderStep& step) {
     step.is_status = true;
-    end(std::string(status_key), step.id, Fate::replaced);
-    in_force_[std::string(status_key)].push_back(steps_.size() - 1);
+    if (status_) end(*status_, step.id, Fate::replaced);
+    status_ = steps_.size() - 1;
+  }
+
+  void end(std::size_t step, NodeId by, Fate fate) {
+    steps_[step].fate = fate;
+    steps_[step].ended_by = by;
   }
 
   void end(const std::string& name, NodeId by, Fate fate) {
     const auto found = in_force_.find(name);
     if (found == in_force_.end()) return;
-    for (const std::size_t step : found->second) {
-      steps_[step].fate = fate;
-      steps_[step].ended_by = by;
-    }
+    for (const std::size_t step : found->second) end(step, by, fate);
     in_force_.erase(found);
   }
 
   // Into a new table: emptying a large one again and again would take its whole size each time.
   void delete_all(NodeId by) {
-    Headers ended = std::exchange(in_force_, Headers());
-    if (auto status = ended.extract(std::string(status_key))) in_force_.insert(std::move(status));
+    const Headers ended = std::exchange(in_force_, Headers());
     for (const auto& [name, steps] : ended) {
-      for (const std::size_t step : steps) {
-        steps_[step].fate = Fate::deleted;
-        steps_[step].ended_by = by;
-      }
+      for (const std::size_t step : steps) end(step, by, Fate::deleted);
     }
+    for (const std::size_t step : nameless_) end(step, by, Fate::deleted);
+    nameless_.clear();
   }
 
   std::vector<HeaderStep>& steps_;
   Headers in_force_;
+  std::vector<std::size_t> nameless_;  // lines without a name, which only delete_all() ends
+  std::optional<std::size_t> status_;
 };
 
 Response::Response(const Trace& trace) {
