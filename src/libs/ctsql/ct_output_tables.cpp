@@ -53,7 +53,9 @@ constexpr std::array header_columns = {
 constexpr std::array sent_columns = {
     Column{"code", integer_type, "the status code of the response",
            [](Row& row) {
-             with<SapiSendHeaders>(row, [&](const auto& sent) { row.integer(sent.code()); });
+             with<SapiSendHeaders>(row, [&](const auto& sent) {
+               row.integer(static_cast<std::int32_t>(sent.code()));
+             });
            }},
     Column{"status", text_type, "the status line",
            [](Row& row) {

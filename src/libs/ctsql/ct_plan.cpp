@@ -164,6 +164,8 @@ int choose_plan(const Table& table, TraceData& data, sqlite3_index_info& info) {
   Arguments arguments(info);
   int plan = static_cast<int>(choice.access);
   if (choice.key >= 0) arguments.add(choice.key);
+  // It is no column, so it cannot be tested again.
+  if (found.given >= 0) info.aConstraintUsage[found.given].omit = 1;
   const auto add_limit = [&](int constraint, int bit, int strict_bit, int strict) {
     if (constraint < 0) return;
     arguments.add(constraint);

@@ -41,9 +41,12 @@ constexpr std::array columns = {
     Column{"memory_peak", integer_type, "the most bytes in use that the trace knows of",
            [](Row& row) { put_optional(row, row.data().facts().memory_peak); }},
     Column{"status", integer_type, "the status code of the response",
-           [](Row& row) { put_optional(row, row.data().sums().status); }},
+           [](Row& row) {
+             const auto status = row.data().response().status();
+             status ? row.integer(*status) : row.null();
+           }},
     Column{"bytes_out", integer_type, "bytes of output that were written",
-           [](Row& row) { row.integer(row.data().sums().bytes_out); }},
+           [](Row& row) { row.unsigned_integer(row.data().response().bytes_out()); }},
     Column{"nodes", integer_type, "how many nodes there are",
            [](Row& row) { row.integer(row.trace().node_count()); }},
     Column{"calls", integer_type, "how many of them are calls",
@@ -57,7 +60,7 @@ constexpr std::array columns = {
     Column{"errors", integer_type, "how many errors PHP reported",
            [](Row& row) { row.integer(row.data().facts().errors); }},
     Column{"thrown", integer_type, "how many calls and includes ended with an exception",
-           [](Row& row) { row.integer(row.data().sums().thrown); }},
+           [](Row& row) { row.integer(row.data().thrown()); }},
     Column{"open", integer_type, "how many nodes never ended",
            [](Row& row) { row.integer(row.data().facts().open); }},
     Column{"complete", integer_type, "1 if it has begin and end and nothing is damaged, else 0",

@@ -11,24 +11,13 @@ bool is_call(Node::Type type) {
   return type == Node::Type::FUNCTION_CALL || type == Node::Type::METHOD_CALL;
 }
 
-RequestSums add_up(TraceData& data) {
-  RequestSums sums;
-  const Trace& trace = data.trace();
-  for (const NodeId id : data.nodes_of(Node::Type::SAPI_SEND_HEADERS)) {
-    const Node::Base node = trace.node(id);
-    if (const auto sent = node.begin_as<Checkpoint::SapiSendHeaders>()) sums.status = sent->code();
-  }
-  for (const NodeId id : data.nodes_of(Node::Type::SAPI_WRITE)) {
-    const Node::Base node = trace.node(id);
-    if (const auto write = node.begin_as<Checkpoint::SapiWriteStart>()) {
-      sums.bytes_out += whole_size(write->body());
-    }
-  }
+std::int32_t count_thrown(const Trace& trace) {
+  std::int32_t thrown = 0;
   NodeReader reader(trace.storage());
   for (NodeId id = 0; id != trace.node_count(); ++id) {
-    if (outcome_of(reader.read(id)) == "threw") ++sums.thrown;
+    if (outcome_of(reader.read(id)) == "threw") ++thrown;
   }
-  return sums;
+  return thrown;
 }
 
 }  // namespace
@@ -53,9 +42,19 @@ const RequestFacts& TraceData::facts() {
   return *facts_;
 }
 
-const RequestSums& TraceData::sums() {
-  if (!sums_) sums_ = add_up(*this);
-  return *sums_;
+std::int32_t TraceData::thrown() {
+  if (!thrown_) thrown_ = count_thrown(trace_);
+  return *thrown_;
+}
+
+const Response& TraceData::response() {
+  if (!response_) response_.emplace(trace_);
+  return *response_;
+}
+
+const std::vector<Repeat>& TraceData::repeats() {
+  if (!repeats_) repeats_ = CT::repeats(trace_, measures_);
+  return *repeats_;
 }
 
 std::span<const NodeId> TraceData::nodes_of(Node::Type type) {

@@ -15,18 +15,13 @@
 #include "codetrace/ct_trace.h"
 #include "ctmeasure/ct_measures.h"
 #include "ctmeasure/ct_profile.h"
+#include "ctmeasure/ct_repeats.h"
 #include "ctmeasure/ct_request_facts.h"
+#include "ctmeasure/ct_response.h"
 #include "ctsql/ct_call_index.h"
 #include "ctsql/ct_function_names.h"
 
 namespace CT::Sql {
-
-// What the request comes to beside its facts.
-struct RequestSums {
-  std::optional<std::uint32_t> status;  // of HTTP, as it was sent last
-  std::int64_t bytes_out = 0;           // written, what the tracer cut included
-  std::int32_t thrown = 0;              // calls and includes that an exception ended
-};
 
 class TraceData {
  public:
@@ -44,7 +39,10 @@ class TraceData {
   const CallIndex& calls();
   const std::vector<ProfileRow>& profile();
   const RequestFacts& facts();
-  const RequestSums& sums();
+  // How many calls and includes an exception ended.
+  std::int32_t thrown();
+  const Response& response();
+  const std::vector<Repeat>& repeats();
   // The nodes of a type other than calls, in rising order.
   std::span<const NodeId> nodes_of(Node::Type type);
 
@@ -62,7 +60,9 @@ class TraceData {
   std::optional<CallIndex> calls_;
   std::optional<std::vector<ProfileRow>> profile_;
   std::optional<RequestFacts> facts_;
-  std::optional<RequestSums> sums_;
+  std::optional<std::int32_t> thrown_;
+  std::optional<Response> response_;
+  std::optional<std::vector<Repeat>> repeats_;
   std::unique_ptr<const Lists> lists_;
   std::uint64_t rows_touched_ = 0;
 };

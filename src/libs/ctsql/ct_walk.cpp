@@ -123,6 +123,9 @@ bool Walk::step() {
 bool Walk::step_in_list() {
   if (list_.empty()) return false;
   number_ = list_.front();
+  // In the order of functions each call lies somewhere else.
+  constexpr std::size_t ahead = 12;
+  if (list_.size() > ahead) __builtin_prefetch(&data_.measures()[list_[ahead]]);
   list_ = list_.subspan(1);
   return true;
 }

@@ -29,6 +29,7 @@ void log_to_standard_error() {
 }
 
 constexpr std::string_view no_memory = "Out of memory\n";
+int status_without_memory = 1;
 
 // Where a std::bad_alloc cannot be caught: it left a function that may not throw, or there was not
 // even memory for the exception, and then none is in flight. Nothing here allocates.
@@ -36,16 +37,17 @@ constexpr std::string_view no_memory = "Out of memory\n";
   const std::type_info* const type = abi::__cxa_current_exception_type();
   if (type != nullptr && *type != typeid(std::bad_alloc)) std::abort();
   static_cast<void>(!write(STDERR_FILENO, no_memory.data(), no_memory.size()));
-  _exit(1);
+  _exit(status_without_memory);
 }
 
 }  // namespace
 
-int run_tool(Run run, int argc, char** argv) {
+int run_tool(Run run, int argc, char** argv, int no_memory_status) {
+  status_without_memory = no_memory_status;
   std::set_terminate(end_terminated);
   StandardDescriptors standard;
   ignore_signals();
-  int status = 1;
+  int status = no_memory_status;
   try {
     log_to_standard_error();
     status = run(argc, argv, standard);

@@ -32,7 +32,6 @@ struct Options {
   Form form = Form::text;
   bool path = false;
   bool count = false;
-  bool full = false;
 };
 
 // Prints calls in one of the forms.
@@ -43,7 +42,7 @@ class CallPrinter {
       : options_(options),
         measures_(measures),
         out_(printer.out()),
-        width_(options.full ? 0 : printer.width()),
+        width_(printer.width()),
         lines_(trace, measures),
         nodes_(trace, measures),
         json_(printer.out(),
@@ -260,7 +259,6 @@ VerbRun define_calls(CLI::App& command) {
   command.add_flag("--path", options->path, "Print the way down to each.");
   command.add_flag("--count", options->count, "Print only how many there are.");
   command.add_option("--limit", options->limit, "Calls at most; 0 for all. (0)")->option_text("N");
-  command.add_flag("--full", options->full, "Do not cut lines to the terminal's width.");
   add_choice(command, "--format", options->form, form_words, "Print them so.");
   return [options](Session& session) { return run(*options, session); };
 }

@@ -10,6 +10,7 @@
 #include "codetrace/ct_version.h"
 #include "tools/common/ct_failure.h"
 #include "tools/common/ct_process.h"
+#include "tools/cttool/ct_choice.h"
 #include "tools/cttool/ct_help.h"
 #include "tools/cttool/ct_nearest.h"
 #include "tools/cttool/ct_verb.h"
@@ -22,19 +23,30 @@ using CT::Tool::Session;
 using CT::Tool::Verb;
 using CT::Tool::VerbRun;
 
+const CT::Tool::Words<CT::Tool::Color> color_words = {{"auto", CT::Tool::Color::automatic},
+                                                      {"always", CT::Tool::Color::always},
+                                                      {"never", CT::Tool::Color::never}};
+
 // The whole command line: the verbs with their options, and what each does.
 struct CommandLine {
   CLI::App app{"Asks a Code Trace file a question.", "cttool"};
   std::vector<VerbRun> runs;
   std::string help_of;  // of "cttool help VERB"
   CLI::App* help = nullptr;
-  bool lists_findings = false;
+  Session session;
 
-  CommandLine() {
+  explicit CommandLine(CT::Tool::StandardDescriptors& standard) : session{standard} {
     app.set_version_flag("-V,--version", "cttool " CODETRACE_VERSION_STRING,
                          "Print the version and exit.");
     app.set_help_flag("-h,--help", "Print this help and exit.");
-    app.add_flag("-v,--verbose", lists_findings, "List what is damaged or odd about the trace.");
+    app.add_flag("-v,--verbose", session.lists_findings,
+                 "List what is damaged or odd about the trace.");
+    CT::Tool::add_choice(app, "--color", session.color, color_words, "Colours on a terminal.");
+    app.add_flag("!--no-pager", session.pages, "Do not show long text page by page.");
+    app.add_flag("--full", session.full, "Do not cut lines to the terminal's width.");
+    app.add_option("--max-size", session.max_size, "What a compressed trace may have at most. (1G)")
+        ->option_text("SIZE")
+        ->transform(CLI::AsSizeValue(false));
     app.require_subcommand(0, 1);
     app.fallthrough();
     app.formatter(std::make_shared<CT::Tool::HelpFormatter>());
@@ -96,7 +108,7 @@ int usage_error(CommandLine& line, const std::string& what, const std::vector<st
 }
 
 int run(int argc, char** argv, CT::Tool::StandardDescriptors& standard) {
-  CommandLine line;
+  CommandLine line(standard);
   try {
     line.app.parse(argc, argv);
   } catch (const CLI::CallForHelp&) {
@@ -115,12 +127,11 @@ int run(int argc, char** argv, CT::Tool::StandardDescriptors& standard) {
     const CLI::App* verb = line.verb(line.help_of);
     return verb != nullptr ? print_help(*verb) : unknown_verb(line, line.help_of);
   }
-  Session session{standard, line.lists_findings};
   std::size_t row = 0;
   while (parsed.front()->get_name() != CT::Tool::verbs()[row].name) ++row;
-  return line.runs[row](session);
+  return line.runs[row](line.session);
 }
 
 }  // namespace
 
-int main(int argc, char** argv) { return CT::Tool::run_tool(run, argc, argv); }
+int main(int argc, char** argv) { return CT::Tool::run_tool(run, argc, argv, failed); }

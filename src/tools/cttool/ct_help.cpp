@@ -53,6 +53,7 @@ std::string HelpFormatter::make_help(const CLI::App* app, std::string /*name*/,
   for (const CLI::Option* option : app->get_options()) {
     if (!option->get_positional()) text += line(names_of(*option), option->get_description());
   }
+  if (app->get_parent() != nullptr) text += "\nOptions of all verbs: cttool --help\n";
   return text + "\nExamples:\n" + app->get_footer();
 }
 

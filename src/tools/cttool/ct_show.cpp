@@ -50,12 +50,13 @@ std::vector<Fold> folded_children(const Trace& trace, const Measures& measures, 
 
 class NodePage {
  public:
-  NodePage(const Trace& trace, const Measures& measures, NodeId id, Writer& out)
-      : trace_(trace),
+  NodePage(const Trace& trace, const Measures& measures, NodeId id, Printer& printer)
+      : printer_(printer),
+        trace_(trace),
         measures_(measures),
         id_(id),
         node_(trace.node(id)),
-        out_(out),
+        out_(printer.out()),
         lines_(trace, measures),
         nodes_(trace, measures) {}
 
@@ -89,6 +90,7 @@ class NodePage {
   }
   void put_indented(std::string_view text);
 
+  Printer& printer_;
   const Trace& trace_;
   const Measures& measures_;
   NodeId id_;
@@ -99,7 +101,8 @@ class NodePage {
 };
 
 void NodePage::write_text() {
-  out_.put("#" + std::to_string(id_) + "  " + lines_.label(id_) + "\n\n");
+  out_.put(printer_.style().heading("#" + std::to_string(id_) + "  " + lines_.label(id_)));
+  out_.put("\n\n");
   write_figures();
   measures_[id_].function >= 0 ? write_values() : write_fields();
   write_way();
@@ -113,7 +116,8 @@ void NodePage::write_figures() {
   if (node_.is_span()) {
     put_line("total", as_ms(measure.total_ns) + " ms");
     put_line("own", as_ms(measure.own_ns) + " ms");
-    put_line("outcome", outcome_of(node_));
+    const std::string_view outcome = outcome_of(node_);
+    put_line("outcome", outcome == "ended" ? std::string(outcome) : printer_.style().bad(outcome));
   }
   if (measure.has(Measure::has_memory)) {
     put_line("memory", as_bytes(static_cast<std::int64_t>(measure.memory)));
@@ -176,7 +180,7 @@ void NodePage::write_way() {
   for (const NodeId above : way) {
     table.add({std::to_string(above), as_ms(measures_[above].total_ns), lines_.label(above)});
   }
-  out_.put(table.text(0));
+  printer_.put(table);
 }
 
 void NodePage::write_children() {
@@ -190,7 +194,7 @@ void NodePage::write_children() {
     const std::string times = fold.count > 1 ? " \xC3\x97 " + as_count(fold.count) : "";
     table.add({std::to_string(fold.first), as_ms(fold.total_ns), fold.label + times});
   }
-  out_.put(table.text(0));
+  printer_.put(table);
 }
 
 void NodePage::write_json(const std::string& file) {
@@ -236,7 +240,7 @@ int run(const Options& options, Session& session) {
   if (id == Storage::no_node) return nothing_found;
   const Measures measures(input.trace());
   Printer printer(session);
-  NodePage page(input.trace(), measures, id, printer.out());
+  NodePage page(input.trace(), measures, id, printer);
   options.form == Form::json ? page.write_json(options.file) : page.write_text();
   const int status = printer.finish(done);
   input.say_damage();

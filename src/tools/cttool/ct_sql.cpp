@@ -18,6 +18,7 @@
 #include "tools/cttool/ct_sql_error.h"
 #include "tools/cttool/ct_sql_print.h"
 #include "tools/cttool/ct_sql_stop.h"
+#include "tools/cttool/ct_text_table.h"
 #include "tools/cttool/ct_verb.h"
 
 namespace CT::Tool {
@@ -35,7 +36,6 @@ struct Options {
   std::vector<std::string> queries;
   SqlForm form = SqlForm::table;
   std::optional<double> timeout;
-  bool full = false;
 };
 
 bool say(const std::string& what) {
@@ -73,19 +73,19 @@ std::vector<std::string> command_of(const std::string& text) {
   return words;
 }
 
-// Prints what ".schema" asks for.
-bool run_command(const std::vector<std::string>& words, Writer& out) {
+// Prints what ".schema" asks for. Returns why it cannot; empty if it did.
+std::string put_schema(const std::vector<std::string>& words, Writer& out) {
   if (words.front() != ".schema" || words.size() > 2) {
-    return say("there is no command " + words.front() + " so; there is .schema [TABLE]");
+    return "there is no command " + words.front() + " so; there is .schema [TABLE]";
   }
   if (words.size() == 1) {
     out.put(Sql::schema_text());
-    return true;
+    return {};
   }
   const Sql::Table* table = Sql::find_table(words[1]);
-  if (table == nullptr) return say("there is no table " + words[1] + "; .schema lists them");
+  if (table == nullptr) return "there is no table " + words[1] + "; .schema lists them";
   out.put(Sql::schema_text(*table));
-  return true;
+  return {};
 }
 
 class Run {
@@ -95,8 +95,10 @@ class Run {
         database_(database),
         stop_(stop),
         printer_(printer),
-        results_(make_result_printer(options.form, options.file, options.full ? 0 : printer.width(),
-                                     printer.out())) {}
+        results_(make_result_printer(options.form, options.file, printer.width(), printer.out())) {}
+
+  // What went wrong, to be said when all is printed; empty for nothing.
+  [[nodiscard]] const std::string& complaint() const { return complaint_; }
 
   // The exit status.
   int all() {
@@ -113,7 +115,7 @@ class Run {
     const auto words = command_of(query);
     if (!words.empty()) {
       found_ = true;
-      return run_command(words, printer_.out());
+      return run_command(words);
     }
     Sql::Script script(database_, query);
     while (Sql::Statement* statement = script.next()) {
@@ -126,10 +128,17 @@ class Run {
       if (!printer_.ok()) return false;
     }
     if (!script.error()) return true;
-    static_cast<void>(printer_.finish(failed));
-    if (script.error()->is_stopped) return say("the query is " + stop_.reason());
-    std::fputs(error_text(*script.error(), query).c_str(), stderr);
+    complaint_ = script.error()->is_stopped ? "cttool: the query is " + stop_.reason() + "\n"
+                                            : error_text(*script.error(), query);
     return false;
+  }
+
+  bool run_command(const std::vector<std::string>& words) {
+    const std::string why = options_.form == SqlForm::table
+                                ? put_schema(words, printer_.out())
+                                : words.front() + " is text; it has no --format";
+    if (!why.empty()) complaint_ = "cttool: " + shown_text(why) + "\n";
+    return why.empty();
   }
 
   const Options& options_;
@@ -137,6 +146,7 @@ class Run {
   QueryStop& stop_;
   Printer& printer_;
   std::unique_ptr<ResultPrinter> results_;
+  std::string complaint_;
   bool found_ = false;
 };
 
@@ -150,7 +160,9 @@ int run(Options options, Session& session) {
   QueryStop stop(options.timeout);
   database.set_stop([&] { return stop.is_wanted(); });
   Printer printer(session);
-  const int status = printer.finish(Run(options, database, stop, printer).all());
+  Run work(options, database, stop, printer);
+  const int status = printer.finish(work.all());
+  std::fputs(work.complaint().c_str(), stderr);
   input.say_damage();
   return status;
 }
@@ -166,7 +178,6 @@ VerbRun define_sql(CLI::App& command) {
   command.add_option("--timeout", options->timeout, "End a query that takes longer.")
       ->option_text("SECONDS")
       ->check(CLI::PositiveNumber);
-  command.add_flag("--full", options->full, "Do not cut cells to the terminal's width.");
   return [options](Session& session) { return run(*options, session); };
 }
 

@@ -28,7 +28,8 @@ class TablePrinter final : public ResultPrinter {
     is_first_ = false;
     titles_.clear();
     for (const std::string& name : column_names(statement)) titles_.push_back(shown_text(name));
-    is_number_.assign(titles_.size(), true);
+    is_number_.assign(titles_.size(), false);
+    is_text_.assign(titles_.size(), false);
     rows_.clear();
     bytes_ = 0;
     is_decided_ = false;
@@ -39,7 +40,9 @@ class TablePrinter final : public ResultPrinter {
     for (std::size_t i = 0; i != titles_.size(); ++i) {
       const auto column = static_cast<int>(i);
       const int type = sqlite3_column_type(statement, column);
-      if (!is_decided_ && (type == SQLITE_TEXT || type == SQLITE_BLOB)) is_number_[i] = false;
+      if (!is_decided_ && type != SQLITE_NULL) {
+        (type == SQLITE_TEXT || type == SQLITE_BLOB ? is_text_ : is_number_)[i] = true;
+      }
       cells.push_back(shown_text(sql_text(statement, column)));
       bytes_ += cells.back().size();
     }
@@ -79,6 +82,10 @@ class TablePrinter final : public ResultPrinter {
     return least;
   }
 
+  [[nodiscard]] bool is_right(std::size_t column) const {
+    return is_number_[column] && !is_text_[column];
+  }
+
   void put_line(const std::vector<std::string>& cells) {
     std::string line;
     for (std::size_t i = 0; i != cells.size(); ++i) {
@@ -86,9 +93,9 @@ class TablePrinter final : public ResultPrinter {
       const std::size_t shown = shown_width(cell);
       const std::string blanks(widths_[i] > shown ? widths_[i] - shown : 0, ' ');
       if (i != 0) line.append(gap, ' ');
-      if (is_number_[i]) line += blanks;
+      if (is_right(i)) line += blanks;
       line += cell;
-      if (!is_number_[i]) line += blanks;
+      if (!is_right(i)) line += blanks;
     }
     line.erase(line.find_last_not_of(' ') + 1);
     line += '\n';
@@ -101,7 +108,8 @@ class TablePrinter final : public ResultPrinter {
   bool is_decided_ = false;
   std::size_t bytes_ = 0;
   std::vector<std::string> titles_;
-  std::vector<bool> is_number_;
+  std::vector<bool> is_number_;  // has one
+  std::vector<bool> is_text_;
   std::vector<std::size_t> widths_;
   std::vector<std::vector<std::string>> rows_;
 };

@@ -81,10 +81,10 @@ std::vector<std::size_t> TextTable::widths() const {
   return widths;
 }
 
-std::string TextTable::text(std::size_t width) const {
+std::string TextTable::text(std::size_t width, const Style& style) const {
   const std::vector<std::size_t> widths = this->widths();
   std::string lines;
-  const auto add_line = [&](const auto& cell_of) {
+  const auto line_of = [&](const auto& cell_of) {
     std::string line;
     for (std::size_t i = 0; i != columns_.size(); ++i) {
       const std::string& cell = cell_of(i);
@@ -93,11 +93,14 @@ std::string TextTable::text(std::size_t width) const {
       line += columns_[i].align == Align::right ? blanks + cell : cell + blanks;
     }
     line.erase(line.find_last_not_of(' ') + 1);
-    lines += fitted(line, width) + "\n";
+    return fitted(line, width);
   };
-  add_line([&](std::size_t i) -> const std::string& { return columns_[i].title; });
+  lines += style.heading(
+      line_of([&](std::size_t i) -> const std::string& { return columns_[i].title; }));
+  lines += '\n';
   for (const auto& row : rows_) {
-    add_line([&](std::size_t i) -> const std::string& { return row[i]; });
+    lines += line_of([&](std::size_t i) -> const std::string& { return row[i]; });
+    lines += '\n';
   }
   return lines;
 }

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "tools/cttool/ct_style.h"
+
 namespace CT::Tool {
 
 class TextTable {
@@ -25,7 +27,7 @@ class TextTable {
   void add(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
 
   // The lines; none is wider than `width`, which is 0 for any width.
-  [[nodiscard]] std::string text(std::size_t width) const;
+  [[nodiscard]] std::string text(std::size_t width, const Style& style = Style()) const;
 
  private:
   [[nodiscard]] std::vector<std::size_t> widths() const;

@@ -33,7 +33,6 @@ struct Options {
   std::size_t limit = 20;
   bool builtin_only = false;
   bool user_only = false;
-  bool full = false;
 };
 
 const Words<By> by_words = {
@@ -129,7 +128,7 @@ void write_text(const Result& result, const Options& options, Printer& printer) 
     if (has_places) cells.push_back(shown_text(place_of(*row.group)));
     table.add(std::move(cells));
   }
-  printer.out().put(table.text(options.full ? 0 : printer.width()));
+  printer.put(table);
   if (result.left_out.empty()) return;
   ProfileRow rest;
   for (const Row& row : result.left_out) add(rest, row.sums);
@@ -230,7 +229,6 @@ VerbRun define_top(CLI::App& command) {
   command.add_option("--limit", options->limit, "Rows at most; 0 for all. (20)")->option_text("N");
   auto* builtin = command.add_flag("--builtin", options->builtin_only, "PHP's own functions only.");
   command.add_flag("--user", options->user_only, "Functions of scripts only.")->excludes(builtin);
-  command.add_flag("--full", options->full, "Do not cut lines to the terminal's width.");
   add_choice(command, "--format", options->form, form_words, "Print it so.");
   return [options](Session& session) { return run(*options, session); };
 }

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <cstdint>
 #include <functional>
 #include <span>
 #include <string_view>
@@ -20,10 +21,18 @@ enum Status : int {
   failed = 2,         // usage, unreadable input, lost output
 };
 
-// What every verb is given.
+enum class Color { automatic, always, never };
+
+// What every verb is given: the options of all verbs.
 struct Session {
+  static constexpr std::uint64_t usual_max_size = std::uint64_t{1} << 30;
+
   StandardDescriptors& standard;
   bool lists_findings = false;  // each oddity of a trace is said, not only how many there are
+  Color color = Color::automatic;
+  bool pages = true;                        // a pager shows what is printed on a terminal
+  bool full = false;                        // nothing is cut to the terminal's width
+  std::uint64_t max_size = usual_max_size;  // bytes that a trace in an archive may have
 };
 
 // Runs a verb after its options were read; returns the exit status.
@@ -41,6 +50,7 @@ struct Verb {
 std::span<const Verb> verbs();
 
 VerbRun define_calls(CLI::App& command);
+VerbRun define_response(CLI::App& command);
 VerbRun define_show(CLI::App& command);
 VerbRun define_sql(CLI::App& command);
 VerbRun define_top(CLI::App& command);

@@ -23,6 +23,12 @@ std::span<const Verb> verbs() {
            "  cttool show request.ct 42                    the number is the id that others print\n"
            "  cttool show request.ct 0                     the request itself\n",
            define_show},
+      Verb{"response", "What did the client get, and who sent it?",
+           "  cttool response request.ct                   status, headers and body\n"
+           "  cttool response request.ct --body >page.html\n"
+           "  cttool response request.ct --blame           who set and wrote what\n"
+           "  cttool response request.ct --blame '<li>'    who wrote these bytes\n",
+           define_response},
       Verb{
           "sql", "Anything else: a trace as tables of SQLite.",
           "  cttool sql request.ct .schema                the tables and their columns\n"
