@@ -24,6 +24,13 @@ inline std::int64_t elapsed_ns(const KTime::Timestamp& from, const KTime::Timest
   return elapsed;
 }
 
+// Sums of times that many nodes share may be more than a number holds: then it is the largest one.
+// Requires: no negative time.
+inline std::int64_t bounded_sum(std::int64_t a, std::int64_t b) {
+  std::int64_t sum = 0;
+  return __builtin_add_overflow(a, b, &sum) ? std::numeric_limits<std::int64_t>::max() : sum;
+}
+
 // Byte counts wrap, as their differences in a file do.
 inline std::int64_t wrapped_sum(std::int64_t a, std::int64_t b) {
   return static_cast<std::int64_t>(static_cast<std::uint64_t>(a) + static_cast<std::uint64_t>(b));

@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: MIT
+//
+// A flat table with linear probing, of which at least half is empty. A slot is eight bytes: a part
+// of the hash, and the only call so far or the place of its repeat. Records are compared where that
+// part is equal. The hash is seeded for each process, so no file can choose what collides.
+#include "ctmeasure/ct_repeats.h"
+
+#include <QHashFunctions>
+#include <algorithm>
+#include <cassert>
+#include <string_view>
+
+#include "ctmeasure/ct_elapsed.h"
+
+namespace CT {
+
+namespace {
+
+class RepeatTable {
+ public:
+  RepeatTable(const Trace& trace, const Measures& measures)
+      : trace_(trace), measures_(measures), slots_(first_size) {}
+
+  void add(NodeId id) {
+    if (2 * (used_ + 1) > slots_.size()) grow();
+    const std::uint32_t hash = hash_of(id);
+    const std::size_t mask = slots_.size() - 1;
+    std::size_t at = hash & mask;
+    while (slots_[at].is_used() && (slots_[at].hash != hash || !is_equal(slots_[at], id))) {
+      at = (at + 1) & mask;
+    }
+    Slot& slot = slots_[at];
+    if (!slot.is_used()) {
+      slot = {hash, id + 1};
+      ++used_;
+      return;
+    }
+    if (!slot.is_repeat()) slot.content = -begin_repeat(slot.first_call());
+    Repeat& repeat = found_[slot.repeat()];
+    ++repeat.calls;
+    repeat.total_ns = bounded_sum(repeat.total_ns, measures_[id].total_ns);
+  }
+
+  std::vector<Repeat> take() { return std::move(found_); }
+
+ private:
+  static constexpr std::size_t first_size = 1024;
+
+  struct Slot {
+    std::uint32_t hash = 0;
+    std::int32_t content = 0;  // a call's number + 1; less than 0: that of a repeat, so negated
+
+    [[nodiscard]] bool is_used() const { return content != 0; }
+    [[nodiscard]] bool is_repeat() const { return content < 0; }
+    [[nodiscard]] NodeId first_call() const { return content - 1; }
+    [[nodiscard]] std::size_t repeat() const { return static_cast<std::size_t>(-(content + 1)); }
+  };
+
+  std::int32_t begin_repeat(NodeId first) {
+    const Measure& call = measures_[first];
+    found_.push_back({call.function, first, 1, call.total_ns});
+    return static_cast<std::int32_t>(found_.size());
+  }
+
+  // The object and the arguments as they are stored; the kind of record says which of them come.
+  [[nodiscard]] std::string_view said_to(NodeId id) const {
+    const Checkpoint::FunctionCall call = record(id);
+    const Cursor values = call.this_values().at;
+    return {Section::as_chars(values.position()), values.left()};
+  }
+
+  [[nodiscard]] Checkpoint::FunctionCall record(NodeId id) const {
+    const auto view = CheckpointView::at(trace_.file(), trace_.begin_offset(id));
+    return Checkpoint::FunctionCall(Checkpoint::Base(view, trace_.storage().entities()));
+  }
+
+  [[nodiscard]] std::uint32_t hash_of(NodeId id) const {
+    constexpr std::uint64_t odd = 0x9E37'79B9'7F4A'7C15;  // 2^64 over the golden ratio
+    const std::string_view said = said_to(id);
+    const auto function = static_cast<std::uint64_t>(measures_[id].function);
+    const std::uint64_t hash =
+        (::qHashBits(said.data(), said.size(), seed_) ^ function * odd) * odd;
+    return static_cast<std::uint32_t>(hash >> 32);
+  }
+
+  [[nodiscard]] bool is_equal(const Slot& slot, NodeId id) const {
+    const NodeId other = slot.is_repeat() ? found_[slot.repeat()].first : slot.first_call();
+    return measures_[other].function == measures_[id].function &&
+           trace_.type(other) == trace_.type(id) && said_to(other) == said_to(id);
+  }
+
+  void grow() {
+    std::vector<Slot> old(2 * slots_.size());
+    old.swap(slots_);
+    const std::size_t mask = slots_.size() - 1;
+    for (const Slot& slot : old) {
+      if (!slot.is_used()) continue;
+      std::size_t at = slot.hash & mask;
+      while (slots_[at].is_used()) at = (at + 1) & mask;
+      slots_[at] = slot;
+    }
+  }
+
+  const Trace& trace_;
+  const Measures& measures_;
+  std::vector<Slot> slots_;  // as many as a power of two
+  std::size_t used_ = 0;
+  std::vector<Repeat> found_;
+  std::size_t seed_ = QHashSeed::globalSeed();
+};
+
+}  // namespace
+
+std::vector<Repeat> repeats(const Trace& trace, const Measures& measures) {
+  RepeatTable table(trace, measures);
+  for (NodeId id = 0; id != measures.node_count(); ++id) {
+    if (measures[id].function >= 0) table.add(id);
+  }
+  std::vector<Repeat> found = table.take();
+  std::sort(found.begin(), found.end(),
+            [](const Repeat& a, const Repeat& b) { return a.first < b.first; });
+  return found;
+}
+
+}  // namespace CT
