@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tools/cttool/ct_decompress.h"
 
-// zlib then promises not to write to its input.
 #define ZLIB_CONST
 #include <lzma.h>
 #include <zlib.h>
