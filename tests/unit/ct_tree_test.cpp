@@ -219,7 +219,7 @@ TEST(Choice, HasRoomForErrorsExceptionsAndOpenCallsThatTookNoTime) {
   text += "h: call @10+2001 fn H\nexception @10+2001 of h value null\nflush\n";
   for (int i = 21; i != 40; ++i) slow(i);
   text += "shutdown @10+5000\n";
-  EXPECT_THAT(chosen(text, 16), testing::HasSubstr("\n g 0 0\n  error 0 0\n h 0 0\n f 50 50\n"));
+  EXPECT_THAT(chosen(text, 16), testing::HasSubstr("\n g 0 0\n  error 0 0\n h 0 0\n"));
   // Three lines of twelve, of which the request is one: the exception comes before the error, which
   // would need two.
   const std::string few = chosen(text, 12);
@@ -286,7 +286,8 @@ std::string random_trace(std::mt19937& random) {
     const std::string time = " @0+" + std::to_string(i * 3 + random() % 5);
     if (random() % 5 < 2 && !open.empty()) {
       const std::size_t place = open.size() - 1 - (random() % 8 == 0 ? random() % open.size() : 0);
-      text += (random() % 6 == 0 ? "exception" : "return") + time + " of " + open[place] + "\n";
+      text += (random() % 6 == 0 ? "exception" : "return") + time + " of " + open[place] +
+              " value null\n";
       open.resize(place);
     } else if (random() % 9 == 0) {
       text += "error" + time + " 2 \"m\"\n";
