@@ -15,8 +15,8 @@ std::span<const Verb> verbs() {
            "  cttool top request.ct --under 'PDO::*'       what happened inside of these calls\n",
            define_top},
       Verb{"tree", "What called what, with times: folded, filtered, down to what matters?",
-           "  cttool tree request.ct                       what explains the time, in 200 lines\n"
-           "  cttool tree request.ct --under 'PDO::*'      what happened inside of these calls\n"
+           "  cttool tree request.ct                       what explains the time\n"
+           "  cttool tree request.ct --under 'PDO::*'      what happened in these calls\n"
            "  cttool tree request.ct --only '/curl|pdo/'   these calls, and what led to them\n"
            "  cttool tree request.ct --no-builtin --min 1%\n",
            define_tree},
