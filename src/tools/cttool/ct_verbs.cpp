@@ -17,7 +17,8 @@ std::span<const Verb> verbs() {
            "  cttool calls request.ct 'PDO::query'         each with arguments and result\n"
            "  cttool calls request.ct '*::*' --min 50ms    slow methods\n"
            "  cttool calls request.ct --threw              what threw an exception\n"
-           "  cttool calls request.ct 'str_*' --arg 1=note --count\n",
+           "  cttool calls request.ct 'str_*' --arg 1=note --count\n"
+           "  cttool calls request.ct --where 'own_memory > 1e6'\n",
            define_calls},
       Verb{"show", "Everything about one node: whole values, the way down to it, what it called.",
            "  cttool show request.ct 42                    the number is the id that others print\n"
