@@ -121,7 +121,8 @@ TEST(Body, LongBodiesComeWhole) {
   std::string whole = "x";
   for (int i = 0; i != 120; ++i) {
     std::string text;
-    while (text.size() < 1 + random() % 4000) text += parts[random() % parts.size()];
+    const std::size_t size = 1 + random() % 4000;
+    while (text.size() < size) text += parts[random() % parts.size()];
     whole += text;
     const std::size_t middle = random() % text.size();
     pieces.push_back({text.substr(0, middle)});
