@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <QByteArray>
+#include <QString>
 #include <random>
 #include <string>
 #include <vector>
@@ -130,7 +131,9 @@ TEST(Body, LongBodiesComeWhole) {
   }
   ASSERT_GT(whole.size(), 100'000U);
   EXPECT_EQ(json(pieces, true), "\"" + whole + "\"");
-  EXPECT_EQ(shown(pieces, false), whole);
+  QString seen = QString::fromStdString(whole);
+  seen.remove(QChar(QChar::ByteOrderMark));  // which nobody sees
+  EXPECT_EQ(shown(pieces, false), seen.toStdString());
   EXPECT_EQ(base64(pieces),
             "\"" + QByteArray::fromStdString(whole).toBase64().toStdString() + "\"");
 }

@@ -55,8 +55,6 @@ void put_shown(std::string_view text, Writer& out) {
     out.put(text.substr(0, static_cast<std::size_t>(odd - text.begin())));
     const auto* const next = std::find_if(odd, text.end(), is_plain);
     const std::string_view run(odd, static_cast<std::size_t>(next - odd));
-    // A text loses a mark at its begin.
-    if (run.starts_with(byte_order_mark)) out.put(byte_order_mark);
     if (!run.empty()) out.put(shown_text(run));
     text.remove_prefix(static_cast<std::size_t>(next - text.begin()));
   }
