@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <QByteArray>
+#include <QString>
 #include <random>
 #include <string>
 #include <vector>
@@ -121,7 +122,8 @@ TEST(Body, LongBodiesComeWhole) {
   std::string whole = "x";
   for (int i = 0; i != 120; ++i) {
     std::string text;
-    while (text.size() < 1 + random() % 4000) text += parts[random() % parts.size()];
+    const std::size_t size = 1 + random() % 4000;
+    while (text.size() < size) text += parts[random() % parts.size()];
     whole += text;
     const std::size_t middle = random() % text.size();
     pieces.push_back({text.substr(0, middle)});
@@ -129,7 +131,9 @@ TEST(Body, LongBodiesComeWhole) {
   }
   ASSERT_GT(whole.size(), 100'000U);
   EXPECT_EQ(json(pieces, true), "\"" + whole + "\"");
-  EXPECT_EQ(shown(pieces, false), whole);
+  QString seen = QString::fromStdString(whole);
+  seen.remove(QChar(QChar::ByteOrderMark));  // which nobody sees
+  EXPECT_EQ(shown(pieces, false), seen.toStdString());
   EXPECT_EQ(base64(pieces),
             "\"" + QByteArray::fromStdString(whole).toBase64().toStdString() + "\"");
 }

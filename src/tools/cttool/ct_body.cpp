@@ -54,9 +54,8 @@ void put_shown(std::string_view text, Writer& out) {
     const auto* const odd = std::find_if_not(text.begin(), text.end(), is_plain);
     out.put(text.substr(0, static_cast<std::size_t>(odd - text.begin())));
     const auto* const next = std::find_if(odd, text.end(), is_plain);
-    if (odd != next) {
-      out.put(shown_text({odd, static_cast<std::size_t>(next - odd)}));
-    }
+    const std::string_view run(odd, static_cast<std::size_t>(next - odd));
+    if (!run.empty()) out.put(shown_text(run));
     text.remove_prefix(static_cast<std::size_t>(next - text.begin()));
   }
 }

@@ -35,7 +35,7 @@ std::string counted(std::uint64_t count, std::string_view one, std::string_view 
 
 std::string_view word_of(const HeaderStep& step) {
   constexpr std::array<std::string_view, 7> words = {"sent",     "replaced", "deleted", "deletes",
-                                                     "too late", "damaged",  "unknown"};
+                                                     "too_late", "damaged",  "unknown"};
   return words[static_cast<std::size_t>(step.fate)];
 }
 
