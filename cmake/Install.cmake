@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
-# What `cmake --install` installs, in three components: `tool`; `library`, the shared library as
+# What `cmake --install` installs, in four components: `tool`, the reader; `companion`, cttool
+# with what belongs to it; `library`, the shared library as
 # programs load it; `development`, all that building a program takes.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -11,6 +12,7 @@ set_target_properties(codetrace PROPERTIES EXPORT_NAME codetrace_static)
 set_target_properties(codetrace_shared PROPERTIES EXPORT_NAME codetrace)
 if(TARGET codetrace_exe)
   install(TARGETS codetrace_exe RUNTIME COMPONENT tool)
+  install(TARGETS cttool RUNTIME COMPONENT companion)
 endif()
 install(TARGETS codetrace codetrace_shared EXPORT CodeTraceTargets
   ARCHIVE COMPONENT development

@@ -1,5 +1,8 @@
 # SPDX-License-Identifier: MIT
-# The schema of the JSON document, for programs that read it.
+# The schemas of the JSON documents, for programs that read them.
 include(GNUInstallDirs)
+file(GLOB companion_schemas CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/share/cttool-*.schema.json")
+install(FILES ${companion_schemas}
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/codetrace" COMPONENT companion)
 install(FILES "${PROJECT_SOURCE_DIR}/share/codetrace.schema.json"
         DESTINATION "${CMAKE_INSTALL_DATADIR}/codetrace" COMPONENT tool)

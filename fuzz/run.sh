@@ -19,6 +19,7 @@ work=build/fuzz-corpus/$target findings=build/fuzz-findings/$target
 dictionary=fuzz/trace.dict largest=4096
 case $target in
   file) largest=65536 ;;
+  pattern) largest=256 ;;
   cmdline) dictionary=fuzz/cmdline.dict ;;
 esac
 mkdir -p -- "$work" "$findings" "fuzz/corpus/$target"

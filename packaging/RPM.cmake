@@ -29,6 +29,7 @@ set(CPACK_RPM_SPEC_MORE_DEFINE "%define _buildhost reproducible
 %define _build_id_links none")
 
 set(CPACK_RPM_TOOL_PACKAGE_NAME codetrace)
+set(CPACK_RPM_COMPANION_PACKAGE_NAME codetrace-tools)
 set(CPACK_RPM_LIBRARY_PACKAGE_NAME ${library_package})
 set(CPACK_RPM_DEVELOPMENT_PACKAGE_NAME libcodetrace-devel)
 set(CPACK_RPM_DEVELOPMENT_PACKAGE_REQUIRES

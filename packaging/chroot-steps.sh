@@ -34,6 +34,14 @@ codetrace -J -o document.json /try/notes.ct
 rm -- text document.json
 cd /try
 
+step "apt installs the companion"
+install ./codetrace-tools_*.deb
+dpkg -s codetrace-tools | grep -E '^(Version|Depends)'
+cttool --version
+cttool top /try/notes.ct >text
+head -n 3 text
+rm -- text
+
 step "the documentation"
 doc=/usr/share/doc/codetrace
 (cd $doc && codetrace examples/notes.ct >/dev/null && codetrace examples/words.ct >/dev/null)
@@ -43,8 +51,8 @@ for page in README.md docs/cookbook.md; do
 done
 
 step "man"
-for section in 1 5; do
-  man "$section" codetrace >page 2>&1 || die "man $section codetrace shows no page"
+for name in codetrace.1 cttool.1 codetrace.5; do
+  man "${name#*.}" "${name%.*}" >page 2>&1 || die "man shows no page $name"
   head -n 6 page
 done
 rm -- page
@@ -71,7 +79,7 @@ for way in cmake pkg-config; do
 done
 
 step "apt removes all"
-packages=(codetrace libcodetrace3 libcodetrace-dev)
+packages=(codetrace codetrace-tools libcodetrace3 libcodetrace-dev)
 dpkg -L "${packages[@]}" | grep -E '[^/]$' | sort -u >files
 apt-get -qq purge -y "${packages[@]}" >/dev/null
 left=$(names_left)

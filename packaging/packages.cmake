@@ -17,7 +17,7 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/prepare.cmake)
 
-set(CPACK_COMPONENTS_ALL tool library development)
+set(CPACK_COMPONENTS_ALL tool companion library development)
 set(library_package libcodetrace${PROJECT_VERSION_MAJOR})
 set(about "A Code Trace file is the binary dump that a tracing extension inside PHP writes
 for one request: calls with arguments and results, includes, output, headers,
@@ -26,6 +26,12 @@ set(tool_summary "reader of PHP request traces")
 set(tool_text "${about}
 This tool prints such a file as an indented tree, as JSON, checkpoint by
 checkpoint or as hex.")
+# A package of its own: it takes SQLite and three decompressors, which the reader does not need.
+set(companion_summary "questions to PHP request traces")
+set(companion_text "${about}
+This tool answers questions about such a file: where the time went, which
+calls match, what the client got, what went wrong; in SQL too, for which there
+is an extension for other programs that use SQLite.")
 set(library_summary "library that reads PHP request traces")
 set(library_text "${about}
 This is the library for programs that read such files.")

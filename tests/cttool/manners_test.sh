@@ -28,7 +28,7 @@ expect 0 "Usage: cttool VERB" "$cttool"
 expect 0 "Usage: cttool VERB" "$cttool" --help
 expect 0 "Usage: cttool VERB" "$cttool" help
 expect 0 "cttool 3." "$cttool" --version
-for verb in top calls show; do
+for verb in top tree calls show; do
   expect 0 "Usage: cttool $verb" "$cttool" help "$verb"
   cp -- "$work/out" "$work/help"
   expect 0 "Examples:" "$cttool" "$verb" --help
@@ -39,9 +39,11 @@ for verb in top calls show; do
   fi
   expect 2 "FILE is required" "$cttool" "$verb"
   expect 2 "there is no option --nonsense" "$cttool" "$verb" "$notes" --nonsense
-  expect 2 "Failed to open" "$cttool" "$verb" "$work/missing.ct" 1
-  expect 2 "Failed to open" "$cttool" "$verb" "$work" 1
-  expect 2 "Failed to open" "$cttool" "$verb" /dev/null 1
+  operand=()
+  [[ $verb != show ]] || operand=(1)
+  for file in "$work/missing.ct" "$work" /dev/null; do
+    expect 2 "Failed to open" "$cttool" "$verb" "$file" "${operand[@]}"
+  done
 done
 expect 2 "did you mean top?" "$cttool" topp "$notes"
 expect 2 "did you mean --limit?" "$cttool" top "$notes" --limt 3
@@ -50,6 +52,12 @@ expect 2 "soon is no time" "$cttool" calls "$notes" --min soon
 expect 2 "is no regular expression" "$cttool" calls "$notes" '/(/'
 expect 2 "--by" "$cttool" top "$notes" --by size
 expect 1 "there is no node 100000000" "$cttool" show "$notes" 100000000
+expect 2 "soon is no time" "$cttool" tree "$notes" --min soon
+expect 2 "101% is no time" "$cttool" tree "$notes" --min 101%
+expect 2 "is no regular expression" "$cttool" tree "$notes" --hide '/(/'
+expect 2 "--depth" "$cttool" tree "$notes" --depth x
+expect 1 "no node is left to show" "$cttool" tree "$notes" --only nothing
+expect 1 "there is no node 100000000" "$cttool" tree "$notes" --under 100000000
 expect 1 "" "$cttool" calls "$notes" nothing
 expect 1 "nothing called nothing" "$cttool" top "$notes" --under nothing
 
@@ -59,6 +67,9 @@ cat -- "$notes" >"$work/copy"
 "$cttool" top - <"$work/copy" >"$work/by_input"
 cmp -- "$work/by_name" "$work/by_input"
 expect 0 "more; --limit 0 shows all" "$cttool" calls "$notes" --limit 2
+expect 0 "nodes have no line; --limit 0 shows all" "$cttool" tree "$notes" --limit 2
+expect 0 "nodes have no line, as --depth said" "$cttool" tree "$notes" --depth 1
+expect 0 "nodes are hidden, as --hide said" "$cttool" tree "$notes" --hide '*'
 
 # A full disk is no success, and a reader that leaves is no noise.
 status=0
@@ -72,6 +83,10 @@ status=0
   echo "noise to a reader that left: $(<"$work/err")"
   failures=$((failures + 1))
 }
+
+# A trace names any file at any line; what is not there, or is none, is no failure.
+expect 0 "(is not on this machine)" "$cttool" show "$notes" 7 --source
+expect 0 "called" "$cttool" show "$notes" 1
 
 # Damage is said once, at the end, and each of it with -v.
 head -c 36 -- "$notes" >"$work/short"

@@ -119,7 +119,10 @@ TEST_P(PlainJson, ObjectsAndResourcesAreNamed) {
 TEST_P(PlainJson, IsAsDeepAsTheData) {
   constexpr std::size_t levels = 100'000;
   const std::string deep = json(value::nest(levels, value::integer(7)));
-  EXPECT_EQ(deep, std::string(levels, '[') + "7" + std::string(levels, ']'));
+  std::string expected(levels, '[');
+  expected += '7';
+  expected.append(levels, ']');
+  EXPECT_EQ(deep, expected);
 }
 
 TEST_P(PlainJson, IsJsonWhateverTheValue) {

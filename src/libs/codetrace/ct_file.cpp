@@ -91,6 +91,12 @@ bool File::open(std::span<const std::byte> bytes) {
   return open(static_cast<const unsigned char*>(begin), bytes.size());
 }
 
+bool File::open(const Read& read) {
+  state_ = State();
+  CallerSource source(read);
+  return load(source);
+}
+
 std::int64_t File::refused(QString message) {
   fail(std::move(message));
   return -1;

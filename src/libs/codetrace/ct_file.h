@@ -73,6 +73,14 @@ class CODETRACE_EXPORT File {
   bool open(const unsigned char* bytes, std::size_t size);
   bool open(std::span<const std::byte> bytes);
 
+  // Hands out up to `size` bytes, at least one before the end: how many, 0 at the end, negative if
+  // they cannot be had.
+  using Read = std::function<std::int64_t(unsigned char* to, std::size_t size)>;
+
+  // The same for bytes that come from somewhere else, such as an archive. How many there are need
+  // not be known before.
+  bool open(const Read& read);
+
   // True only after a successful open.
   [[nodiscard]] bool is_open() const { return state_.open; }
   // Why the last open failed.

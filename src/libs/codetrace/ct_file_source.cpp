@@ -74,4 +74,11 @@ std::int64_t MemorySource::read(unsigned char* to, std::size_t size) {
   return static_cast<std::int64_t>(piece);
 }
 
+// No more than was asked for, whatever the caller says.
+std::int64_t CallerSource::read(unsigned char* to, std::size_t size) {
+  return std::min(read_(to, size), static_cast<std::int64_t>(size));
+}
+
+QString CallerSource::error() const { return qt_error_string(EIO); }
+
 }  // namespace CT

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// Where the bytes of a trace come from: a file, pipe or device that is opened by its name, or
-// memory. A disk source owns its descriptor; a memory source borrows the bytes. What cannot be
-// opened or read is told by the result, with the system's words in error().
+// Where the bytes of a trace come from: a file, pipe or device that is opened by its name, memory,
+// or a function of the caller. A disk source owns its descriptor; a memory source borrows the
+// bytes. What cannot be opened or read is told by the result, with the system's words in error().
 //
 // Inside the library only: programs see CT::File.
 #pragma once
@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <optional>
 
 namespace CT {
@@ -68,6 +69,20 @@ class MemorySource final : public FileSource {
   const unsigned char* bytes_;
   std::size_t size_;
   std::size_t at_ = 0;
+};
+
+// What a program hands out itself; borrows the function, which knows better what went wrong.
+class CallerSource final : public FileSource {
+ public:
+  using Read = std::function<std::int64_t(unsigned char* to, std::size_t size)>;
+  explicit CallerSource(const Read& read) : read_(read) {}
+
+  std::int64_t read(unsigned char* to, std::size_t size) override;
+  [[nodiscard]] QString error() const override;
+  [[nodiscard]] std::optional<std::uint64_t> size() const override { return std::nullopt; }
+
+ private:
+  const Read& read_;
 };
 
 }  // namespace CT

@@ -22,6 +22,7 @@ Group group_of(const Checkpoint::Function& function, GroupBy by) {
   group.is_builtin = !function.is_user();
   switch (by) {
     case GroupBy::function:
+    case GroupBy::caller:
       group.name = name_of(function);
       group.file = file;
       group.line = function.line_no();
@@ -59,7 +60,8 @@ Grouping::Grouping(const Trace& trace, const Measures& measures, GroupBy by)
 std::int32_t Grouping::of(NodeId id) {
   const std::int32_t function = measures_[id].function;
   if (function < 0) return no_group;
-  return by_ == GroupBy::line ? of_line(id) : of_function(function);
+  if (by_ == GroupBy::line) return of_line(id);
+  return by_ == GroupBy::caller ? of_caller(id) : of_function(function);
 }
 
 std::int32_t Grouping::of_function(std::int32_t function) {
@@ -67,7 +69,7 @@ std::int32_t Grouping::of_function(std::int32_t function) {
   if (known != no_group) return known;
   const auto& entry = trace_.functions()[static_cast<std::size_t>(function)];
   const Group group = group_of(entry, by_);
-  if (by_ == GroupBy::function) {
+  if (by_ == GroupBy::function || by_ == GroupBy::caller) {
     groups_.push_back(group);
     known = static_cast<std::int32_t>(groups_.size()) - 1;
   } else {
@@ -87,6 +89,20 @@ std::int32_t Grouping::named(const Group& group) {
     known.is_builtin = known.is_builtin && group.is_builtin;
   }
   return place->second;
+}
+
+std::int32_t Grouping::of_caller(NodeId id) {
+  const NodeId caller = trace_.parent(id);
+  Group group;
+  group.name = "(request)";
+  if (caller != Storage::no_node) {
+    if (measures_[caller].function >= 0) return of_function(measures_[caller].function);
+    if (const auto include = trace_.node(caller).begin_as<Checkpoint::IncludeCall>()) {
+      group.file = utf8(include->include());
+      group.name = "include " + group.file;
+    }
+  }
+  return named(group);
 }
 
 std::int32_t Grouping::of_line(NodeId id) {

@@ -21,6 +21,7 @@ enum class GroupBy : std::uint8_t {
   folder,      // in which the function is defined; all that is built in is one group
   file,        // the same
   line,        // from which the call was made
+  caller,      // the function, include or request that made the call
 };
 
 struct Group {
@@ -43,6 +44,7 @@ class Grouping {
  private:
   [[nodiscard]] std::int32_t of_function(std::int32_t function);
   [[nodiscard]] std::int32_t of_line(NodeId id);
+  [[nodiscard]] std::int32_t of_caller(NodeId id);
   [[nodiscard]] std::int32_t named(const Group& group);
 
   const Trace& trace_;

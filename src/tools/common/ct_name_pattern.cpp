@@ -1,17 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "tools/common/ct_name_pattern.h"
 
-#include <QString>
 #include <algorithm>
 #include <iterator>
 
 namespace CT::Tool {
 
 namespace {
-
-QString as_qstring(std::string_view text) {
-  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 // PHP folds the letters of ASCII alone.
 char folded(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
@@ -49,19 +44,15 @@ bool glob_matches(std::string_view glob, std::string_view name) {
 }  // namespace
 
 NamePattern::NamePattern(std::string_view text) {
-  is_expression_ = text.size() >= 2 && text.front() == '/' && text.back() == '/';
-  if (!is_expression_) {
+  if (Expression::is_one(text)) {
+    expression_.emplace(text, Expression::Case::ignored);
+  } else {
     std::transform(text.begin(), text.end(), std::back_inserter(glob_), folded);
-    return;
   }
-  expression_.setPattern(as_qstring(text.substr(1, text.size() - 2)));
-  expression_.setPatternOptions(QRegularExpression::CaseInsensitiveOption);
-  if (!expression_.isValid()) error_ = expression_.errorString().toStdString();
 }
 
 bool NamePattern::matches(std::string_view name) const {
-  if (!is_expression_) return glob_matches(glob_, name);
-  return is_valid() && expression_.match(as_qstring(name)).hasMatch();
+  return expression_ ? expression_->matches(name) : glob_matches(glob_, name);
 }
 
 }  // namespace CT::Tool

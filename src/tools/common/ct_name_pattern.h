@@ -8,9 +8,11 @@
 // `*` stands for any text and `?` for any character. Capitals do not matter, as in PHP.
 #pragma once
 
-#include <QRegularExpression>
+#include <optional>
 #include <string>
 #include <string_view>
+
+#include "tools/common/ct_expression.h"
 
 namespace CT::Tool {
 
@@ -22,18 +24,16 @@ class NamePattern {
   // it matches nothing.
   explicit NamePattern(std::string_view text);
 
-  [[nodiscard]] bool is_valid() const { return error_.empty(); }
-  // Why not; UTF-8.
-  [[nodiscard]] const std::string& error() const { return error_; }
+  [[nodiscard]] bool is_valid() const { return !expression_ || expression_->error().empty(); }
+  // Why not; UTF-8, empty for a valid one.
+  [[nodiscard]] std::string error() const { return expression_ ? expression_->error() : ""; }
 
   // `name` is "Class::method" or the name of a plain function.
   [[nodiscard]] bool matches(std::string_view name) const;
 
  private:
   std::string glob_;  // in small letters
-  QRegularExpression expression_;
-  bool is_expression_ = false;
-  std::string error_;
+  std::optional<Expression> expression_;
 };
 
 }  // namespace CT::Tool

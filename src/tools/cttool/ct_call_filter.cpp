@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tools/cttool/ct_call_filter.h"
 
-#include <QString>
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
@@ -11,10 +10,6 @@
 namespace CT::Tool {
 
 namespace {
-
-QString as_qstring(std::string_view text) {
-  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 bool say(const std::string& what, const std::string& why) {
   std::fprintf(stderr, "%s %s\n", what.c_str(), why.c_str());
@@ -28,18 +23,15 @@ bool is_good(const std::string& text, const std::string& error) {
 }  // namespace
 
 TextCondition::TextCondition(const std::string& text) {
-  is_expression_ = text.size() >= 2 && text.front() == '/' && text.back() == '/';
-  if (!is_expression_) {
+  if (Expression::is_one(text)) {
+    expression_.emplace(text, Expression::Case::matters);
+  } else {
     piece_ = text;
-    return;
   }
-  expression_.setPattern(as_qstring(std::string_view(text).substr(1, text.size() - 2)));
-  if (!expression_.isValid()) error_ = expression_.errorString().toStdString();
 }
 
 bool TextCondition::holds(std::string_view text) const {
-  if (!is_expression_) return text.find(piece_) != std::string_view::npos;
-  return expression_.match(as_qstring(text)).hasMatch();
+  return expression_ ? expression_->matches(text) : text.find(piece_) != std::string_view::npos;
 }
 
 bool CallFilter::set(const CallConditions& conditions) {

@@ -3,7 +3,6 @@
 // Which calls the user asks for, by what they were given, gave back and took.
 #pragma once
 
-#include <QRegularExpression>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,6 +11,7 @@
 #include "codetrace/ct_trace.h"
 #include "codetrace/render/ct_value_text.h"
 #include "ctmeasure/ct_measures.h"
+#include "tools/common/ct_expression.h"
 #include "tools/common/ct_name_pattern.h"
 #include "tools/cttool/ct_names.h"
 
@@ -22,14 +22,12 @@ class TextCondition {
  public:
   explicit TextCondition(const std::string& text);
   // Why it is none; empty for a good one.
-  [[nodiscard]] const std::string& error() const { return error_; }
+  [[nodiscard]] std::string error() const { return expression_ ? expression_->error() : ""; }
   [[nodiscard]] bool holds(std::string_view text) const;
 
  private:
   std::string piece_;
-  QRegularExpression expression_;
-  bool is_expression_ = false;
-  std::string error_;
+  std::optional<Expression> expression_;
 };
 
 // As the command line has them.

@@ -2,7 +2,6 @@
 #include "tools/cttool/ct_call_line.h"
 
 #include <algorithm>
-#include <array>
 
 #include "ctmeasure/ct_grouping.h"
 #include "tools/cttool/ct_text_table.h"
@@ -10,23 +9,6 @@
 namespace CT::Tool {
 
 using Form = Checkpoint::ValueTextWriter::Form;
-
-std::string_view kind_of(Node::Type type) {
-  constexpr std::array<std::string_view, 12> kinds = {"request", "call",  "call",   "include",
-                                                      "write",   "flush", "header", "send_headers",
-                                                      "exit",    "error", "none",   "event"};
-  static_assert(kinds.size() == Node::node_infos.size());
-  return kinds[static_cast<std::size_t>(type)];
-}
-
-std::string_view outcome_of(const Node::Base& node) {
-  if (!node.is_span()) return "";
-  if (node.end() == nullptr) return "open";
-  const Checkpoint::Type end = node.end()->type();
-  return end == Checkpoint::Type::FUNCTION_EXCEPTION || end == Checkpoint::Type::INCLUDE_EXCEPTION
-             ? "threw"
-             : "ended";
-}
 
 std::string NodeLines::label(NodeId id) {
   const std::int32_t function = measures_[id].function;

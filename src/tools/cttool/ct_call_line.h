@@ -9,6 +9,7 @@
 #include "codetrace/ct_trace.h"
 #include "codetrace/render/ct_value_text.h"
 #include "ctmeasure/ct_measures.h"
+#include "ctmeasure/ct_node_words.h"
 
 namespace CT::Tool {
 
@@ -33,12 +34,5 @@ class NodeLines {
   Checkpoint::ValueTextWriter writer_;
   MemoryWriter text_;
 };
-
-// The kind of a node in words of users: request, call, include, write, flush, header, send_headers,
-// exit, error, event.
-std::string_view kind_of(Node::Type type);
-
-// What became of a node: "ended", "threw" or "open"; empty for a point.
-std::string_view outcome_of(const Node::Base& node);
 
 }  // namespace CT::Tool

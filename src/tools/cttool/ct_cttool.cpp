@@ -70,8 +70,11 @@ struct CommandLine {
   }
 };
 
+// Not with app.help(), which would print that of the verb on the command line.
 int print_help(const CLI::App& app) {
-  std::fputs(app.help().c_str(), stdout);
+  const std::string text =
+      app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal);
+  std::fputs(text.c_str(), stdout);
   return end_of_printing(0) == 0 ? 0 : failed;
 }
 

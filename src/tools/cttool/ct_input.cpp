@@ -3,9 +3,13 @@
 
 #include <QString>
 #include <cstdio>
+#include <utility>
 
 #include "codetrace/render/ct_document.h"
 #include "tools/common/ct_failure.h"
+#include "tools/common/ct_progress.h"
+#include "tools/cttool/ct_format.h"
+#include "tools/cttool/ct_text_table.h"
 
 namespace CT::Tool {
 
@@ -25,15 +29,73 @@ class Lister final : public FindingSink {
 
 bool Input::open(const std::string& name) {
   name_ = name;
-  Lister lister;
-  if (trace_.open(name == "-" ? "/dev/stdin" : name, session_.lists_findings ? &lister : nullptr)) {
+  File file(QString::fromStdString(name));
+  if (open(file)) {
+    read(std::move(file));
     return true;
   }
-  fail(open_failed, QString::fromStdString(name), QString::fromStdString(trace_.error_message()));
+  fail(open_failed, QString::fromStdString(name), QString::fromStdString(failure_));
   return false;
 }
 
+bool Input::open(File& file) {
+  ByteInput bytes;
+  bool is_open = false;
+  const bool is_ours = bytes.open(name_);
+  const Archive kind = is_ours ? archive_of(bytes.first(archive_mark_size)) : Archive::none;
+  if (kind != Archive::none) return unpack(file, bytes, kind);
+  if (!is_ours || bytes.is_named_file()) {
+    is_open = file.open();
+  } else {
+    is_open =
+        file.open([&bytes](unsigned char* to, std::size_t size) { return bytes.read(to, size); });
+  }
+  failure_ = file.error_message().toStdString();
+  if (bytes.error() != 0) failure_ = qt_error_string(bytes.error()).toStdString();
+  return is_open;
+}
+
+bool Input::unpack(File& file, ByteInput& bytes, Archive kind) {
+  const auto unpacker = Decompressor::make(
+      kind, [&bytes](unsigned char* to, std::size_t size) { return bytes.read(to, size); },
+      session_.max_size);
+  const bool is_open = file.open(
+      [&unpacker](unsigned char* to, std::size_t size) { return unpacker->read(to, size); });
+  archive_damage_ = unpacker->error();
+  failure_ = file.error_message().toStdString();
+  if (unpacker->is_too_large()) {
+    failure_ = "what is in the archive is larger than ";
+    failure_ += as_bytes(static_cast<std::int64_t>(session_.max_size));
+    failure_ += "; --max-size 8G allows more";
+  } else if (bytes.error() != 0) {
+    failure_ = qt_error_string(bytes.error()).toStdString();
+  } else if (!archive_damage_.empty()) {
+    failure_ = "the archive is damaged, " + archive_damage_ + ": " + failure_;
+  }
+  return is_open;
+}
+
+// A walk that somebody watches takes a little longer.
+void Input::read(File file) {
+  constexpr std::uint64_t now_and_then = 1024;
+  Lister lister;
+  FindingSink* const sink = session_.lists_findings ? &lister : nullptr;
+  constexpr int no_output = -1;
+  Progress progress(no_output);
+  if (!progress.is_wanted()) return trace_.read(std::move(file), sink);
+  const std::uint64_t size = file.data().size();
+  std::uint64_t count = 0;
+  trace_.read(std::move(file), sink, [&](const Checkpoint::Base& record) {
+    if (count++ % now_and_then == 0) progress.show("reading", record.offset(), size);
+    return true;
+  });
+}
+
 void Input::say_damage() const {
+  if (!archive_damage_.empty()) {
+    std::fprintf(stderr, "%s: the archive is damaged, %s; the trace in it is all there\n",
+                 shown_text(name_).c_str(), archive_damage_.c_str());
+  }
   const Summary& found = trace_.summary();
   if (found.is_clean() || session_.lists_findings) return;
   const std::uint64_t places =

@@ -11,7 +11,11 @@
 #include "tools/cttool/ct_names.h"
 #include "tools/cttool/ct_node_json.h"
 #include "tools/cttool/ct_printer.h"
+#include "tools/cttool/ct_source.h"
 #include "tools/cttool/ct_text_table.h"
+#include "tools/cttool/ct_tree_json.h"
+#include "tools/cttool/ct_tree_text.h"
+#include "tools/cttool/ct_tree_walk.h"
 #include "tools/cttool/ct_verb.h"
 
 namespace CT::Tool {
@@ -25,37 +29,19 @@ struct Options {
   std::string file;
   std::string id;
   Form form = Form::text;
+  bool source = false;
 };
-
-// Children of one name that follow each other.
-struct Fold {
-  NodeId first;
-  std::string label;
-  std::int64_t count = 0;
-  std::int64_t total_ns = 0;
-};
-
-std::vector<Fold> folded_children(const Trace& trace, const Measures& measures, NodeLines& lines,
-                                  NodeId id) {
-  std::vector<Fold> folds;
-  if (trace.last(id) == id) return folds;
-  for (NodeId child = id + 1; child != Storage::no_node; child = trace.next_sibling(child)) {
-    const std::string label = lines.label(child);
-    if (folds.empty() || folds.back().label != label) folds.push_back({child, label});
-    ++folds.back().count;
-    folds.back().total_ns += measures[child].total_ns;
-  }
-  return folds;
-}
 
 class NodePage {
  public:
-  NodePage(const Trace& trace, const Measures& measures, NodeId id, Printer& printer)
+  NodePage(const Trace& trace, const Measures& measures, NodeId id, bool has_source,
+           Printer& printer)
       : printer_(printer),
         trace_(trace),
         measures_(measures),
         id_(id),
         node_(trace.node(id)),
+        source_(trace, has_source),
         out_(printer.out()),
         lines_(trace, measures),
         nodes_(trace, measures) {}
@@ -68,8 +54,18 @@ class NodePage {
   void write_values();
   void write_fields();
   void write_way();
+  template <class Sink>
+  void walk_children(Sink& sink, Folder& folder) {
+    Tool::walk_children(
+        folder, {id_, id_, 1}, [](const Fold&, std::uint32_t depth) { return depth == 1; }, sink);
+  }
   void write_children();
 
+  // Null for what is no call.
+  [[nodiscard]] const Checkpoint::Function* function() const {
+    const std::int32_t place = measures_[id_].function;
+    return place >= 0 ? &trace_.functions()[static_cast<std::size_t>(place)] : nullptr;
+  }
   void put_line(std::string_view name, std::string_view text) {
     constexpr std::size_t width = 14;
     out_.put(name);
@@ -89,12 +85,14 @@ class NodePage {
     put_indented(text.view());
   }
   void put_indented(std::string_view text);
+  void put_source(const std::optional<SourceLine>& line);
 
   Printer& printer_;
   const Trace& trace_;
   const Measures& measures_;
   NodeId id_;
   Node::Base node_;
+  NodeSource source_;
   Writer& out_;
   NodeLines lines_;
   NodeJson nodes_;
@@ -126,12 +124,20 @@ void NodePage::write_figures() {
     put_line("memory delta",
              as_bytes(measure.memory_delta) + ", own " + as_bytes(measure.own_memory));
   }
-  if (const std::string place = lines_.place(id_); !place.empty()) put_line("made at", place);
+  if (const std::string place = lines_.place(id_); !place.empty()) {
+    put_line("made at", place);
+    put_source(source_.of_call(node_.begin()));
+  }
   if (measure.function < 0) return;
-  const auto& function = trace_.functions()[static_cast<std::size_t>(measure.function)];
-  put_line("defined in", function.is_user() ? shown_text(function.filename().view()) + ":" +
-                                                  std::to_string(function.line_no())
-                                            : "PHP itself");
+  const Checkpoint::Function& called = *function();
+  put_line("defined in", called.is_user() ? shown_text(called.filename().view()) + ":" +
+                                                std::to_string(called.line_no())
+                                          : "PHP itself");
+  if (called.is_user()) put_source(source_.of_definition(called));
+}
+
+void NodePage::put_source(const std::optional<SourceLine>& line) {
+  if (line) put_line("", line->words());
 }
 
 void NodePage::write_values() {
@@ -184,17 +190,14 @@ void NodePage::write_way() {
 }
 
 void NodePage::write_children() {
-  const auto folds = folded_children(trace_, measures_, lines_, id_);
-  if (folds.empty()) return;
+  if (trace_.last(id_) == id_) return;
   out_.put("\ncalled\n");
-  TextTable table({{"id", TextTable::Align::right},
-                   {"total ms", TextTable::Align::right},
-                   {"", TextTable::Align::left}});
-  for (const Fold& fold : folds) {
-    const std::string times = fold.count > 1 ? " \xC3\x97 " + as_count(fold.count) : "";
-    table.add({std::to_string(fold.first), as_ms(fold.total_ns), fold.label + times});
-  }
-  printer_.put(table);
+  NodeSet all(trace_.node_count(), true);
+  all.number();
+  Folder folder(trace_, measures_, all, FoldBy::runs);
+  TreeText text(trace_, measures_, folder, out_, ValueForm::brief, 0);
+  text.put_title();
+  walk_children(text, folder);
 }
 
 void NodePage::write_json(const std::string& file) {
@@ -215,20 +218,13 @@ void NodePage::write_json(const std::string& file) {
   json.end_array();
   json.key("children");
   json.begin_array();
-  for (const Fold& fold : folded_children(trace_, measures_, lines_, id_)) {
-    json.element();
-    json.begin_object();
-    json.key("first");
-    json.number(std::int64_t{fold.first});
-    json.key("name");
-    json.text(fold.label);
-    json.key("count");
-    json.number(fold.count);
-    json.key("total_ns");
-    json.number(fold.total_ns);
-    json.end_object();
-  }
+  NodeSet all(trace_.node_count(), true);
+  all.number();
+  Folder folder(trace_, measures_, all, FoldBy::runs);
+  TreeJson folds(trace_, measures_, folder, json, ValueForm::brief);
+  walk_children(folds, folder);
   json.end_array();
+  source_.write(node_.begin(), function(), json);
   json.end_object();
   out_.put('\n');
 }
@@ -240,7 +236,7 @@ int run(const Options& options, Session& session) {
   if (id == Storage::no_node) return nothing_found;
   const Measures measures(input.trace());
   Printer printer(session);
-  NodePage page(input.trace(), measures, id, printer);
+  NodePage page(input.trace(), measures, id, options.source, printer);
   options.form == Form::json ? page.write_json(options.file) : page.write_text();
   const int status = printer.finish(done);
   input.say_damage();
@@ -253,6 +249,8 @@ VerbRun define_show(CLI::App& command) {
   auto options = std::make_shared<Options>();
   add_file(command, options->file);
   command.add_option("ID", options->id, "The node's number.")->required();
+  command.add_flag("--source", options->source,
+                   "With its source lines, if they are on this machine.");
   add_choice(command, "--format", options->form, form_words, "Print it so.");
   return [options](Session& session) { return run(*options, session); };
 }

@@ -46,6 +46,8 @@ std::size_t shown_width(std::string_view text) {
 }
 
 std::string shown_text(std::string_view stored) {
+  const auto is_plain = [](char c) { return c >= ' ' && c <= '~'; };
+  if (std::all_of(stored.begin(), stored.end(), is_plain)) return std::string(stored);
   QString shown;
   for (const char32_t c :
        QString::fromUtf8(stored.data(), static_cast<qsizetype>(stored.size())).toUcs4()) {

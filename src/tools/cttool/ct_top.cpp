@@ -6,6 +6,7 @@
 
 #include "codetrace/render/ct_json.h"
 #include "codetrace/render/ct_number.h"
+#include "ctmeasure/ct_elapsed.h"
 #include "ctmeasure/ct_grouping.h"
 #include "ctmeasure/ct_profile.h"
 #include "tools/cttool/ct_choice.h"
@@ -30,6 +31,8 @@ struct Options {
   GroupBy of = GroupBy::function;
   Form form = Form::text;
   std::string under;
+  std::string callers;  // pattern; empty: all calls count
+  std::string callees;  // the same
   std::size_t limit = 20;
   bool builtin_only = false;
   bool user_only = false;
@@ -39,7 +42,8 @@ const Words<By> by_words = {
     {"own", By::own}, {"total", By::total}, {"calls", By::calls}, {"memory", By::memory}};
 const Words<GroupBy> of_words = {
     {"function", GroupBy::function}, {"class", GroupBy::class_}, {"namespace", GroupBy::namespace_},
-    {"folder", GroupBy::folder},     {"file", GroupBy::file},    {"line", GroupBy::line}};
+    {"folder", GroupBy::folder},     {"file", GroupBy::file},    {"line", GroupBy::line},
+    {"caller", GroupBy::caller}};
 const Words<Form> form_words = {{"text", Form::text}, {"json", Form::json}, {"csv", Form::csv}};
 
 struct Row {
@@ -63,11 +67,12 @@ std::int64_t measure_of(const ProfileRow& sums, By by) {
   return 0;
 }
 
+// Requires: both are of parts of the tree that lie apart, so that times cannot overflow.
 void add(ProfileRow& sums, const ProfileRow& more) {
   sums.calls += more.calls;
   sums.own_ns += more.own_ns;
   sums.total_ns += more.total_ns;
-  sums.own_memory += more.own_memory;
+  sums.own_memory = wrapped_sum(sums.own_memory, more.own_memory);
 }
 
 // Greatest first; those that are alike by name, so that every run prints the same.
@@ -79,14 +84,39 @@ void sort(std::vector<Row>& rows, By by) {
   });
 }
 
+// Which calls count.
+class Counted {
+ public:
+  Counted(const Options& options, const Trace& trace, const Measures& measures)
+      : options_(options), trace_(trace), measures_(measures) {}
+
+  // False, after it was said why, if a pattern is none.
+  [[nodiscard]] bool find() {
+    return callees_.find(trace_, {options_.callers}) && callers_.find(trace_, {options_.callees});
+  }
+
+  [[nodiscard]] bool has(NodeId id) const {
+    const std::int32_t function = measures_[id].function;
+    if (function < 0) return false;
+    const bool is_user = trace_.functions()[static_cast<std::size_t>(function)].is_user();
+    if (is_user ? options_.builtin_only : options_.user_only) return false;
+    if (!options_.callers.empty() && !callees_.has(function)) return false;
+    const NodeId caller = trace_.parent(id);
+    return options_.callees.empty() ||
+           (caller != Storage::no_node && callers_.has(measures_[caller].function));
+  }
+
+ private:
+  const Options& options_;
+  const Trace& trace_;
+  const Measures& measures_;
+  NamedFunctions callees_;
+  NamedFunctions callers_;
+};
+
 Result profile_of(const Options& options, const Trace& trace, const Measures& measures,
-                  const Scope& scope, Grouping& grouping) {
-  const auto group = [&](NodeId id) {
-    const std::int32_t function = measures[id].function;
-    if (function < 0) return no_group;
-    const bool is_user = trace.functions()[static_cast<std::size_t>(function)].is_user();
-    return (is_user ? options.builtin_only : options.user_only) ? no_group : grouping.of(id);
-  };
+                  const Scope& scope, const Counted& counted, Grouping& grouping) {
+  const auto group = [&](NodeId id) { return counted.has(id) ? grouping.of(id) : no_group; };
   Result result;
   std::vector<ProfileRow> sums;
   for (const Scope::Range& range : scope.ranges()) {
@@ -113,7 +143,8 @@ std::string place_of(const Group& group) {
 
 void write_text(const Result& result, const Options& options, Printer& printer) {
   using Align = TextTable::Align;
-  const bool has_places = options.of == GroupBy::function || options.of == GroupBy::class_;
+  const bool has_places = options.of == GroupBy::function || options.of == GroupBy::class_ ||
+                          options.of == GroupBy::caller;
   std::vector<TextTable::Column> columns = {
       {"own ms", Align::right},   {"own %", Align::right},
       {"total ms", Align::right}, {"calls", Align::right},
@@ -131,7 +162,10 @@ void write_text(const Result& result, const Options& options, Printer& printer) 
   printer.put(table);
   if (result.left_out.empty()) return;
   ProfileRow rest;
-  for (const Row& row : result.left_out) add(rest, row.sums);
+  for (const Row& row : result.left_out) {
+    rest.own_ns += row.sums.own_ns;
+    rest.calls += row.sums.calls;
+  }
   printer.out().put("\n\xE2\x80\xA6 " +
                     as_count(static_cast<std::int64_t>(result.left_out.size())) +
                     " more: " + as_ms(rest.own_ns) + " ms own, " + as_count(rest.calls) +
@@ -204,8 +238,10 @@ int run(const Options& options, Session& session) {
   const Measures measures(input.trace());
   Scope scope;
   if (!scope.find(input.trace(), measures, options.under)) return nothing_found;
+  Counted counted(options, input.trace(), measures);
+  if (!counted.find()) return failed;
   Grouping grouping(input.trace(), measures, options.of);
-  const Result result = profile_of(options, input.trace(), measures, scope, grouping);
+  const Result result = profile_of(options, input.trace(), measures, scope, counted, grouping);
   Printer printer(session);
   switch (options.form) {
     case Form::text: write_text(result, options, printer); break;
@@ -224,6 +260,19 @@ VerbRun define_top(CLI::App& command) {
   add_file(command, options->file);
   add_choice(command, "--by", options->by, by_words, "Sort by this.");
   add_choice(command, "--of", options->of, of_words, "A row for each of these.");
+  auto* callers = command
+                      .add_option_function<std::string>(
+                          "--callers",
+                          [options](const std::string& pattern) {
+                            options->callers = pattern;
+                            options->of = GroupBy::caller;
+                          },
+                          "Who called these functions: --of caller, of their calls.")
+                      ->option_text("PATTERN")
+                      ->excludes("--of");
+  command.add_option("--callees", options->callees, "What these functions called themselves.")
+      ->option_text("PATTERN")
+      ->excludes(callers);
   command.add_option("--under", options->under, "Only what lies under such calls, or a node.")
       ->option_text("PATTERN|ID");
   command.add_option("--limit", options->limit, "Rows at most; 0 for all. (20)")->option_text("N");

@@ -52,6 +52,8 @@ std::span<const Verb> verbs();
 VerbRun define_calls(CLI::App& command);
 VerbRun define_response(CLI::App& command);
 VerbRun define_show(CLI::App& command);
+VerbRun define_sql(CLI::App& command);
 VerbRun define_top(CLI::App& command);
+VerbRun define_tree(CLI::App& command);
 
 }  // namespace CT::Tool

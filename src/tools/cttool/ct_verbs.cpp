@@ -11,8 +11,15 @@ std::span<const Verb> verbs() {
            "  cttool top request.ct                        functions by their own time\n"
            "  cttool top request.ct --by total --limit 5\n"
            "  cttool top request.ct --of class --user      classes that scripts define\n"
+           "  cttool top request.ct --callers preg_match   who called it\n"
            "  cttool top request.ct --under 'PDO::*'       what happened inside of these calls\n",
            define_top},
+      Verb{"tree", "What called what, with times: folded, filtered, down to what matters?",
+           "  cttool tree request.ct                       what explains the time, in 200 lines\n"
+           "  cttool tree request.ct --under 'PDO::*'      what happened inside of these calls\n"
+           "  cttool tree request.ct --only '/curl|pdo/'   these calls, and what led to them\n"
+           "  cttool tree request.ct --no-builtin --min 1%\n",
+           define_tree},
       Verb{"calls", "Which calls match, with their arguments and results?",
            "  cttool calls request.ct 'PDO::query'         each with arguments and result\n"
            "  cttool calls request.ct '*::*' --min 50ms    slow methods\n"
@@ -29,6 +36,14 @@ std::span<const Verb> verbs() {
            "  cttool response request.ct --blame           who set and wrote what\n"
            "  cttool response request.ct --blame '<li>'    who wrote these bytes\n",
            define_response},
+      Verb{
+          "sql", "Anything else: a trace as tables of SQLite.",
+          "  cttool sql request.ct .schema                the tables and their columns\n"
+          "  cttool sql request.ct 'select name, count(*) from calls group by name order by 2 desc "
+          "limit 9'\n"
+          "  cttool sql request.ct \"select id, args ->> 0 from calls where name = 'PDO::query'\"\n"
+          "  cttool sql request.ct --format csv 'select * from functions' >functions.csv\n",
+          define_sql},
   };
   return table;
 }

@@ -174,6 +174,8 @@ void PlainJsonWriter::write_double(double value, JsonWriter& out) {
   if (std::isnan(value)) return out.word("NaN");
   if (std::isinf(value)) return out.word(value < 0 ? "-Infinity" : "Infinity");
   digits_.clear();
+  // The other outputs drop the sign of a zero.
+  if (value == 0 && std::signbit(value)) digits_.put('-');
   put_double_json(digits_, value);
   out.out().put(digits_.view());
   if (digits_.view().find_first_of(".e") == std::string_view::npos) out.out().put(".0");

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+//
+// The row that a cursor stands on, as the columns of a table see it, and the place where they put
+// their values. A row is known by a number: that of a node, a function, a class and so on.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+#include "codetrace/ct_trace.h"
+#include "codetrace/render/ct_node_text.h"
+#include "codetrace/render/ct_plain_json.h"
+#include "codetrace/render/ct_writer.h"
+#include "ctsql/ct_sqlite.h"
+#include "ctsql/ct_trace_data.h"
+
+namespace CT::Sql {
+
+class Row {
+ public:
+  // Borrows: the data.
+  explicit Row(TraceData& data) : data_(data) {}
+
+  // Stands on the row of this number from now on.
+  void place(std::int32_t number) {
+    number_ = number;
+    is_read_ = false;
+  }
+  // The next column goes there.
+  void put_into(sqlite3_context* context) { context_ = context; }
+
+  [[nodiscard]] TraceData& data() { return data_; }
+  [[nodiscard]] const Trace& trace() const { return data_.trace(); }
+  [[nodiscard]] std::int32_t number() const { return number_; }
+  // Requires, here and below: a row that is a node.
+  [[nodiscard]] const Measure& measure() const { return data_.measures()[number_]; }
+  // Decoded once a row, and not before somebody asks.
+  [[nodiscard]] const Node::Base& node() {
+    if (!is_read_) node_ = trace().node(number_);
+    is_read_ = true;
+    return node_;
+  }
+  // Of a call.
+  [[nodiscard]] const Checkpoint::Function& function() const {
+    return trace().functions()[static_cast<std::size_t>(measure().function)];
+  }
+
+  void null() { sqlite3_result_null(context_); }
+  void integer(std::int64_t value) { sqlite3_result_int64(context_, value); }
+  // What SQLite has no whole number for is the nearest real one.
+  void unsigned_integer(std::uint64_t value);
+  // Plain ASCII that lives for ever; an empty one is NULL.
+  void word(std::string_view text);
+  // UTF-8 that lives as long as the data.
+  void kept_text(std::string_view text) {
+    sqlite3_result_text64(context_, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8);
+  }
+  // What `write(Writer&)` writes, which is UTF-8.
+  template <class Write>
+  void text(const Write& write) {
+    text_.clear();
+    write(static_cast<Writer&>(text_));
+    put_text();
+  }
+  // A text of the trace, with the cut marker if it was cut; NULL if it is absent.
+  void stored_text(const Checkpoint::String& stored);
+  // The name of a function as other rows have it.
+  void function_name(std::int32_t function);
+  void class_name(std::int32_t function);
+
+  // Plain JSON: of a value, and of all values that `values` has, as an array.
+  void json(const Checkpoint::ValueRef& value);
+  void json_array(const Checkpoint::Values& values);
+
+  [[nodiscard]] Checkpoint::ValueTape& tape() { return tape_; }
+  [[nodiscard]] Node::TextRoom& text_room() { return text_room_; }
+
+ private:
+  void put_text() {
+    sqlite3_result_text64(context_, text_.view().data(), text_.size(), SQLITE_TRANSIENT,
+                          SQLITE_UTF8);
+  }
+  void put_json();
+
+  TraceData& data_;
+  sqlite3_context* context_ = nullptr;
+  std::int32_t number_ = 0;
+  bool is_read_ = false;
+  Node::Base node_;
+  MemoryWriter text_;
+  Checkpoint::PlainJsonWriter json_;
+  Checkpoint::ValueTape tape_;
+  Node::TextRoom text_room_;
+};
+
+}  // namespace CT::Sql
