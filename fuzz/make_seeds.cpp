@@ -97,6 +97,7 @@ std::size_t values_at(const CheckpointView& view) {
 
 void add_trace(Seeds& seeds, const std::string& bytes) {
   seeds.add("file", bytes);
+  seeds.add("queries", bytes);
   seeds.add_program(bytes);
   File file{QString()};
   const void* const begin = bytes.data();
@@ -166,6 +167,25 @@ void add_long_names(Seeds& seeds, ByteOrder order) {
   add_trace(seeds, trace.build());
 }
 
+void add_sql(Seeds& seeds) {
+  for (const char* query :
+       {"select * from request", "select * from nodes where id between 2 and 9",
+        "select name, count(*), sum(own_ns) from calls group by name order by 3 desc limit 5",
+        "select c.id, a.depth from calls c, ancestors(c.id) a where c.name = 'run'",
+        "select args ->> 0, plain(returned) from calls where args ->> 0 regexp '^[a-z]'",
+        "select * from functions join classes using (name); select * from repeats",
+        "with recursive t(x) as (values(1) union all select x+1 from t) select sum(x) from t",
+        "select f.name, e.value from calls f, json_each(f.args) e where f.function in (0, 1)",
+        "select distinct kind from nodes order by kind; select * from headers, sent, events",
+        "select *, sum(own_ns) over (partition by name order by id) from calls",
+        "explain query plan select * from writes where parent = 1 and id > 3", "attach 'x' as y",
+        "vacuum into 'x'", "pragma journal_mode = wal",
+        "create temp table t as select * from errors", "insert into sqlite_schema values (1)",
+        "select load_extension('x')", "update sqlite_master set sql = ''"}) {
+    seeds.add("sql", query);
+  }
+}
+
 void add_inventions(Seeds& seeds) {
   for (const ByteOrder order : {ByteOrder::little, ByteOrder::big}) add_long_names(seeds, order);
   Test::Awkward random(1);
@@ -211,6 +231,7 @@ int main(int argc, char** argv) try {
     }
   }
   add_inventions(seeds);
+  add_sql(seeds);
   return 0;
 } catch (const std::exception& error) {
   std::fprintf(stderr, "%s\n", error.what());

@@ -21,6 +21,7 @@ case $target in
   file) largest=65536 ;;
   pattern) largest=256 ;;
   cmdline) dictionary=fuzz/cmdline.dict ;;
+  sql) dictionary=fuzz/sql.dict ;;
 esac
 mkdir -p -- "$work" "$findings" "fuzz/corpus/$target"
 export UBSAN_OPTIONS=print_stacktrace=1

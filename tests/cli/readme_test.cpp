@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: MIT
 //
 // Runs the commands of README.md's console blocks and compares what they print. A command stands
-// behind "$ "; "./run" is the tool that was built for the tests.
+// behind "$ "; "./run" and "./cttool" are the tools that were built for the tests.
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cstdio>
 #include <fstream>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace CT::Test {
@@ -35,9 +37,12 @@ std::vector<Example> examples_of(const std::string& path) {
 }
 
 std::string output_of(std::string command) {
-  constexpr std::string_view tool = "./run ";
-  for (std::size_t at = 0; (at = command.find(tool, at)) != std::string::npos;) {
-    command.replace(at, tool.size(), CODETRACE_BINARY " ");
+  constexpr std::array<std::pair<std::string_view, const char*>, 2> tools = {
+      {{"./run ", CODETRACE_BINARY " "}, {"./cttool ", CODETRACE_COMPANION " "}}};
+  for (const auto& [tool, built] : tools) {
+    for (std::size_t at = 0; (at = command.find(tool, at)) != std::string::npos;) {
+      command.replace(at, tool.size(), built);
+    }
   }
   FILE* pipe = popen(("cd '" CODETRACE_ROOT "' && " + command).c_str(), "r");
   std::string output;

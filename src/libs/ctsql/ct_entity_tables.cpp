@@ -44,7 +44,7 @@ constexpr std::array function_columns = {
     Column{"file", text_type, "the script that defines it",
            [](Row& row) {
              const auto& function = function_of(row);
-             function.is_user() ? row.stored_text(function.filename()) : row.null();
+             function.is_user() ? row.stored_name(function.filename()) : row.null();
            }},
     Column{"line", integer_type, "and the line there",
            [](Row& row) {
@@ -61,7 +61,7 @@ constexpr std::array class_columns = {
            [](Row& row) { row.integer(class_of(row).is_user() ? 0 : 1); }},
     Column{"file", text_type, "the script that defines it",
            [](Row& row) {
-             class_of(row).is_user() ? row.stored_text(class_of(row).filename()) : row.null();
+             class_of(row).is_user() ? row.stored_name(class_of(row).filename()) : row.null();
            }},
     Column{
         "line", integer_type, "and the line there",

@@ -63,7 +63,7 @@ inline constexpr std::array memory_deltas = {
 
 inline constexpr std::array location = {
     Column{"file", text_type, "the script that it was made from",
-           [](Row& row) { row.stored_text(row.node().begin().filename()); }},
+           [](Row& row) { row.stored_name(row.node().begin().filename()); }},
     Column{"line", integer_type, "and the line there",
            [](Row& row) {
              const Checkpoint::Base& begin = row.node().begin();

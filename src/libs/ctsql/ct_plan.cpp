@@ -130,6 +130,22 @@ std::int64_t row_count(const Table& table, TraceData& data) {
   return 0;
 }
 
+// What EXPLAIN QUERY PLAN tells.
+const char* word_for(Access access, const Constraints& found) {
+  switch (access) {
+    case Access::all:
+      if (found.id >= 0) return "one id";
+      return found.low >= 0 || found.high >= 0 ? "range of ids" : "all rows";
+    case Access::of_parent: return "children of one parent";
+    case Access::of_function: return "calls of one function";
+    case Access::of_name: return "those of one name";
+    case Access::function_by_function: return "all calls by function";
+    case Access::name_by_name: return "all calls by name";
+    case Access::above: return "ancestors of one node";
+  }
+  return "";
+}
+
 struct Choice {
   Access access = Access::all;
   int key = -1;  // the constraint that it is about
@@ -175,6 +191,8 @@ int choose_plan(const Table& table, TraceData& data, sqlite3_index_info& info) {
   add_limit(found.low, low, above_low, SQLITE_INDEX_CONSTRAINT_GT);
   add_limit(found.high, high, below_high, SQLITE_INDEX_CONSTRAINT_LT);
   info.idxNum = plan;
+  // SQLite does not write to it.
+  info.idxStr = const_cast<char*>(word_for(choice.access, found));
   if (found.id >= 0) info.idxFlags = SQLITE_INDEX_SCAN_UNIQUE;
   const bool by_name_or_function =
       choice.access == Access::function_by_function || choice.access == Access::name_by_name;

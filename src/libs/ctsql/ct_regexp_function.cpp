@@ -19,12 +19,15 @@ QString qstring_of(sqlite3_value* value) {
 const QRegularExpression* pattern_of(sqlite3_context* context, sqlite3_value* value) {
   const auto* known = static_cast<const QRegularExpression*>(sqlite3_get_auxdata(context, 0));
   if (known != nullptr) return known;
-  auto made = std::make_unique<QRegularExpression>(qstring_of(value));
+  const QString own = qstring_of(value);
+  // First as it stands, for a message that counts from its begin.
+  auto made = std::make_unique<QRegularExpression>(own);
   if (!made->isValid()) {
     const QByteArray error = "regexp: " + made->errorString().toUtf8();
     sqlite3_result_error(context, error.constData(), -1);
     return nullptr;
   }
+  made->setPattern(QStringLiteral("(*LIMIT_MATCH=1000000)") + own);
   // May destroy it at once if memory has run out.
   sqlite3_set_auxdata(context, 0, made.release(),
                       [](void* pattern) { delete static_cast<QRegularExpression*>(pattern); });

@@ -65,6 +65,10 @@ class Row {
   }
   // A text of the trace, with the cut marker if it was cut; NULL if it is absent.
   void stored_text(const Checkpoint::String& stored);
+  // The same; NULL also if it is empty, as the name of a file is that is not known.
+  void stored_name(const Checkpoint::String& stored) {
+    stored.is_empty() ? null() : stored_text(stored);
+  }
   // The name of a function as other rows have it.
   void function_name(std::int32_t function);
   void class_name(std::int32_t function);

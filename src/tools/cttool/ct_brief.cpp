@@ -14,6 +14,7 @@ namespace {
 using Form = Checkpoint::ValueTextWriter::Form;
 
 constexpr std::size_t brief_columns = 60;
+constexpr std::size_t thrown_columns = 120;   // the names of its class and its namespaces
 constexpr std::size_t longest_character = 4;  // bytes
 
 // By the place of the level's one bit.
@@ -51,15 +52,15 @@ std::string header_words(const Checkpoint::SapiHeader& header) {
 }  // namespace
 
 // Of a text that is too long no more is looked at than may be needed.
-std::string BriefLines::shown(std::string_view text) const {
+std::string BriefLines::shown(std::string_view text, std::size_t columns) const {
   if (form_ == ValueForm::full) return shown_text(text);
-  constexpr std::size_t enough = (brief_columns + 1) * longest_character;
-  return fitted(shown_text(text.substr(0, enough)), brief_columns);
+  const std::size_t enough = (columns + 1) * longest_character;
+  return fitted(shown_text(text.substr(0, enough)), columns);
 }
 
 std::string BriefLines::quoted(const Checkpoint::String& text) const {
   std::string line = " \"";
-  line += shown(text.view());
+  line += shown(text.view(), brief_columns);
   line += text.is_cut() ? "\"\xE2\x80\xA6" : "\"";
   return line;
 }
@@ -78,7 +79,7 @@ std::string BriefLines::of_call(NodeId id, const Node::Base& node,
   writer_.write_all(arguments, text_, Form::escaped);
   std::string line = lines_.label(id);
   line += "(";
-  line += shown(text_.view());
+  line += shown(text_.view(), brief_columns);
   line += ")";
   line += result_of(node);
   return line;
@@ -96,7 +97,7 @@ std::string BriefLines::result_of(const Node::Base& node) {
   text_.clear();
   writer_.write(values, text_, Form::escaped);
   std::string words = threw ? " threw " : " returned ";
-  words += shown(text_.view());
+  words += shown(text_.view(), thrown_columns);
   return words;
 }
 

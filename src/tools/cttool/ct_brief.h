@@ -13,7 +13,7 @@ namespace CT::Tool {
 
 enum class ValueForm : std::uint8_t {
   none,   // what the node is called
-  brief,  // 60 columns of its values
+  brief,  // 60 columns of its values; of what was thrown 120
   full,   // all of them, and what a call returned
 };
 
@@ -33,7 +33,7 @@ class BriefLines {
                                     const Checkpoint::FunctionCall& call);
   [[nodiscard]] std::string of_other(NodeId id, const Node::Base& node);
   [[nodiscard]] std::string result_of(const Node::Base& node);
-  [[nodiscard]] std::string shown(std::string_view text) const;
+  [[nodiscard]] std::string shown(std::string_view text, std::size_t columns) const;
   [[nodiscard]] std::string quoted(const Checkpoint::String& text) const;
 
   const Trace& trace_;

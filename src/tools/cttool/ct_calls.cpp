@@ -13,6 +13,7 @@
 #include "tools/cttool/ct_input.h"
 #include "tools/cttool/ct_node_json.h"
 #include "tools/cttool/ct_printer.h"
+#include "tools/cttool/ct_sql_condition.h"
 #include "tools/cttool/ct_text_table.h"
 #include "tools/cttool/ct_verb.h"
 
@@ -28,6 +29,7 @@ struct Options {
   std::string file;
   CallConditions conditions;
   std::string under;
+  std::string where;
   std::size_t limit = 0;
   Form form = Form::text;
   bool path = false;
@@ -180,10 +182,11 @@ void CallPrinter::print_csv(NodeId id) {
 
 // Calls `take` with each call that matches, until it returns false.
 template <class Take>
-void for_each_call(const Scope& scope, CallFilter& filter, const Take& take) {
+void for_each_call(const Scope& scope, CallFilter& filter, const SqlCondition& where,
+                   const Take& take) {
   for (const Scope::Range& range : scope.ranges()) {
     for (NodeId id = range.first; id <= range.last; ++id) {
-      if (filter.takes(id) && !take(id)) return;
+      if (where.takes(id) && filter.takes(id) && !take(id)) return;
     }
   }
 }
@@ -194,13 +197,15 @@ int run(const Options& options, Session& session) {
   const Measures measures(input.trace());
   CallFilter filter(input.trace(), measures);
   if (!filter.set(options.conditions)) return failed;
+  SqlCondition where;
+  if (!where.find(input.trace(), measures, options.where)) return failed;
   Scope scope;
   if (!scope.find(input.trace(), measures, options.under)) return nothing_found;
   Printer printer(session);
   CallPrinter calls(options, input.trace(), measures, printer);
   std::size_t found = 0;
   std::size_t left_out = 0;
-  for_each_call(scope, filter, [&](NodeId id) {
+  for_each_call(scope, filter, where, [&](NodeId id) {
     if (options.limit != 0 && found == options.limit && !options.count) {
       ++left_out;
       return true;
@@ -256,6 +261,8 @@ VerbRun define_calls(CLI::App& command) {
       ->option_text("PATTERN|ID");
   command.add_option("--file", conditions.file, "It was made from such a file.")
       ->option_text("GLOB");
+  command.add_option("--where", options->where, "This is true of it (see cttool help sql).")
+      ->option_text("SQL");
   command.add_flag("--path", options->path, "Print the way down to each.");
   command.add_flag("--count", options->count, "Print only how many there are.");
   command.add_option("--limit", options->limit, "Calls at most; 0 for all. (0)")->option_text("N");

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/cttool/ct_decompress.h"
 
+#define ZLIB_CONST
 #include <lzma.h>
 #include <zlib.h>
 #include <zstd.h>

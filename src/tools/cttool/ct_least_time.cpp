@@ -12,7 +12,7 @@ namespace CT::Tool {
 namespace {
 
 std::optional<std::int64_t> share_of(const std::string& text, std::int64_t whole_ns) {
-  const std::string number = text.substr(0, text.find('%'));
+  const std::string number = text.substr(0, text.size() - 1);
   if (number.find_first_not_of("0123456789.") != std::string::npos) return std::nullopt;
   constexpr double hundred = 100;
   char* end = nullptr;

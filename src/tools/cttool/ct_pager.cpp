@@ -34,9 +34,15 @@ struct Pipe {
   }
 };
 
+// Ctrl-C and the like; also before the pager runs, for it may be quick.
+void set_keys(void (*handler)(int)) {
+  for (const int number : {SIGINT, SIGQUIT}) std::signal(number, handler);
+}
+
 // Behind fork(): nothing here allocates. What cannot be run is told through `failure`.
 [[noreturn]] void become(char* const* words, int input, int failure) {
   for (const int number : {SIGPIPE, SIGXFSZ}) std::signal(number, SIG_DFL);
+  set_keys(SIG_DFL);
   if (dup2(input, STDIN_FILENO) >= 0) execvp(words[0], words);
   const char mark = 0;
   static_cast<void>(!write(failure, &mark, 1));
@@ -75,8 +81,12 @@ bool Pager::start() {
   Pipe text;
   Pipe failure;
   if (!text.open() || !failure.open()) return false;
+  set_keys(SIG_IGN);
   const pid_t child = fork();
-  if (child < 0) return false;
+  if (child < 0) {
+    set_keys(SIG_DFL);
+    return false;
+  }
   if (child == 0) become(words.data(), text.ends[0], failure.ends[1]);
   failure.close_end(1);
   char mark = 0;
@@ -87,9 +97,9 @@ bool Pager::start() {
   if (failed != 0 || dup2(text.ends[1], STDOUT_FILENO) < 0) {
     text.close_end(1);
     wait_for(child);
+    set_keys(SIG_DFL);
     return false;
   }
-  for (const int number : {SIGINT, SIGQUIT}) std::signal(number, SIG_IGN);
   child_ = child;
   return true;
 }
@@ -98,7 +108,7 @@ bool Pager::finish() {
   if (!is_running()) return true;
   const int status = wait_for(child_);
   child_ = -1;
-  for (const int number : {SIGINT, SIGQUIT}) std::signal(number, SIG_DFL);
+  set_keys(SIG_DFL);
   return status != no_such_command;
 }
 

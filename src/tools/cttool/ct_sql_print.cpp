@@ -10,6 +10,7 @@
 #include "codetrace/render/ct_text.h"
 #include "ctsql/ct_table.h"
 #include "tools/cttool/ct_csv.h"
+#include "tools/cttool/ct_json_check.h"
 #include "tools/cttool/ct_text_table.h"
 
 namespace CT::Tool {
@@ -31,12 +32,13 @@ void for_each_column(sqlite3_stmt* statement, const Put& put) {
   for (int i = 0; i != sqlite3_column_count(statement); ++i) put(i);
 }
 
-bool is_json(sqlite3_stmt* statement, int column) {
+bool is_column_of_json(sqlite3_stmt* statement, int column) {
   const char* const type = sqlite3_column_decltype(statement, column);
   return type != nullptr && std::strcmp(type, Sql::json_type) == 0;
 }
 
-// A column of JSON is put as it is: its text comes from a trace's table.
+// A text of a column of JSON is put as the value that it is. Another part of a compound query may
+// have put any text there.
 void put_json(sqlite3_stmt* statement, int column, JsonWriter& json) {
   switch (sqlite3_column_type(statement, column)) {
     case SQLITE_NULL: json.null(); break;
@@ -47,8 +49,8 @@ void put_json(sqlite3_stmt* statement, int column, JsonWriter& json) {
       break;
     }
     case SQLITE_TEXT:
-      if (is_json(statement, column)) {
-        json.out().put(bytes_of(statement, column));
+      if (is_column_of_json(statement, column) && is_json(bytes_of(statement, column))) {
+        put_text(json.out(), bytes_of(statement, column));
         break;
       }
       [[fallthrough]];

@@ -234,7 +234,7 @@ VerbRun define_tree(CLI::App& command) {
   add_file(command, options->file);
   add_filters(command, *options);
   add_choice(command, "--fold", options->fold, fold_words,
-             "One line for equal siblings in a row, all, none.");
+             "Fold equal siblings in a row, all, or none.");
   add_choice(command, "--values", options->values, value_words, "How much of the arguments.");
   command
       .add_option("--limit", options->limit, "Lines. (200; 0, all, with --depth, --min or --only)")

@@ -20,8 +20,8 @@ std::span<const Verb> verbs() {
            "  cttool top request.ct --under 'PDO::*'       what happened inside of these calls\n",
            define_top},
       Verb{"tree", "What called what, with times: folded, filtered, down to what matters?",
-           "  cttool tree request.ct                       what explains the time, in 200 lines\n"
-           "  cttool tree request.ct --under 'PDO::*'      what happened inside of these calls\n"
+           "  cttool tree request.ct                       what explains the time\n"
+           "  cttool tree request.ct --under 'PDO::*'      what happened in these calls\n"
            "  cttool tree request.ct --only '/curl|pdo/'   these calls, and what led to them\n"
            "  cttool tree request.ct --no-builtin --min 1%\n",
            define_tree},
@@ -29,7 +29,8 @@ std::span<const Verb> verbs() {
            "  cttool calls request.ct 'PDO::query'         each with arguments and result\n"
            "  cttool calls request.ct '*::*' --min 50ms    slow methods\n"
            "  cttool calls request.ct --threw              what threw an exception\n"
-           "  cttool calls request.ct 'str_*' --arg 1=note --count\n",
+           "  cttool calls request.ct 'str_*' --arg 1=note --count\n"
+           "  cttool calls request.ct --where 'own_memory > 1e6'\n",
            define_calls},
       Verb{"show", "Everything about one node: whole values, the way down to it, what it called.",
            "  cttool show request.ct 42                    the number is the id that others print\n"
@@ -41,14 +42,12 @@ std::span<const Verb> verbs() {
            "  cttool response request.ct --blame           who set and wrote what\n"
            "  cttool response request.ct --blame '<li>'    who wrote these bytes\n",
            define_response},
-      Verb{
-          "sql", "Anything else: a trace as tables of SQLite.",
-          "  cttool sql request.ct .schema                the tables and their columns\n"
-          "  cttool sql request.ct 'select name, count(*) from calls group by name order by 2 desc "
-          "limit 9'\n"
-          "  cttool sql request.ct \"select id, args ->> 0 from calls where name = 'PDO::query'\"\n"
-          "  cttool sql request.ct --format csv 'select * from functions' >functions.csv\n",
-          define_sql},
+      Verb{"sql", "Anything else: a trace as tables of SQLite.",
+           "  cttool sql request.ct .schema                the tables and their columns\n"
+           "  cttool sql request.ct 'select count(*), sum(own_ns) from calls'\n"
+           "  cttool sql request.ct \"select id, args ->> 0 from calls where name = 'f'\"\n"
+           "  cttool sql request.ct --format csv 'select * from functions' >functions.csv\n",
+           define_sql},
   };
   return table;
 }
