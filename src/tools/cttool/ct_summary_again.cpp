@@ -40,13 +40,18 @@ std::vector<LikeQueries> loops_of(const SummaryFacts& facts) {
   return loops;
 }
 
-// Both kinds, those first that cost most. Equal calls inside of others that are listed, and equal
-// queries of which more are alike, are left out.
+// Both kinds, as far as they cost something, those first that cost most. Equal calls inside of
+// others that are listed, and equal queries of which more are alike, are left out.
 std::vector<Again> list_of(const SummaryFacts& facts) {
+  constexpr std::int64_t least_share = 200;  // parts of the whole
   std::vector<Again> list;
+  const auto add = [&](Again again) {
+    if (again.spare_ns() == 0 || again.spare_ns() < facts.total_ns() / least_share) return;
+    list.push_back(std::move(again));
+  };
   std::unordered_map<NodeId, std::int64_t> alike;
   for (const LikeQueries& group : loops_of(facts)) {
-    list.push_back({group.first, group.executions, group.total_ns, group.text});
+    add({group.first, group.executions, group.total_ns, group.text});
     for (const std::size_t place : group.which) {
       alike[facts.said[place].id] = group.executions;
     }
@@ -54,7 +59,7 @@ std::vector<Again> list_of(const SummaryFacts& facts) {
   for (const Repeat& repeat : repeats(facts.trace, facts.measures)) {
     const auto group = alike.find(repeat.first);
     if (group != alike.end() && group->second >= repeat.calls) continue;
-    list.push_back({repeat.first, repeat.calls, repeat.total_ns, {}});
+    add({repeat.first, repeat.calls, repeat.total_ns, {}});
   }
   std::stable_sort(list.begin(), list.end(),
                    [](const Again& a, const Again& b) { return a.spare_ns() > b.spare_ns(); });
@@ -70,11 +75,9 @@ bool lies_in_one_of(const SummaryFacts& facts, NodeId id, const std::vector<Node
 
 SectionText again_text(const SummaryFacts& facts) {
   constexpr std::size_t most_lines = 7;
-  constexpr std::int64_t least_share = 200;  // parts of the whole
   SectionText text;
   std::vector<NodeId> listed;
   for (const Again& again : list_of(facts)) {
-    if (again.spare_ns() == 0 || again.spare_ns() < facts.total_ns() / least_share) break;
     if (lies_in_one_of(facts, again.first, listed)) continue;
     if (text.lines.size() == most_lines) {
       ++text.left_out;
@@ -83,7 +86,7 @@ SectionText again_text(const SummaryFacts& facts) {
     listed.push_back(again.first);
     std::string line = ms_column(again.total_ns);
     line += right("\xC3\x97 " + as_count(again.calls), 9) + "  " + id_text(again.first) + " ";
-    line += again.text.empty() ? facts.lines.line(again.first) : shortened(again.text, 80);
+    line += again.text.empty() ? call_text(facts, again.first) : shortened(again.text, 80);
     if (again.text.empty() && has_cut_arguments(facts.trace, again.first)) {
       line = fitted(line, 66) + " (cut values)";
     }

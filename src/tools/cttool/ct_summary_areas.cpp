@@ -12,6 +12,7 @@ namespace CT::Tool {
 namespace {
 
 constexpr std::size_t user_areas = 7;
+constexpr std::int64_t least_share = 300;  // parts of the whole
 
 // All of them, most time first.
 std::vector<Area> list_of(const Areas& found) {
@@ -52,6 +53,10 @@ SectionText areas_text(const SummaryFacts& facts) {
   text.title = "Own time by area";
   for (const Area& area : list_of(found)) {
     if (area.own_ns == 0) continue;
+    if (area.own_ns < facts.total_ns() / least_share) {
+      ++text.left_out;
+      continue;
+    }
     std::string line = ms_column(area.own_ns);
     line += right(as_percent(area.own_ns, facts.total_ns()), 8);
     line += "  " + bar(area.own_ns, facts.total_ns()) + "  ";

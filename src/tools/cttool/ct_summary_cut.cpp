@@ -44,12 +44,14 @@ SectionText cut_text(const SummaryFacts& facts) {
   SectionText text;
   const auto add = [&](const Cut& cut, const std::string& what) {
     if (cut.count == 0) return;
-    text.lines.push_back("  " + as_count(cut.count) + " " + what + ", the first is " +
-                         id_text(cut.first));
+    std::string line = "  " + what;
+    line.insert(line.find(':'),
+                " (" + as_count(cut.count) + ", the first is " + id_text(cut.first) + ")");
+    text.lines.push_back(std::move(line));
   };
   add(cuts.queries, "SQL texts: those that look alike may differ");
-  add(cuts.exceptions, "messages of exceptions");
-  add(cuts.writes, "writes: not all of the output is here");
+  add(cuts.exceptions, "messages of exceptions: their ends are missing");
+  add(cuts.writes, "output: not all of it is here");
   text.title = "Cut by the tracer";
   text.more = "cttool show FILE ID";
   return text;

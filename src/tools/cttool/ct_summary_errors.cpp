@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Errors of PHP, those of one message and place together.
+#include <algorithm>
 #include <map>
 #include <tuple>
 
@@ -55,9 +56,11 @@ SectionText errors_text(const SummaryFacts& facts) {
     levels[group.number] += group.count;
     std::string line = "  " + id_text(group.first) + " " + level_of(group.number);
     if (group.count > 1) line += " \xC3\x97 " + as_count(group.count);
-    const std::string place = end_of(facts.lines.place(group.first), 34);
-    if (!place.empty()) line += " at " + place;
-    line += ": " + shortened(group.message.view(), 80);
+    constexpr std::size_t place_room = 24;
+    line += ": ";
+    const std::size_t room = page_columns - std::min(page_columns, shown_width(line) + place_room);
+    line += shortened(group.message.view(), std::max(room, place_room));
+    line = at_place(line, facts.lines.place(group.first));
     if (text.lines.size() == most_lines) {
       ++text.left_out;
     } else {

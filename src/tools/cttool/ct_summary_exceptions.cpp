@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
 // Exceptions: what they said, where they were made, which way they went.
+#include <map>
+#include <utility>
+
 #include "tools/cttool/ct_format.h"
 #include "tools/cttool/ct_summary_section.h"
 #include "tools/cttool/ct_text_table.h"
@@ -36,34 +39,60 @@ std::string way_of(const SummaryFacts& facts, const Exception::Pass& pass) {
       way += " > \xE2\x80\xA6 " + std::to_string(pass.calls.size() - most) + " more";
     }
     if (i != 0) way += " > ";
-    way += facts.lines.label(pass.calls[i]);
+    way += end_of(facts.lines.label(pass.calls[i]), 30);
   }
   return way;
 }
 
 std::string end_of_pass(const SummaryFacts& facts, const Exception::Pass& pass) {
   if (pass.is_uncaught) return "NOT CAUGHT";
-  return "caught in " + facts.lines.label(pass.caught_in) + " " + id_text(pass.caught_in);
+  return "caught in " + end_of(facts.lines.label(pass.caught_in), 30);
 }
 
-void add_lines(const SummaryFacts& facts, const Exception& exception, SectionText& text) {
-  constexpr std::size_t place_width = 34;
+// Without its id: equal ones come to one entry.
+std::pair<std::string, std::string> lines_of(const SummaryFacts& facts,
+                                             const Exception& exception) {
   constexpr std::size_t message_width = 300;
-  std::string head = "  " + id_text(exception.first_thrower()) + " " + short_class_of(exception);
-  const std::string place = end_of(facts.lines.place(origin_of(exception)), place_width);
-  if (!place.empty()) head += " at " + place;
+  constexpr std::size_t place_width = 30;
+  std::string head = short_class_of(exception);
   if (exception.message.is_present()) {
     head += ": " + shortened(exception.message.view(), message_width);
     if (exception.message.is_cut()) head += "\xE2\x80\xA6";
   }
-  text.lines.push_back(std::move(head));
   const Exception::Pass& last = exception.passes.back();
-  std::string way = "      " + end_of_pass(facts, last);
-  way += ", out of " + way_of(facts, last);
+  std::string way = "      ";
+  const std::string place = end_of(facts.lines.place(origin_of(exception)), place_width);
+  if (!place.empty()) way += "at " + place + ", ";
+  way += end_of_pass(facts, last) + ", out of " + way_of(facts, last);
   if (exception.passes.size() > 1) {
     way += ", thrown again " + std::to_string(exception.passes.size() - 1) + " times";
   }
-  text.lines.push_back(std::move(way));
+  return {std::move(head), std::move(way)};
+}
+
+struct Entry {
+  NodeId first;
+  std::int64_t count;
+  std::string head;
+  std::string way;
+};
+
+// What nobody caught explains most.
+std::vector<Entry> entries_of(const SummaryFacts& facts) {
+  std::vector<Entry> entries;
+  std::map<std::pair<std::string, std::string>, std::size_t> known;
+  for (const bool is_uncaught : {true, false}) {
+    for (const Exception& exception : facts.thrown) {
+      if (exception.is_uncaught() != is_uncaught) continue;
+      auto lines = lines_of(facts, exception);
+      const auto [place, is_new] = known.try_emplace(lines, entries.size());
+      if (is_new) {
+        entries.push_back({exception.first_thrower(), 0, lines.first, std::move(lines.second)});
+      }
+      ++entries[place->second].count;
+    }
+  }
+  return entries;
 }
 
 }  // namespace
@@ -76,17 +105,17 @@ SectionText exceptions_text(const SummaryFacts& facts) {
   for (const Exception& exception : facts.thrown) uncaught += exception.is_uncaught() ? 1 : 0;
   if (uncaught != 0) text.title += ", " + as_count(uncaught) + " not caught";
   text.more = "cttool calls FILE --threw";
-  // What nobody caught explains most.
-  for (const bool is_uncaught : {true, false}) {
-    for (const Exception& exception : facts.thrown) {
-      if (exception.is_uncaught() != is_uncaught) continue;
-      if (text.lines.size() == 2 * most_shown) {
-        ++text.left_out;
-      } else {
-        add_lines(facts, exception, text);
-      }
+  for (const Entry& entry : entries_of(facts)) {
+    if (text.lines.size() == 2 * most_shown) {
+      ++text.left_out;
+      continue;
     }
+    std::string head = "  " + id_text(entry.first) + " ";
+    if (entry.count > 1) head += "\xC3\x97 " + as_count(entry.count) + " ";
+    text.lines.push_back(head + entry.head);
+    text.lines.push_back(entry.way);
   }
+  text.lines_each = 2;
   text.least = 4;
   return text;
 }

@@ -34,10 +34,10 @@ SectionText headers_text(const SummaryFacts& facts) {
     std::string line = "  " + id_text(step.id) + " ";
     line +=
         step.line.data != nullptr ? shortened(step.line.view(), 50) : std::string("an operation");
-    text.lines.push_back(at_place(line, end_of(facts.lines.place(step.id), 36)));
+    text.lines.push_back(at_place(line, facts.lines.place(step.id)));
   }
   text.left_out = late.size() - text.lines.size();
-  text.more = "cttool response FILE --blame";
+  text.more = "cttool response FILE";
   return text;
 }
 

@@ -54,8 +54,8 @@ SectionText memory_text(const SummaryFacts& facts) {
     }
     std::string line = right((growth[i] > 0 ? "+" : "") + as_bytes(growth[i]), 13) + "  ";
     line += id_text(way[i]) + " ";
-    line += at_place(facts.lines.label(way[i]), end_of(facts.lines.place(way[i]), 36));
-    text.lines.push_back(std::move(line));
+    line += end_of(facts.lines.label(way[i]), 50);
+    text.lines.push_back(at_place(line, facts.lines.place(way[i])));
   }
   text.more = "cttool top FILE --by memory";
   return text;

@@ -43,9 +43,8 @@ SectionText open_text(const SummaryFacts& facts) {
   for (const NodeId id : way) {
     if (text.lines.size() == most_lines) break;
     std::string line = ms_column(facts.measures[id].total_ns) + " open  " + id_text(id) + " ";
-    const std::string place = facts.lines.place(id);
-    line += at_place(facts.lines.label(id), end_of(place, 36));
-    text.lines.push_back(std::move(line));
+    line += end_of(facts.lines.label(id), 50);
+    text.lines.push_back(at_place(line, facts.lines.place(id)));
   }
   text.least = 2;
   text.left_out = static_cast<std::size_t>(facts.request.open) - text.lines.size();

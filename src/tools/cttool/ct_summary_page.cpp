@@ -15,8 +15,9 @@ std::size_t height(const SectionText& section) {
   return section.lines.size() + (section.title.empty() ? 0 : 2);
 }
 
-void drop_a_line(SectionText& section) {
-  section.lines.pop_back();
+// One thing, which may have several lines.
+void drop_last(SectionText& section) {
+  section.lines.resize(section.lines.size() - section.lines_each);
   ++section.left_out;
 }
 
@@ -58,7 +59,7 @@ std::string page_of(std::vector<SectionText> sections, std::size_t lines, std::s
           return spare(a) < spare(b);
         });
     if (largest == sections.end() || largest->lines.size() <= largest->least) break;
-    drop_a_line(*largest);
+    drop_last(*largest);
   }
   std::string page;
   for (const SectionText& section : sections) {

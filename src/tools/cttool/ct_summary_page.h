@@ -13,9 +13,6 @@
 
 namespace CT::Tool {
 
-inline constexpr std::size_t page_lines = 60;
-inline constexpr std::size_t page_columns = 80;
-
 // Sections without lines are left out.
 std::string page_of(std::vector<SectionText> sections, std::size_t lines, std::size_t columns,
                     const Style& style = Style());

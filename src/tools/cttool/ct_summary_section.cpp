@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/cttool/ct_summary_section.h"
 
+#include <algorithm>
 #include <array>
 
 #include "ctmeasure/ct_grouping.h"
@@ -39,8 +40,27 @@ std::string ms_column(std::int64_t nanoseconds) {
   return right(as_ms(nanoseconds), columns) + " ms";
 }
 
-std::string at_place(const std::string& name, const std::string& place) {
-  return place.empty() ? name : name + " at " + place;
+std::string at_place(const std::string& line, const std::string& place) {
+  constexpr std::size_t least = 14;
+  constexpr std::string_view word = " at ";
+  const std::size_t used = shown_width(line) + word.size();
+  if (place.empty() || used + std::min(least, shown_width(place)) > page_columns) return line;
+  std::string text = line;
+  return text.append(word).append(end_of(place, page_columns - used));
+}
+
+std::string call_text(const SummaryFacts& facts, NodeId id) {
+  const Node::Base node = facts.trace.node(id);
+  std::string text = facts.lines.label(id);
+  const auto call = node.begin_as<Checkpoint::FunctionCall>();
+  if (!call) return text;
+  MemoryWriter arguments;
+  Checkpoint::ValueTextWriter writer;
+  auto values = call->arg_values();
+  writer.write_all(values, arguments, Checkpoint::ValueTextWriter::Form::escaped);
+  text += "(";
+  text += shortened(arguments.view(), page_columns);
+  return text += ")";
 }
 
 std::string shortened(std::string_view text, std::size_t width) {
@@ -56,6 +76,8 @@ std::string end_of(const std::string& path, std::size_t width) {
     ++at;
     while (at != path.size() && (static_cast<unsigned char>(path[at]) & 0xC0) == 0x80) ++at;
   }
+  const std::size_t part = path.find_first_of("/\\", at);
+  if (part != std::string::npos && path.size() - part >= width / 2) at = part;
   std::string end = "\xE2\x80\xA6";
   return end.append(path, at);
 }

@@ -14,11 +14,15 @@
 
 namespace CT::Tool {
 
+inline constexpr std::size_t page_lines = 60;
+inline constexpr std::size_t page_columns = 80;
+
 // As text. Lines may be of any width; they are cut.
 struct SectionText {
   std::string title;               // empty: none
   std::vector<std::string> lines;  // none: the section is left out
   std::size_t least = 1;           // lines that stay, however little room there is
+  std::size_t lines_each = 1;      // that belong together
   std::string more;                // what shows all of it, such as "cttool top FILE"
   std::size_t left_out = 0;        // things that have no line even with all the room there is
 };
@@ -65,11 +69,15 @@ std::string right(const std::string& text, std::size_t columns);
 std::string id_text(NodeId id);
 // Milliseconds, to the right of ten columns.
 std::string ms_column(std::int64_t nanoseconds);
-// "name at /file.php:12", or the name alone.
-std::string at_place(const std::string& name, const std::string& place);
+// A line with " at /file.php:12" behind it, the end of that if there is no more room on the page;
+// the line alone if there is none at all.
+std::string at_place(const std::string& line, const std::string& place);
+// A call with its arguments and without what came of it.
+std::string call_text(const SummaryFacts& facts, NodeId id);
 // A long text's beginning, for a place in a line.
 std::string shortened(std::string_view text, std::size_t width);
-// A path without its first folders, which say least: the last `width` characters.
+// The last `width` characters at most of a path or a name, of which the beginning says least; from
+// the beginning of a part of it, if one is near.
 std::string end_of(const std::string& path, std::size_t width);
 
 // Members of JSON objects.

@@ -44,10 +44,11 @@ const Query& query_of(const SummaryFacts& facts, const LikeQueries& group, NodeI
   return facts.said[group.which.front()];
 }
 
-std::string caller_of(const SummaryFacts& facts, const Query& query) {
+std::string from_caller(const SummaryFacts& facts, const Query& query) {
   const NodeId caller = facts.trace.parent(query.entered_by);
-  if (caller == Storage::no_node) return "-";
-  return at_place(facts.lines.label(caller), end_of(facts.lines.place(query.entered_by), 40));
+  std::string line = "                 from ";
+  line += caller == Storage::no_node ? "nowhere" : end_of(facts.lines.label(caller), 40);
+  return at_place(line, facts.lines.place(query.entered_by));
 }
 
 }  // namespace
@@ -68,10 +69,10 @@ SectionText sql_text(const SummaryFacts& facts) {
     line += id_text(group.slowest) + " ";
     line += group.text.empty() ? "(text not known)" : shortened(group.text, 80);
     text.lines.push_back(std::move(line));
-    text.lines.push_back("                 from " +
-                         caller_of(facts, query_of(facts, group, group.slowest)));
+    text.lines.push_back(from_caller(facts, query_of(facts, group, group.slowest)));
   }
   text.least = 2;
+  text.lines_each = 2;
   text.left_out = groups.size() - text.lines.size() / 2;
   text.more = "cttool summary FILE --format json";
   return text;

@@ -5,6 +5,7 @@
 
 #include "tools/cttool/ct_format.h"
 #include "tools/cttool/ct_summary_section.h"
+#include "tools/cttool/ct_text_table.h"
 
 namespace CT::Tool {
 
@@ -59,8 +60,8 @@ SectionText way_text(const SummaryFacts& facts) {
     if (passed != 0) line += "\xE2\x80\xA6 " + std::to_string(passed) + " > ";
     passed = 0;
     line += id_text(way[at]) + " ";
-    line += at_place(facts.lines.label(way[at]), end_of(facts.lines.place(way[at]), 30));
-    text.lines.push_back(std::move(line));
+    line += end_of(facts.lines.label(way[at]), page_columns - shown_width(line));
+    text.lines.push_back(at_place(line, facts.lines.place(way[at])));
   }
   text.title = "Slowest way down (\xE2\x80\xA6 N: calls that nearly only made the next one)";
   text.least = 3;
