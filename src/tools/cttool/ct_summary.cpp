@@ -29,10 +29,16 @@ void write_text(const SummaryFacts& facts, Printer& printer) {
   printer.out().put(page_of(std::move(texts), page_lines, page_columns, printer.style()));
 }
 
-// The document, or one of several in it.
-void write_members(const std::string& file, const SummaryFacts& facts, JsonWriter& json) {
+void write_json(const std::string& file, const SummaryFacts& facts, JsonWriter::Form form,
+                Printer& printer) {
+  JsonWriter json(printer.out(), form);
+  json.begin_object();
+  json.key("schema");
+  json.word("cttool.summary/1");
   put_text(json, "trace", file);
   for (const Section& section : sections()) section.json(facts, json);
+  json.end_object();
+  printer.out().put('\n');
 }
 
 int run_one(const Options& options, Session& session) {
@@ -43,13 +49,7 @@ int run_one(const Options& options, Session& session) {
   if (options.form == Form::text) {
     write_text(facts, printer);
   } else {
-    JsonWriter json(printer.out());
-    json.begin_object();
-    json.key("schema");
-    json.word("cttool.summary/1");
-    write_members(options.files.front(), facts, json);
-    json.end_object();
-    printer.out().put('\n');
+    write_json(options.files.front(), facts, JsonWriter::Form::indented, printer);
   }
   const int status = printer.finish(done);
   input.say_damage();
@@ -69,6 +69,7 @@ std::vector<std::string> cells_of(const std::string& file, const SummaryFacts& f
           shown_text(url.view())};
 }
 
+// A trace that cannot be read does not end the run.
 int run_many(const Options& options, Session& session) {
   using Align = TextTable::Align;
   TextTable table({{"status", Align::right},
@@ -80,15 +81,7 @@ int run_many(const Options& options, Session& session) {
                    {"trace", Align::left},
                    {"url", Align::left}});
   Printer printer(session);
-  JsonWriter json(printer.out());
   int status = done;
-  if (options.form == Form::json) {
-    json.begin_object();
-    json.key("schema");
-    json.word("cttool.summaries/1");
-    json.key("traces");
-    json.begin_array();
-  }
   for (const std::string& file : options.files) {
     Input input(session);
     if (!input.open(file)) {
@@ -99,20 +92,11 @@ int run_many(const Options& options, Session& session) {
     if (options.form == Form::text) {
       table.add(cells_of(file, facts));
     } else {
-      json.element();
-      json.begin_object();
-      write_members(file, facts, json);
-      json.end_object();
+      write_json(file, facts, JsonWriter::Form::compact, printer);
     }
     input.say_damage();
   }
-  if (options.form == Form::text) {
-    printer.put(table);
-  } else {
-    json.end_array();
-    json.end_object();
-    printer.out().put('\n');
-  }
+  if (options.form == Form::text) printer.put(table);
   return printer.finish(status);
 }
 

@@ -94,7 +94,7 @@ SectionText again_text(const SummaryFacts& facts) {
   }
   text.title = "Again and again: equal calls, and like SQL from one place (#: the first)";
   text.least = 3;
-  text.more = "cttool summary FILE --format json";
+  text.more = "cttool sql FILE 'select * from repeats'";
   return text;
 }
 

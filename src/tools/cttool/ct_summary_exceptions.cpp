@@ -29,6 +29,16 @@ NodeId origin_of(const Exception& exception) {
   return exception.made_by != Storage::no_node ? exception.made_by : exception.first_thrower();
 }
 
+// Without namespaces and folders.
+std::string short_label(const SummaryFacts& facts, NodeId id) {
+  std::string label = facts.lines.label(id);
+  constexpr std::string_view include = "include ";
+  const std::size_t kept = label.starts_with(include) ? include.size() : 0;
+  const std::size_t at = label.find_last_of("/\\");
+  if (at != std::string::npos && at + 1 > kept) label.erase(kept, at + 1 - kept);
+  return label;
+}
+
 // The calls that it went through, the first and the last ones if there are many.
 std::string way_of(const SummaryFacts& facts, const Exception::Pass& pass) {
   constexpr std::size_t most = 3;
@@ -39,21 +49,21 @@ std::string way_of(const SummaryFacts& facts, const Exception::Pass& pass) {
       way += " > \xE2\x80\xA6 " + std::to_string(pass.calls.size() - most) + " more";
     }
     if (i != 0) way += " > ";
-    way += end_of(facts.lines.label(pass.calls[i]), 30);
+    way += short_label(facts, pass.calls[i]);
   }
   return way;
 }
 
 std::string end_of_pass(const SummaryFacts& facts, const Exception::Pass& pass) {
   if (pass.is_uncaught) return "NOT CAUGHT";
-  return "caught in " + end_of(facts.lines.label(pass.caught_in), 30);
+  return "caught in " + short_label(facts, pass.caught_in);
 }
 
 // Without its id: equal ones come to one entry.
 std::pair<std::string, std::string> lines_of(const SummaryFacts& facts,
                                              const Exception& exception) {
   constexpr std::size_t message_width = 300;
-  constexpr std::size_t place_width = 30;
+  constexpr std::size_t place_width = 26;
   std::string head = short_class_of(exception);
   if (exception.message.is_present()) {
     head += ": " + shortened(exception.message.view(), message_width);

@@ -48,7 +48,7 @@ void headers_json(const SummaryFacts& facts, JsonWriter& json) {
     json.element();
     json.begin_object();
     put_id(json, "id", step.id);
-    put_text(json, "line_text", step.line);
+    put_text(json, "header", step.line);
     put_place(json, facts.trace, step.id);
     json.end_object();
   }
