@@ -28,7 +28,7 @@ expect 0 "Usage: cttool VERB" "$cttool"
 expect 0 "Usage: cttool VERB" "$cttool" --help
 expect 0 "Usage: cttool VERB" "$cttool" help
 expect 0 "cttool 3." "$cttool" --version
-for verb in top tree calls show; do
+for verb in summary top tree calls show; do
   expect 0 "Usage: cttool $verb" "$cttool" help "$verb"
   cp -- "$work/out" "$work/help"
   expect 0 "Examples:" "$cttool" "$verb" --help

@@ -14,6 +14,7 @@ from jsonschema import Draft202012Validator
 
 # A verb, and options with which it prints one document. Operands behind the trace stand first.
 DOCUMENTS = [
+    ("summary",),
     ("top", "--limit", "0"),
     ("top", "--of", "line", "--by", "memory"),
     ("top", "--of", "folder", "--user"),

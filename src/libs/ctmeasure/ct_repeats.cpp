@@ -9,7 +9,9 @@
 #include <algorithm>
 #include <cassert>
 #include <string_view>
+#include <utility>
 
+#include "codetrace/bytes/ct_plain_array.h"
 #include "ctmeasure/ct_elapsed.h"
 
 namespace CT {
@@ -18,8 +20,9 @@ namespace {
 
 class RepeatTable {
  public:
-  RepeatTable(const Trace& trace, const Measures& measures)
-      : trace_(trace), measures_(measures), slots_(first_size) {}
+  RepeatTable(const Trace& trace, const Measures& measures) : trace_(trace), measures_(measures) {
+    for (std::size_t i = 0; i != first_size; ++i) slots_.push_back({});
+  }
 
   void add(NodeId id) {
     if (2 * (used_ + 1) > slots_.size()) grow();
@@ -89,21 +92,34 @@ class RepeatTable {
            trace_.type(other) == trace_.type(id) && said_to(other) == said_to(id);
   }
 
+  // In place, so that there is never a second table. Whoever stands at the front may belong to the
+  // back of the old table, and is put in last; all others move to no later slot than theirs, or to
+  // the new half.
   void grow() {
-    std::vector<Slot> old(2 * slots_.size());
-    old.swap(slots_);
-    const std::size_t mask = slots_.size() - 1;
-    for (const Slot& slot : old) {
-      if (!slot.is_used()) continue;
-      std::size_t at = slot.hash & mask;
-      while (slots_[at].is_used()) at = (at + 1) & mask;
-      slots_[at] = slot;
+    const std::size_t old_size = slots_.size();
+    do slots_.push_back({});
+    while (slots_.size() != 2 * old_size);
+    std::size_t at = 0;
+    std::vector<Slot> front;
+    for (; at != old_size && slots_[at].is_used(); ++at) front.push_back(take_out(at));
+    for (; at != old_size; ++at) {
+      if (slots_[at].is_used()) put_in(take_out(at));
     }
+    for (const Slot& slot : front) put_in(slot);
+  }
+
+  Slot take_out(std::size_t at) { return std::exchange(slots_[at], Slot()); }
+
+  void put_in(const Slot& slot) {
+    const std::size_t mask = slots_.size() - 1;
+    std::size_t at = slot.hash & mask;
+    while (slots_[at].is_used()) at = (at + 1) & mask;
+    slots_[at] = slot;
   }
 
   const Trace& trace_;
   const Measures& measures_;
-  std::vector<Slot> slots_;  // as many as a power of two
+  PlainArray<Slot> slots_;  // as many as a power of two
   std::size_t used_ = 0;
   std::vector<Repeat> found_;
   std::size_t seed_ = QHashSeed::globalSeed();

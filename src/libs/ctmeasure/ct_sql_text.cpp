@@ -172,13 +172,17 @@ class LikeText {
  public:
   void add(Kind kind, std::string_view token, bool after_blank) {
     if (list_ == List::values) {
-      if (kind == Kind::value || token == ",") return;
-      end_list(token);
+      if (kind == Kind::value || token == ",") {
+        after_comma_ = kind != Kind::value;
+        return;
+      }
+      end_list();
     }
     if (list_ == List::open && kind == Kind::value) {
       put("?...");
       list_ = List::values;
       last_ = Kind::value;
+      after_open_ = after_in_ = false;
       return;
     }
     list_ = List::none;
@@ -206,11 +210,9 @@ class LikeText {
   enum class List : std::uint8_t { none, open, values };
 
   // A list of more than values goes on behind those that were folded.
-  void end_list(std::string_view token) {
+  void end_list() {
     list_ = List::none;
-    after_open_ = false;
-    after_comma_ = token != ")";
-    after_in_ = false;
+    if (after_comma_) put(",");
   }
   void put(std::string_view part) { text_ += part; }
   static bool is_in(std::string_view token) {

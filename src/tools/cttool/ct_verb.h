@@ -53,6 +53,7 @@ VerbRun define_calls(CLI::App& command);
 VerbRun define_response(CLI::App& command);
 VerbRun define_show(CLI::App& command);
 VerbRun define_sql(CLI::App& command);
+VerbRun define_summary(CLI::App& command);
 VerbRun define_top(CLI::App& command);
 VerbRun define_tree(CLI::App& command);
 

@@ -7,6 +7,11 @@ namespace CT::Tool {
 
 std::span<const Verb> verbs() {
   static constexpr std::array table = {
+      Verb{"summary", "What was this request, where did its time and memory go, what went wrong?",
+           "  cttool summary request.ct                    one screen, fit for a ticket\n"
+           "  cttool summary *.ct                          a line each\n"
+           "  cttool summary request.ct --format json      all of it, for programs\n",
+           define_summary},
       Verb{"top", "Which functions, classes, files or lines took the time, the memory, the calls?",
            "  cttool top request.ct                        functions by their own time\n"
            "  cttool top request.ct --by total --limit 5\n"

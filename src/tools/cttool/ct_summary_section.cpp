@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: MIT
+#include "tools/cttool/ct_summary_section.h"
+
+#include <algorithm>
+#include <array>
+
+#include "ctmeasure/ct_grouping.h"
+#include "tools/cttool/ct_format.h"
+#include "tools/cttool/ct_text_table.h"
+
+namespace CT::Tool {
+
+std::span<const Section> sections() {
+  static constexpr std::array table = {
+      Section{request_text, request_json},
+      Section{open_text, open_json},
+      Section{exceptions_text, exceptions_json},
+      Section{errors_text, errors_json},
+      Section{headers_text, headers_json},
+      Section{areas_text, areas_json},
+      Section{hot_text, hot_json},
+      Section{way_text, way_json},
+      Section{again_text, again_json},
+      Section{sql_text, sql_json},
+      Section{memory_text, memory_json},
+      Section{cut_text, cut_json},
+  };
+  return table;
+}
+
+std::string right(const std::string& text, std::size_t columns) {
+  const std::size_t width = shown_width(text);
+  return width < columns ? std::string(columns - width, ' ') + text : text;
+}
+
+std::string id_text(NodeId id) { return "#" + std::to_string(id); }
+
+std::string ms_column(std::int64_t nanoseconds) {
+  constexpr std::size_t columns = 10;
+  return right(as_ms(nanoseconds), columns) + " ms";
+}
+
+std::string at_place(const std::string& line, const std::string& place) {
+  constexpr std::size_t least = 14;
+  constexpr std::string_view word = " at ";
+  const std::size_t used = shown_width(line) + word.size();
+  if (place.empty() || used + std::min(least, shown_width(place)) > page_columns) return line;
+  std::string text = line;
+  return text.append(word).append(end_of(place, page_columns - used));
+}
+
+std::string call_text(const SummaryFacts& facts, NodeId id) {
+  const Node::Base node = facts.trace.node(id);
+  std::string text = facts.lines.label(id);
+  const auto call = node.begin_as<Checkpoint::FunctionCall>();
+  if (!call) return text;
+  MemoryWriter arguments;
+  Checkpoint::ValueTextWriter writer;
+  auto values = call->arg_values();
+  writer.write_all(values, arguments, Checkpoint::ValueTextWriter::Form::escaped);
+  text += "(";
+  text += shortened(arguments.view(), page_columns);
+  return text += ")";
+}
+
+std::string shortened(std::string_view text, std::size_t width) {
+  // A character has four bytes at most, and what is shown of one ten.
+  return fitted(shown_text(text.substr(0, 4 * width + 4)), width);
+}
+
+std::string end_of(const std::string& path, std::size_t width) {
+  const std::size_t shown = shown_width(path);
+  if (shown <= width) return path;
+  std::size_t at = 0;
+  for (std::size_t dropped = shown - width + 1; dropped != 0; --dropped) {
+    ++at;
+    while (at != path.size() && (static_cast<unsigned char>(path[at]) & 0xC0) == 0x80) ++at;
+  }
+  const std::size_t part = path.find_first_of("/\\", at);
+  if (part != std::string::npos && path.size() - part >= width / 2) at = part;
+  std::string end = "\xE2\x80\xA6";
+  return end.append(path, at);
+}
+
+void put_id(JsonWriter& json, std::string_view key, NodeId id) {
+  json.key(key);
+  id == Storage::no_node ? json.null() : json.number(std::int64_t{id});
+}
+
+void put_number(JsonWriter& json, std::string_view key, std::int64_t number) {
+  json.key(key);
+  json.number(number);
+}
+
+void put_text(JsonWriter& json, std::string_view key, const Checkpoint::String& text) {
+  json.key(key);
+  if (text.data == nullptr) return json.null();
+  json.text(text.view(), text.is_cut() ? Checkpoint::String::cut_marker : "");
+}
+
+void put_text(JsonWriter& json, std::string_view key, const std::string& text) {
+  json.key(key);
+  json.text(text);
+}
+
+void put_place(JsonWriter& json, const Trace& trace, NodeId id) {
+  const Node::Base node = trace.node(id);
+  put_text(json, "file", node.begin().filename());
+  json.key("line");
+  node.begin().has_location() ? json.number(std::int64_t{node.begin().line_no()}) : json.null();
+}
+
+void put_name(JsonWriter& json, const SummaryFacts& facts, NodeId id) {
+  const std::int32_t function = id != Storage::no_node ? facts.measures[id].function : -1;
+  json.key("function");
+  if (function < 0) return json.null();
+  json.text(name_of(facts.trace.functions()[static_cast<std::size_t>(function)]));
+}
+
+}  // namespace CT::Tool

@@ -1,0 +1,187 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""What cttool summary says, worked out once more from the JSON document of the reader.
+
+summary_test.py CODETRACE CTTOOL MAKE_RANDOM_TRACES TRACE...: the figures of each trace; of them, of
+50 random ones, and of damaged copies also that the text fits a page.
+"""
+import collections
+import json
+import pathlib
+import random
+import subprocess
+import sys
+import tempfile
+import unicodedata
+
+from document import SPANS, names_of, output
+
+LINES, COLUMNS = 60, 80
+QUERIES = {"PDO::query", "PDO::exec", "PDO::prepare", "PDOStatement::execute"}
+
+
+def check_page(cttool, path):
+    """The text is a page, without control characters, and names no section twice."""
+    text = output(cttool, "summary", path).decode("utf-8")
+    lines = text.split("\n")
+    assert lines.pop() == "" and 5 <= len(lines) <= LINES, (path, len(lines))
+    assert all(len(line) <= COLUMNS for line in lines), (path, max(lines, key=len))
+    assert not any(unicodedata.category(c) == "Cc" for line in lines for c in line), path
+    titles = [line.split(":")[0] for before, line in zip(lines, lines[1:]) if not before]
+    assert len(titles) == len(set(titles)), (path, titles)
+    return text
+
+
+def thrown_handle(node):
+    exception = node.get("exception")
+    return exception["handle"] if isinstance(exception, dict) and "handle" in exception else None
+
+
+def check_exceptions(document, said):
+    """Each node that threw stands in one pass, below a node that threw the same or caught it."""
+    threw = {node["id"]: thrown_handle(node) for node in document["cp"]
+             if thrown_handle(node) is not None}
+    parents = {node["id"]: node.get("parent_id") for node in document["cp"]}
+    passed = []
+    for exception in said["exceptions"]:
+        for one in exception["passes"]:
+            calls = one["calls"]
+            passed += calls
+            assert all(parents[a] == b for a, b in zip(calls, calls[1:])), one
+            assert all(threw[call] == exception["handle"] for call in calls), one
+            above = parents[calls[-1]]
+            assert one["caught_in"] == (above or None), one
+    assert sorted(passed) == sorted(threw), (len(passed), len(threw))
+    assert len(said["exceptions"]) == said["request"]["thrown"]
+
+
+def check_repeats(document, total, said):
+    """Calls of one function on one object with equal arguments."""
+    groups = collections.defaultdict(list)
+    for node in document["cp"]:
+        if "function" in node:
+            key = json.dumps([node["function"], node.get("this"), node.get("args")])
+            groups[key].append(node["id"])
+    expected = {ids[0]: (len(ids), sum(total[i] for i in ids))
+                for ids in groups.values() if len(ids) > 1}
+    found = {row["first"]: (row["calls"], row["total_ns"]) for row in said["repeats"]}
+    # Values that differ may look alike in the document, so some of its groups may be parted.
+    odd = {first for first in expected if expected[first] != found.get(first)}
+    assert len(odd) * 50 <= len(expected), (len(odd), len(expected))
+    assert sum(calls for calls, _ in found.values()) <= sum(c for c, _ in expected.values())
+
+
+def check_queries(document, names, said):
+    """Calls of PDO, which is what the traces have; texts are arguments of theirs."""
+    expected = [node for node in document["cp"]
+                if "function" in node and names[node["function"]] in QUERIES]
+    calls = said["sql"]["calls"]
+    assert [node["id"] for node in expected] == [call["id"] for call in calls]
+    for node, call in zip(expected, calls):
+        if call["prepared_by"] is None and call["text"] is not None:
+            first = node["args"][0]
+            assert call["text"].startswith(first if isinstance(first, str) else first["string"])
+    assert sum(row["calls"] for row in said["sql"]["statements"]) == len(calls)
+    return len(calls)
+
+
+def check_way(document, total, said):
+    """Always into the child that took the most."""
+    children = collections.defaultdict(list)
+    for node in document["cp"]:
+        children[node.get("parent_id")].append(node["id"])
+    way = [0]
+    while True:
+        slow = [child for child in children[way[-1]] if total[child] > 0]
+        if not slow:
+            break
+        way.append(max(slow, key=lambda child: (total[child], -child)))
+    assert [step["id"] for step in said["slowest_way"]] == way
+
+
+def check_figures(codetrace, cttool, path):
+    """A trace whose times are good. Returns how many queries it has."""
+    document = json.loads(output(codetrace, "-J", path))
+    said = json.loads(output(cttool, "summary", path, "--format", "json"))
+    nodes = document["cp"]
+    names, _ = names_of(document)
+    total = [round(node.get("ms_delta", 0) * 1e6) if node["name"] in SPANS else 0
+             for node in nodes]
+    request = said["request"]
+    assert request["total_ns"] == total[0] and request["nodes"] == len(nodes)
+    assert request["calls"] == sum("function" in node for node in nodes)
+    assert request["open"] == sum("incomplete" in node for node in nodes) == len(said["open"])
+    errors = [node for node in nodes if node["name"] == "SCRIPT_ERROR"]
+    assert request["errors"] == len(errors) == sum(row["count"] for row in said["errors"])
+    for row in said["errors"]:
+        node = nodes[row["first"]]
+        assert (node["error_num"], node.get("line_no")) == (row["number"], row["line"])
+    assert sum(row["own_ns"] for row in said["areas"]["rows"]) == total[0], path
+    assert sum(row["calls"] for row in said["areas"]["rows"]) == request["calls"], path
+    assert sum(row["calls"] for row in said["functions"]) == request["calls"], path
+    check_exceptions(document, said)
+    check_repeats(document, total, said)
+    check_way(document, total, said)
+    return check_queries(document, names, said)
+
+
+def damaged(bytes_of, chance):
+    """A copy that ends early or has other bytes in places."""
+    copy = bytearray(bytes_of)
+    if chance.random() < 0.5:
+        size = int.from_bytes(copy[12:16], "big")
+        if size > 64:
+            for _ in range(20):
+                copy[36 + chance.randrange(size)] = chance.randrange(256)
+    else:
+        for _ in range(40):
+            copy[36 + chance.randrange(max(1, len(copy) - 36))] ^= 1 << chance.randrange(8)
+    return bytes(copy)
+
+
+def check_several(cttool, traces, folder):
+    """A line each; one that cannot be read does not end the run."""
+    bad = pathlib.Path(folder) / "no trace.ct"
+    bad.write_bytes(b"nothing")
+    for form, wanted in ((), len(traces) + 1), (("--format", "json"), len(traces)):
+        run = subprocess.run([cttool, "summary", traces[0], str(bad), *traces[1:], *form],
+                             stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
+        assert run.returncode == 2 and b"no trace.ct" in run.stderr, run
+        lines = run.stdout.decode("utf-8").splitlines()
+        assert len(lines) == wanted, lines
+        if form:
+            assert [json.loads(line)["trace"] for line in lines] == traces
+
+
+def main():
+    codetrace, cttool, make_random, *traces = sys.argv[1:]
+    queries = 0
+    for path in traces:
+        queries += check_figures(codetrace, cttool, path)
+        check_page(cttool, path)
+    chance = random.Random(4)
+    pages = 0
+    with tempfile.TemporaryDirectory() as folder:
+        check_several(cttool, traces, folder)
+        made = pathlib.Path(folder) / "made"
+        subprocess.run([make_random, made, "50", "9"], check=True)
+        paths = sorted(made.iterdir())
+        assert len(paths) == 50
+        small = [path for path in map(pathlib.Path, traces) if path.stat().st_size < 1_000_000]
+        for path in paths + 4 * small:
+            target = pathlib.Path(folder) / "damaged.ct"
+            target.write_bytes(damaged(path.read_bytes(), chance))
+            check_page(cttool, str(path))
+            run = subprocess.run([cttool, "summary", target], stdout=subprocess.DEVNULL,
+                                 stderr=subprocess.DEVNULL, check=False)
+            if run.returncode == 0:
+                check_page(cttool, str(target))
+                json.loads(output(cttool, "summary", str(target), "--format", "json"))
+                pages += 1
+            assert run.returncode in (0, 2), (path, run.returncode)
+    assert pages > 10
+    print(f"{len(traces)} traces, {queries} queries, {pages} damaged ones")
+
+
+if __name__ == "__main__":
+    main()
