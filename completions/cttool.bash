@@ -5,16 +5,23 @@
 # Sets `options` to those of the verb.
 _cttool_options() {
   case $1 in
-    top) options='-h --help --by --of --callers --callees --under --limit --builtin --user --full --format -v --verbose' ;;
-    calls) options='-h --help --arg --returned --threw --open --min --under --file --path --count --limit --full --format -v --verbose' ;;
-    show) options='-h --help --format -v --verbose' ;;
-    *) options='-V --version -h --help -v --verbose' ;;
+    summary) options='-h --help --format -v --verbose --color --no-pager --full --max-size' ;;
+    top) options='-h --help --by --of --callers --callees --under --limit --builtin --user --format -v --verbose --color --no-pager --full --max-size' ;;
+    tree) options='-h --help --depth --min --under --hide --only --no-builtin --fold --values --limit --full --format -v --verbose --color --no-pager --full --max-size' ;;
+    calls) options='-h --help --arg --returned --threw --open --min --under --file --where --path --count --limit --format -v --verbose --color --no-pager --full --max-size' ;;
+    show) options='-h --help --source --format -v --verbose --color --no-pager --full --max-size' ;;
+    response) options='-h --help --body --blame --limit --format -v --verbose --color --no-pager --full --max-size' ;;
+    sql) options='-h --help --format --timeout -v --verbose --color --no-pager --full --max-size' ;;
+    *) options='-V --version -h --help -v --verbose --color --no-pager --full --max-size' ;;
   esac
 }
 
 # Offers what may stand behind an option; fails if that is nothing special.
 _cttool_value() {
   case $1$2 in
+    summary--format) mapfile -t COMPREPLY < <(compgen -W 'text json' -- "$cur") ;;
+    summary--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
+    summary--max-size) : ;;
     top--by) mapfile -t COMPREPLY < <(compgen -W 'own total calls memory' -- "$cur") ;;
     top--of) mapfile -t COMPREPLY < <(compgen -W 'function class namespace folder file line caller' -- "$cur") ;;
     top--callers) : ;;
@@ -22,14 +29,40 @@ _cttool_value() {
     top--under) : ;;
     top--limit) : ;;
     top--format) mapfile -t COMPREPLY < <(compgen -W 'text json csv' -- "$cur") ;;
+    top--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
+    top--max-size) : ;;
+    tree--depth) : ;;
+    tree--min) : ;;
+    tree--under) : ;;
+    tree--hide) : ;;
+    tree--only) : ;;
+    tree--fold) mapfile -t COMPREPLY < <(compgen -W 'runs all none' -- "$cur") ;;
+    tree--values) mapfile -t COMPREPLY < <(compgen -W 'none short full' -- "$cur") ;;
+    tree--limit) : ;;
+    tree--format) mapfile -t COMPREPLY < <(compgen -W 'text json' -- "$cur") ;;
+    tree--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
+    tree--max-size) : ;;
     calls--arg) : ;;
     calls--returned) : ;;
     calls--min) : ;;
     calls--under) : ;;
     calls--file) : ;;
+    calls--where) : ;;
     calls--limit) : ;;
     calls--format) mapfile -t COMPREPLY < <(compgen -W 'text json jsonl csv' -- "$cur") ;;
+    calls--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
+    calls--max-size) : ;;
     show--format) mapfile -t COMPREPLY < <(compgen -W 'text json' -- "$cur") ;;
+    show--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
+    show--max-size) : ;;
+    response--limit) : ;;
+    response--format) mapfile -t COMPREPLY < <(compgen -W 'text json' -- "$cur") ;;
+    response--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
+    response--max-size) : ;;
+    sql--format) mapfile -t COMPREPLY < <(compgen -W 'table csv json jsonl markdown' -- "$cur") ;;
+    sql--timeout) : ;;
+    sql--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
+    sql--max-size) : ;;
     *) return 1 ;;
   esac
 }
@@ -51,7 +84,7 @@ _cttool() {
     _cttool_options "$verb"
     mapfile -t COMPREPLY < <(compgen -W "$options" -- "$cur")
   elif [[ ! $verb || $verb == help ]]; then
-    mapfile -t COMPREPLY < <(compgen -W 'top calls show help' -- "$cur")
+    mapfile -t COMPREPLY < <(compgen -W 'summary top tree calls show response sql help' -- "$cur")
   else
     _filedir
   fi

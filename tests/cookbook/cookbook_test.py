@@ -43,7 +43,8 @@ class Cookbook(unittest.TestCase):
         for command, expected in BLOCK.findall(PAGE.read_text()):
             with self.subTest(command):
                 self.assertNotEqual(expected, "")
-                self.assertEqual(answer(command), (0, "", expected))
+                nothing_found = 1 if command.endswith("--count") and expected == "0\n" else 0
+                self.assertEqual(answer(command), (nothing_found, "", expected))
 
     def run_all_on(self, trace):
         """On a trace for which no answers are written."""

@@ -59,7 +59,7 @@ struct CommandLine {
     help = app.add_subcommand("help", "Print the help of a verb.");
     help->add_option("VERB", help_of, "Which one.");
     help->footer("  cttool help top\n");
-    app.footer("  cttool top request.ct\n  cttool help calls\n");
+    app.footer("  cttool summary request.ct\n  cttool help calls\n");
   }
 
   CLI::App* verb(const std::string& name) {

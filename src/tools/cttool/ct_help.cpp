@@ -7,13 +7,14 @@ namespace CT::Tool {
 
 namespace {
 
+constexpr std::size_t widest_verb = 12;
+
 // A name, and what it means in a column of its own.
-std::string line(const std::string& name, const std::string& meaning) {
-  constexpr std::size_t width = 28;
+std::string line(const std::string& name, const std::string& meaning, std::size_t width = 28) {
   const std::string start = "  " + name;
   return start +
-         (start.size() < width ? std::string(width - start.size(), ' ')
-                               : "\n" + std::string(width, ' ')) +
+         (start.size() + 1 < width ? std::string(width - start.size(), ' ')
+                                   : "\n" + std::string(width, ' ')) +
          meaning + "\n";
 }
 
@@ -47,7 +48,7 @@ std::string HelpFormatter::make_help(const CLI::App* app, std::string /*name*/,
     if (option->get_positional()) text += line(option->get_name(true), option->get_description());
   }
   for (const CLI::App* verb : app->get_subcommands({})) {
-    text += line(verb->get_name(), verb->get_description());
+    text += line(verb->get_name(), verb->get_description(), widest_verb);
   }
   text += "\n";
   for (const CLI::Option* option : app->get_options()) {

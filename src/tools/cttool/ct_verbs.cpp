@@ -7,19 +7,19 @@ namespace CT::Tool {
 
 std::span<const Verb> verbs() {
   static constexpr std::array table = {
-      Verb{"summary", "What was this request, where did its time and memory go, what went wrong?",
+      Verb{"summary", "What was this request, where did its time go, what went wrong?",
            "  cttool summary request.ct                    one screen, fit for a ticket\n"
            "  cttool summary *.ct                          a line each\n"
            "  cttool summary request.ct --format json      all of it, for programs\n",
            define_summary},
-      Verb{"top", "Which functions, classes, files or lines took the time, the memory, the calls?",
+      Verb{"top", "Which functions, classes or files took the time, the memory?",
            "  cttool top request.ct                        functions by their own time\n"
            "  cttool top request.ct --by total --limit 5\n"
            "  cttool top request.ct --of class --user      classes that scripts define\n"
            "  cttool top request.ct --callers preg_match   who called it\n"
            "  cttool top request.ct --under 'PDO::*'       what happened inside of these calls\n",
            define_top},
-      Verb{"tree", "What called what, with times: folded, filtered, down to what matters?",
+      Verb{"tree", "What called what, with times, down to what matters?",
            "  cttool tree request.ct                       what explains the time\n"
            "  cttool tree request.ct --under 'PDO::*'      what happened in these calls\n"
            "  cttool tree request.ct --only '/curl|pdo/'   these calls, and what led to them\n"
@@ -32,7 +32,7 @@ std::span<const Verb> verbs() {
            "  cttool calls request.ct 'str_*' --arg 1=note --count\n"
            "  cttool calls request.ct --where 'own_memory > 1e6'\n",
            define_calls},
-      Verb{"show", "Everything about one node: whole values, the way down to it, what it called.",
+      Verb{"show", "Everything about one node: values, the way to it, what it called.",
            "  cttool show request.ct 42                    the number is the id that others print\n"
            "  cttool show request.ct 0                     the request itself\n",
            define_show},
