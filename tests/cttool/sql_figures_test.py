@@ -67,9 +67,8 @@ def check_calls(path, document, cttool):
         where = (path, node, row)
         assert row[0] == node["id"] and row[1] == names[node["function"]], where
         assert row[2] == node["function"], where
-        # The document shows lines as signed numbers.
-        line = node.get("line_no")
-        line = None if line is None else line % 2**32
+        # The document has lines with a sign.
+        line = node["line_no"] & 0xFFFFFFFF if "line_no" in node else None
         assert row[3:5] == [node.get("filename") or None, line], where
         assert row[5] == int(node.get("incomplete", False)), where
         assert same(plain(node.get("this"), classes), row[6]), where

@@ -79,7 +79,7 @@ jq -e '.schema == "cttool.sql/1" and (.results | length) == 2 and
   (.results[1].rows[0][0] | type) == "array" and .results[1].rows[0][1] == "Infinity"' \
   "$work/json" >"$work/answer" || fail "the JSON is not so: $(<"$work/json")"
 
-query="select args from calls where id = 7 union all select 'no json' union all select '[1]'"
+query="select args from calls where id = (select min(id) from calls) union all select 'no json' union all select '[1]'"
 "$cttool" sql "$notes" "$query" --format jsonl >"$work/lines"
 jq -es 'map(.args | type) == ["array", "string", "array"]' "$work/lines" >"$work/answer" ||
   fail "values are not so: $(<"$work/lines")"

@@ -52,7 +52,7 @@ TEST_F(SqlTables, Request) {
             "test.ct|http://h/x?a=1|/x|h|GET|2001-09-09T01:46:40.000000000Z|30000|100|150\n");
   EXPECT_EQ(rows("select status, bytes_out, nodes, calls, functions, classes, depth, errors, "
                  "thrown, open, complete from request"),
-            "-|0|5|4|2|2|3|0|1|2|0\n");
+            "-|0|5|4|2|2|2|0|1|2|1\n");
 }
 
 TEST_F(SqlTables, NodesAreTheTree) {
@@ -80,7 +80,7 @@ TEST_F(SqlTables, CallsWithTheirValues) {
             "{\"class\":\"App\\\\Failure\",\"handle\":9}\n"
             "-|[]|-|-\n");
   EXPECT_EQ(rows("select memory, memory_delta, own_memory from calls"),
-            "110|-|-\n120|20|20\n140|10|10\n-|-|-\n");
+            "110|-19|-49\n120|20|20\n140|10|10\n-|-|-\n");
 }
 
 TEST_F(SqlTables, ValuesAreJsonToSqlite) {
@@ -96,7 +96,7 @@ TEST_F(SqlTables, ValuesAreJsonToSqlite) {
 TEST_F(SqlTables, FunctionsWithTheirProfile) {
   EXPECT_EQ(rows("select id, name, class, method, builtin, calls, total_ns, own_ns, own_memory, "
                  "file, line from functions"),
-            "0|main|-|-|0|2|29900|25900|-30|m.php|3\n"
+            "0|main|-|-|0|2|29900|25900|-49|m.php|3\n"
             "1|PDO::query|PDO|query|1|2|4000|4000|30|-|-\n");
   EXPECT_EQ(rows("select id, name, builtin, file, line from classes order by name"),
             "1|App\\Failure|0|e.php|4\n0|PDO|1|-|-\n");

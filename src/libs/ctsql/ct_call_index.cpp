@@ -20,7 +20,7 @@ CallIndex::CallIndex(const Measures& measures, std::size_t functions) : begins_(
 }
 
 std::span<const NodeId> CallIndex::of(std::int64_t function) const {
-  if (function < 0 || function + 1 >= static_cast<std::int64_t>(begins_.size())) return {};
+  if (function < 0 || function >= static_cast<std::int64_t>(begins_.size()) - 1) return {};
   const auto at = static_cast<std::size_t>(function);
   const auto begin = static_cast<std::size_t>(begins_[at]);
   return std::span(calls_).subspan(begin, static_cast<std::size_t>(begins_[at + 1]) - begin);

@@ -91,8 +91,8 @@ int best_index(sqlite3_vtab* table, sqlite3_index_info* info) {
     const TableSource& source = table_of(table).source;
     const int status = choose_plan(*source.table, *source.data, *info);
     if (status == SQLITE_ERROR) {
-      table->zErrMsg = sqlite3_mprintf("%s needs the id of a node, as in %s(42)",
-                                       source.table->name, source.table->name);
+      table->zErrMsg = sqlite3_mprintf("%s needs the id of a node, as in %s(42) or %s(calls.id)",
+                                       source.table->name, source.table->name, source.table->name);
     }
     return status;
   });

@@ -88,34 +88,34 @@ class Arguments {
   int count_ = 0;
 };
 
-bool is_ordered_by(const Table& table, const sqlite3_index_info& info, Key key) {
-  return info.nOrderBy >= 1 && key_of(table, info.aOrderBy[0].iColumn) == key &&
-         info.aOrderBy[0].desc == 0;
+bool is_ordered_by(const Table& table, const sqlite3_index_info& info, int term, Key key) {
+  return info.nOrderBy > term && info.aOrderBy[term].desc == 0 &&
+         key_of(table, info.aOrderBy[term].iColumn) == key;
 }
 
-// Whether it is enough that equal rows stand together, and all terms depend on the function.
-bool groups_by_function(const Table& table, sqlite3_index_info& info) {
-  const int distinct = sqlite3_vtab_distinct(&info);
-  if (distinct != 1 && distinct != 2) return false;
-  bool by_function = false;
-  for (int i = 0; i != info.nOrderBy; ++i) {
-    const Key key = key_of(table, info.aOrderBy[i].iColumn);
+// Whether rows that come function by function are in the order that is asked for from this term on:
+// the name depends on the function, and the calls of one function are in the order of their ids.
+bool function_decides(const Table& table, const sqlite3_index_info& info, int term) {
+  for (; term != info.nOrderBy; ++term) {
+    const Key key = key_of(table, info.aOrderBy[term].iColumn);
+    if (key == Key::id) return info.aOrderBy[term].desc == 0;
     if (key != Key::function && key != Key::name) return false;
-    by_function = by_function || key == Key::function;
   }
-  return by_function;
+  return true;
 }
 
 // The access of which the rows are in the order that is asked for, if all calls are; else `all`.
-Access ordered_access(const Table& table, TraceData& data, sqlite3_index_info& info) {
-  if (table.rows != RowSet::calls || info.nOrderBy == 0) return Access::all;
-  if (groups_by_function(table, info)) return Access::function_by_function;
-  const bool id_is_next = info.nOrderBy == 2 && info.aOrderBy[1].desc == 0 &&
-                          key_of(table, info.aOrderBy[1].iColumn) == Key::id;
-  if (is_ordered_by(table, info, Key::function) && (info.nOrderBy == 1 || id_is_next)) {
+// Kept: for GROUP BY it would be enough that equal rows stand together, but some versions of SQLite
+// take such rows for sorted.
+Access ordered_access(const Table& table, TraceData& data, const sqlite3_index_info& info) {
+  if (table.rows != RowSet::calls) return Access::all;
+  if (is_ordered_by(table, info, 0, Key::function) && function_decides(table, info, 1)) {
     return Access::function_by_function;
   }
-  const bool by_name = is_ordered_by(table, info, Key::name) && info.nOrderBy == 1;
+  // Functions of one name come in the order of their numbers.
+  const bool by_name = is_ordered_by(table, info, 0, Key::name) &&
+                       (info.nOrderBy == 1 || (is_ordered_by(table, info, 1, Key::function) &&
+                                               function_decides(table, info, 2)));
   return by_name && !data.names().in_order().empty() ? Access::name_by_name : Access::all;
 }
 
@@ -196,7 +196,7 @@ int choose_plan(const Table& table, TraceData& data, sqlite3_index_info& info) {
   if (found.id >= 0) info.idxFlags = SQLITE_INDEX_SCAN_UNIQUE;
   const bool by_name_or_function =
       choice.access == Access::function_by_function || choice.access == Access::name_by_name;
-  info.orderByConsumed = by_name_or_function || is_ordered_by(table, info, Key::id) ? 1 : 0;
+  info.orderByConsumed = by_name_or_function || is_ordered_by(table, info, 0, Key::id) ? 1 : 0;
   info.estimatedRows = static_cast<sqlite3_int64>(choice.rows) + 1;
   info.estimatedCost = choice.rows + 1;
   return SQLITE_OK;
