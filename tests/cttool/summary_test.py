@@ -126,16 +126,14 @@ def check_figures(codetrace, cttool, path):
 
 
 def damaged(bytes_of, chance):
-    """A copy that ends early or has other bytes in places."""
+    """A copy with other bits or other bytes in places behind the header."""
     copy = bytearray(bytes_of)
-    if chance.random() < 0.5:
-        size = int.from_bytes(copy[12:16], "big")
-        if size > 64:
-            for _ in range(20):
-                copy[36 + chance.randrange(size)] = chance.randrange(256)
-    else:
-        for _ in range(40):
-            copy[36 + chance.randrange(max(1, len(copy) - 36))] ^= 1 << chance.randrange(8)
+    for _ in range(20):
+        place = chance.randrange(36, len(copy)) if len(copy) > 36 else 0
+        if chance.random() < 0.5:
+            copy[place] ^= 1 << chance.randrange(8)
+        else:
+            copy[place] = chance.randrange(256)
     return bytes(copy)
 
 

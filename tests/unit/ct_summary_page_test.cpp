@@ -47,7 +47,7 @@ TEST(SummaryPage, KeepsToItsColumns) {
   SectionText wide = section("a title that is long", 2, 1);
   wide.left_out = 3;
   EXPECT_EQ(page_of({wide}, 60, 14),
-            "\na title that …\na title that …\na title that …\n  … 3 more: ct…\n");
+            "\na title that …\na title that …\na title that …\n  … 3 more: c…\n");
 }
 
 TEST(SummaryPage, StaysWholeWhereNothingCanGo) {
