@@ -13,6 +13,9 @@ set_target_properties(codetrace_shared PROPERTIES EXPORT_NAME codetrace)
 if(TARGET codetrace_exe)
   install(TARGETS codetrace_exe RUNTIME COMPONENT tool)
   install(TARGETS cttool RUNTIME COMPONENT companion)
+  # Programs with SQLite load it by its name.
+  install(TARGETS codetrace_sqlite
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/codetrace COMPONENT companion)
 endif()
 install(TARGETS codetrace codetrace_shared EXPORT CodeTraceTargets
   ARCHIVE COMPONENT development

@@ -20,6 +20,7 @@ diff "$source/man/cttool.1" "$share/man/man1/cttool.1"
 diff "$source/completions/cttool.bash" "$share/bash-completion/completions/cttool"
 diff "$source/completions/_cttool" "$share/zsh/site-functions/_cttool"
 diff "$source/completions/cttool.fish" "$share/fish/vendor_completions.d/cttool.fish"
+[[ -e $(echo "$prefix"/lib*/codetrace/codetrace.so) || -e $(echo "$prefix"/lib/*/codetrace/codetrace.so) ]]
 for file in "$source"/share/*.schema.json; do
   cmp "$file" "$share/codetrace/${file##*/}"
 done

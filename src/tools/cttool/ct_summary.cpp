@@ -44,7 +44,7 @@ void write_json(const std::string& file, const SummaryFacts& facts, JsonWriter::
 int run_one(const Options& options, Session& session) {
   Input input(session);
   if (!input.open(options.files.front())) return failed;
-  const SummaryFacts facts(input.trace());
+  const SummaryFacts facts(input.trace(), SummaryFacts::Of::all);
   Printer printer(session);
   if (options.form == Form::text) {
     write_text(facts, printer);
@@ -88,7 +88,8 @@ int run_many(const Options& options, Session& session) {
       status = failed;
       continue;
     }
-    const SummaryFacts facts(input.trace());
+    const SummaryFacts facts(input.trace(), options.form == Form::text ? SummaryFacts::Of::a_line
+                                                                       : SummaryFacts::Of::all);
     if (options.form == Form::text) {
       table.add(cells_of(file, facts));
     } else {

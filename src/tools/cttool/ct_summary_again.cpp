@@ -56,7 +56,7 @@ std::vector<Again> list_of(const SummaryFacts& facts) {
       alike[facts.said[place].id] = group.executions;
     }
   }
-  for (const Repeat& repeat : repeats(facts.trace, facts.measures)) {
+  for (const Repeat& repeat : facts.repeated) {
     const auto group = alike.find(repeat.first);
     if (group != alike.end() && group->second >= repeat.calls) continue;
     add({repeat.first, repeat.calls, repeat.total_ns, {}});
@@ -101,7 +101,7 @@ SectionText again_text(const SummaryFacts& facts) {
 void again_json(const SummaryFacts& facts, JsonWriter& json) {
   json.key("repeats");
   json.begin_array();
-  for (const Repeat& repeat : repeats(facts.trace, facts.measures)) {
+  for (const Repeat& repeat : facts.repeated) {
     json.element();
     json.begin_object();
     put_id(json, "first", repeat.first);

@@ -18,10 +18,14 @@
 namespace CT::Tool {
 
 struct SummaryFacts {
+  // What a line about the request takes, or all.
+  enum class Of { a_line, all };
+
   // Borrows: the trace.
-  explicit SummaryFacts(const Trace& read)
+  SummaryFacts(const Trace& read, Of wanted)
       : trace(read),
         measures(read),
+        repeated(wanted == Of::all ? repeats(read, measures) : std::vector<Repeat>()),
         request(request_facts(read, measures)),
         response(read),
         thrown(exceptions(read, measures)),
@@ -33,6 +37,9 @@ struct SummaryFacts {
 
   const Trace& trace;
   Measures measures;
+  // Found before anybody asks for the shape of the tree, so that its table and that need not have
+  // room beside each other.
+  std::vector<Repeat> repeated;
   RequestFacts request;
   Response response;
   std::vector<Exception> thrown;
