@@ -27,6 +27,11 @@ DOCUMENTS = [
     ("show", "0"),
     ("show", "1", "--source"),
     ("show", "7", "--source"),
+    ("response",),
+    ("response", "--blame"),
+    ("response", "--blame", "e"),
+    ("sql", "select * from request; select * from calls limit 30; select 1.5, null, x'00ff'"),
+    ("sql", "select * from errors where 0"),
 ]
 # A verb, and options with which it prints documents that are a list of the one above, a line each.
 LINES = [

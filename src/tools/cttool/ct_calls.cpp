@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // cttool calls: those that match, one a line.
+#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "codetrace/render/ct_number.h"

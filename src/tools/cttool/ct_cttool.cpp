@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The companion: reads which verb is meant and runs it.
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
 #include <memory>

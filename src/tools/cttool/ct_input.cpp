@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/cttool/ct_input.h"
 
+#include <CLI/CLI.hpp>
 #include <QString>
 #include <cstdio>
 #include <utility>

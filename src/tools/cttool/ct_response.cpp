@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // cttool response: what the client got, and who sent it.
+#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
 #include <optional>

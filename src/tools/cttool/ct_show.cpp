@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // cttool show: one node, whole.
+#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "codetrace/render/ct_number.h"

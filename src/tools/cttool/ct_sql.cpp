@@ -3,6 +3,7 @@
 // cttool sql: queries over the tables of a trace.
 #include <unistd.h>
 
+#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
 #include <optional>

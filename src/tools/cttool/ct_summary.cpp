@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // cttool summary: one screen about a request, or a line each about several.
+#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "tools/cttool/ct_choice.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // cttool top: a profile as a table.
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
 

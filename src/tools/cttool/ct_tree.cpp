@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // cttool tree: what called what, folded, and cut down to what matters.
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <initializer_list>
 #include <memory>

@@ -4,13 +4,17 @@
 // is the one place where they are listed.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <functional>
 #include <span>
 #include <string_view>
 
 #include "tools/common/ct_descriptors.h"
+
+// Of CLI11, which costs seconds to compile: only those that define options include it.
+namespace CLI {
+class App;
+}
 
 namespace CT::Tool {
 
