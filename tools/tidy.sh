@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # tools/tidy.sh [FILE...]: runs clang-tidy over sources, by the checks in .clang-tidy; without FILE
-# over all of src and examples, one after the other. Fails if any has a finding.
+# over all of src and examples, CMAKE_BUILD_PARALLEL_LEVEL at once. Fails if any has a finding.
 set -euo pipefail
 # shellcheck source=tools/setup.sh
 source "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/setup.sh"
@@ -17,24 +17,39 @@ if (($# == 0)); then
 fi
 (($#)) || die "no sources"
 
-messages=$(mktemp)
-trap 'rm -f "$messages"' EXIT
-# tidy [OPTION...] FILE: what it says goes to $messages.
-tidy() { "clang-tidy-$tidy_version" -p build/dev --quiet "$@" >"$messages" 2>&1; }
+messages=$(mktemp -d)
+trap 'rm -rf -- "$messages"' EXIT
 
-findings=0
-for file in "$@"; do
+# tidy MESSAGES [OPTION...] FILE
+tidy() { "clang-tidy-$tidy_version" -p build/dev --quiet "${@:2}" >"$1" 2>&1; }
+
+# check NUMBER FILE: fails, and says what was found, if anything was.
+check() {
+  local status=0 said=$messages/$1 file=$2
   say "$file"
-  status=0
-  tidy "$file" || status=$?
+  tidy "$said" "$file" || status=$?
   if ((status >= 128)); then
     say "its static analyzer crashes on $file; the other checks are made"
     status=0
-    tidy '--checks=-clang-analyzer-*' "$file" || status=$?
+    tidy "$said" '--checks=-clang-analyzer-*' "$file" || status=$?
   fi
   if ((status != 0)); then
-    grep -v 'warnings\? generated' "$messages" >&2 || true
-    findings=$((findings + 1))
+    grep -v 'warnings\? generated' "$said" >&2 || true
+    return 1
   fi
+}
+
+# As many at once as builds may be.
+at_once=${CMAKE_BUILD_PARALLEL_LEVEL:-1} running=0 findings=0
+finish_one() {
+  wait -n || findings=$((findings + 1))
+  running=$((running - 1))
+}
+number=0
+for file in "$@"; do
+  ((running < at_once)) || finish_one
+  number=$((number + 1)) running=$((running + 1))
+  check "$number" "$file" &
 done
+while ((running)); do finish_one; done
 ((findings == 0)) || die "$findings of $# files with findings"

@@ -129,7 +129,7 @@ class ExceptionFinder {
       if (!named.constructors[place] && !named.messages[place]) continue;
       const auto call = trace_.node(id).begin_as<Checkpoint::FunctionCall>();
       const std::uint32_t handle = call->this_value(tape_).object_handle();
-      if (!call->has_this() || handles_.count(handle) == 0) continue;
+      if (!call->has_this() || !handles_.contains(handle)) continue;
       const bool constructs = named.constructors[place];
       const std::uint32_t end = trace_.end_offset(id);
       if (!constructs && end == Storage::no_end) continue;

@@ -28,8 +28,10 @@ Group group_of(const Checkpoint::Function& function, GroupBy by) {
       group.line = function.line_no();
       break;
     case GroupBy::class_:
-      group.name = entry != nullptr ? utf8(entry->name()) : "(no class)";
-      if (entry != nullptr) group.file = utf8(entry->filename());
+      group.name = "(no class)";
+      if (entry == nullptr) break;
+      group.name = utf8(entry->name());
+      group.file = utf8(entry->filename());
       if (!group.file.empty()) group.line = entry->line();
       break;
     case GroupBy::namespace_:

@@ -113,9 +113,9 @@ void open_tables(sqlite3_context* context, int count, sqlite3_value** values) {
     }
     std::string made;
     for (const Table* table : tables()) {
-      const Text sql = checked(
-          sqlite3_mprintf("create virtual table \"%w\".\"%w\" using %s(%Q, %s)", schema.c_str(),
-                          table->name, module_name, path.c_str(), table->name));
+      const Text sql = checked(sqlite3_mprintf(R"(create virtual table "%w"."%w" using %s(%Q, %s))",
+                                               schema.c_str(), table->name, module_name,
+                                               path.c_str(), table->name));
       if (!execute(context, sql.get())) return;
       if (!made.empty()) made += ", ";
       made += schema;
