@@ -61,7 +61,6 @@ TreeText::TreeText(const Trace& trace, const Measures& measures, const Folder& f
       form_(form),
       width_(width),
       id_columns_(std::to_string(measures.node_count()).size()),
-      time_columns_(8),
       deepest_(deepest_for(width)) {
   if (measures.node_count() != 0) {
     time_columns_ = std::max(time_columns_, as_ms(measures[0].total_ns).size());

@@ -45,7 +45,7 @@ class TreeText final : public TreeSink {
   ValueForm form_;
   std::size_t width_;
   std::size_t id_columns_;
-  std::size_t time_columns_;
+  std::size_t time_columns_ = 8;
   std::uint32_t deepest_;  // to which lines are indented; deeper ones say their depth
   std::int64_t nodes_ = 0;
 };
