@@ -22,7 +22,7 @@ bool ByteInput::open(const std::string& name) {
     return true;
   }
   do {
-    descriptor_ = ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_LARGEFILE);
+    descriptor_ = ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
   } while (descriptor_ < 0 && errno == EINTR);
   if (descriptor_ < 0) return false;
   struct stat info = {};

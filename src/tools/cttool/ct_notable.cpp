@@ -15,9 +15,10 @@ class Finder {
   // Behind all nodes under one comes the one itself, which then has its place already.
   template <class Is>
   void find(const Is& is) {
-    for (auto range = scope_.ranges().rbegin(); range != scope_.ranges().rend(); ++range) {
-      for (NodeId id = range->last; id >= range->first && room_ != 0; --id) {
-        if (!found_.has(id) && is(id)) add(id, range->first);
+    for (std::size_t row = scope_.ranges().size(); row != 0; --row) {
+      const Scope::Range& range = scope_.ranges()[row - 1];
+      for (NodeId id = range.last; id >= range.first && room_ != 0; --id) {
+        if (!found_.has(id) && is(id)) add(id, range.first);
       }
     }
   }

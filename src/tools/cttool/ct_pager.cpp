@@ -76,6 +76,7 @@ bool Pager::start() {
   std::vector<std::string> command = pager_command(std::getenv("PAGER"));
   if (command.empty()) return false;
   std::vector<char*> words;
+  words.reserve(command.size() + 1);
   for (std::string& word : command) words.push_back(word.data());
   words.push_back(nullptr);
   Pipe text;

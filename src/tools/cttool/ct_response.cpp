@@ -44,9 +44,9 @@ void say_cuts(const Response& response) {
   for (const BodyPart& write : response.writes()) {
     if (write.missing() == 0) continue;
     const std::string missing = as_count(static_cast<std::int64_t>(write.missing()));
-    std::fprintf(stderr, "write %d is cut: %s bytes are missing behind byte %llu\n", write.id,
-                 missing.c_str(),
-                 static_cast<unsigned long long>(write.offset + write.body.view().size()));
+    const std::string end = std::to_string(write.offset + write.body.view().size());
+    std::fprintf(stderr, "write %d is cut: %s bytes are missing behind byte %s\n", write.id,
+                 missing.c_str(), end.c_str());
   }
 }
 

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 #include "codetrace/render/ct_json.h"
 #include "codetrace/render/ct_text.h"
@@ -116,7 +117,7 @@ class MarkdownPrinter final : public ResultPrinter {
 
 class JsonPrinter final : public ResultPrinter {
  public:
-  JsonPrinter(const std::string& trace, Writer& out) : trace_(trace), out_(out), json_(out) {}
+  JsonPrinter(std::string trace, Writer& out) : trace_(std::move(trace)), out_(out), json_(out) {}
   void begin() override {
     json_.begin_object();
     json_.key("schema");

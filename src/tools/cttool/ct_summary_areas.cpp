@@ -2,6 +2,7 @@
 //
 // Where own time went, by areas.
 #include <algorithm>
+#include <cmath>
 
 #include "tools/cttool/ct_format.h"
 #include "tools/cttool/ct_summary_section.h"
@@ -34,7 +35,7 @@ std::string bar(std::int64_t part, std::int64_t whole) {
   constexpr double columns = 16;
   const double share = whole > 0 ? static_cast<double>(part) / static_cast<double>(whole) : 0;
   std::string blocks;
-  auto eighths = static_cast<int>(share * columns * 8 + 0.5);
+  auto eighths = std::lround(share * columns * 8);
   constexpr int full = 8;
   for (; eighths >= full; eighths -= full) blocks += "\xE2\x96\x88";
   if (eighths != 0) {
