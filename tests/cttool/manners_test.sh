@@ -78,7 +78,11 @@ status=0
   echo "a full disk: status $status, $(<"$work/err")"
   failures=$((failures + 1))
 }
-{ "$cttool" calls "$notes" --full 2>"$work/err" || true; } | head -1 >/dev/null
+exec {answer}< <("$cttool" calls "$notes" --full 2>"$work/err")
+asked=$!
+read -r -u "$answer" _
+exec {answer}<&-
+wait "$asked" || true
 [[ ! -s $work/err ]] || {
   echo "noise to a reader that left: $(<"$work/err")"
   failures=$((failures + 1))

@@ -44,7 +44,7 @@ for verb in $verbs; do
   [[ $verb != help ]] || continue
   expect "cttool $verb --" "$(printf '%s\n' "$(long_options "$("$binary" help "$verb")")" "$everywhere")"
 done
-expect 'cttool top --by ' $'calls\nmemory\nown\ntotal'
+expect 'cttool top --by ' "$(printf '%s\n' calls memory own total)"
 expect 'cttool top notes.ct --of cl' 'class'
 expect 'cttool top no' 'notes.ct'
 expect 'cttool calls o' 'other.log'

@@ -104,7 +104,7 @@ TEST_F(SqlDatabase, StatementsOfATextFollowEachOther) {
 }
 
 TEST_F(SqlDatabase, AnErrorTellsItsPlace) {
-  const std::string text = "select 1; select nam from calls";
+  const std::string text = "select 1; select none from calls";
   Sql::Script script(sql_.database(), text);
   Sql::Statement* statement = script.next();
   ASSERT_NE(statement, nullptr);
@@ -112,8 +112,8 @@ TEST_F(SqlDatabase, AnErrorTellsItsPlace) {
   EXPECT_FALSE(statement->step());
   EXPECT_EQ(script.next(), nullptr);
   ASSERT_TRUE(script.error());
-  EXPECT_EQ(script.error()->message, "no such column: nam");
-  EXPECT_EQ(script.error()->place, text.find("nam"));
+  EXPECT_EQ(script.error()->message, "no such column: none");
+  EXPECT_EQ(script.error()->place, text.find("none"));
   EXPECT_FALSE(script.error()->is_stopped);
   EXPECT_EQ(script.next(), nullptr);
 }
