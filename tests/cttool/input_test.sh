@@ -9,6 +9,10 @@ trap 'rm -rf -- "$work"' EXIT
 failures=0
 skipped=0
 
+# A sanitizer reserves more than any limit by itself.
+limit='ulimit -v 700000; '
+bash -c "$limit"'exec "$0" --version' "$cttool" >"$work/version" 2>&1 || limit=''
+
 complain() {
   echo "$*"
   failures=$((failures + 1))
@@ -107,7 +111,7 @@ for program in gzip xz zstd; do
     head -c 200000000 /dev/zero
   } | "$program" -c >"$work/bomb"
   expect 2 "the archive is larger than 20.0 MiB" \
-    bash -c 'ulimit -v 700000; exec "$0" --max-size 20M top "$1"' "$cttool" "$work/bomb"
+    bash -c "$limit"'exec "$0" --max-size 20M top "$1"' "$cttool" "$work/bomb"
 done
 ((skipped < 3)) || complain "no archive was tested"
 exit "$((failures != 0))"
