@@ -2,8 +2,8 @@
 #include "tools/cttool/ct_brief.h"
 
 #include <array>
-#include <bit>
 
+#include "ctmeasure/ct_node_words.h"
 #include "tools/cttool/ct_format.h"
 #include "tools/cttool/ct_text_table.h"
 
@@ -16,30 +16,6 @@ using Form = Checkpoint::ValueTextWriter::Form;
 constexpr std::size_t brief_columns = 60;
 constexpr std::size_t thrown_columns = 120;   // the names of its class and its namespaces
 constexpr std::size_t longest_character = 4;  // bytes
-
-// By the place of the level's one bit.
-std::string error_level(std::uint32_t number) {
-  constexpr std::array levels = {
-      "E_ERROR",
-      "E_WARNING",
-      "E_PARSE",
-      "E_NOTICE",
-      "E_CORE_ERROR",
-      "E_CORE_WARNING",
-      "E_COMPILE_ERROR",
-      "E_COMPILE_WARNING",
-      "E_USER_ERROR",
-      "E_USER_WARNING",
-      "E_USER_NOTICE",
-      "E_STRICT",
-      "E_RECOVERABLE_ERROR",
-      "E_DEPRECATED",
-      "E_USER_DEPRECATED",
-  };
-  const auto place = static_cast<std::size_t>(std::countr_zero(number));
-  return std::has_single_bit(number) && place < levels.size() ? levels[place]
-                                                              : std::to_string(number);
-}
 
 std::string header_words(const Checkpoint::SapiHeader& header) {
   constexpr std::array<std::string_view, 5> operations = {"replace", "add", "delete", "delete all",
@@ -120,7 +96,8 @@ std::string BriefLines::of_other(NodeId id, const Node::Base& node) {
     line += std::to_string(sent->code());
   } else if (const auto error = node.begin_as<Checkpoint::ScriptError>()) {
     line += " ";
-    line += error_level(error->error_num());
+    const std::string_view level = error_level(error->error_num());
+    line += level.empty() ? std::to_string(error->error_num()) : std::string(level);
     line += quoted(error->error_message());
   } else if (const auto event = node.begin_as<Checkpoint::UserEvent>()) {
     line += quoted(event->event_name());
