@@ -52,6 +52,12 @@ def check_shell(sqlite, load, cttool, good, bad):
                  "select count(*) from calls;").splitlines() == ["1", calls]
     assert shell(sqlite, load, "select 'abc' regexp '^a.c$', plain('\"x\"');") == "1|x"
     assert "own_ns" in shell(sqlite, load, "select codetrace_schema('calls');")
+    # A name that is taken: nothing is left behind, and the next try has its tables.
+    taken = shell(sqlite, ".bail off", load, "create temp table sent(x);",
+                  f"select codetrace_open('{good}');",
+                  "select group_concat(name) from temp.sqlite_schema;", "drop table temp.sent;",
+                  f"select codetrace_open('{good}') is not null;", "select count(*) from calls;")
+    assert "already exists" in taken and taken.splitlines()[-3:] == ["sent", "1", calls], taken
     missing = good + ".missing"
     assert "No such file" in shell(sqlite, load, f"select codetrace_open('{missing}', 'x');")
     assert "No such file" in shell(sqlite, load,

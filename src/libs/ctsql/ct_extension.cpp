@@ -95,6 +95,33 @@ bool has_schema(sqlite3* database, const char* name) {
   return sqlite3_db_filename(database, name) != nullptr;
 }
 
+void drop_table(sqlite3_context* context, const std::string& schema, const char* name) {
+  const Text sql = checked(sqlite3_mprintf(R"(drop table "%w"."%w")", schema.c_str(), name));
+  sqlite3_exec(sqlite3_context_db_handle(context), sql.get(), nullptr, nullptr, nullptr);
+}
+
+// Makes all tables of a trace and lists them, or none: false after the context was told why.
+bool make_tables(sqlite3_context* context, const std::string& schema, const std::string& path,
+                 std::string& made) {
+  const auto all = tables();
+  for (std::size_t i = 0; i != all.size(); ++i) {
+    const char* const name = all[i]->name;
+    const Text sql =
+        checked(sqlite3_mprintf(R"(create virtual table "%w"."%w" using %s(%Q, %s))",
+                                schema.c_str(), name, module_name, path.c_str(), name));
+    if (!execute(context, sql.get())) {
+      // Those before it go again, so that one may try once more.
+      while (i-- != 0) drop_table(context, schema, all[i]->name);
+      return false;
+    }
+    if (!made.empty()) made += ", ";
+    made += schema;
+    made += '.';
+    made += name;
+  }
+  return true;
+}
+
 void open_tables(sqlite3_context* context, int count, sqlite3_value** values) {
   guarded(context, [&] {
     const std::string path(text_of(values[0]));
@@ -112,16 +139,7 @@ void open_tables(sqlite3_context* context, int count, sqlite3_value** values) {
       return;
     }
     std::string made;
-    for (const Table* table : tables()) {
-      const Text sql = checked(sqlite3_mprintf(R"(create virtual table "%w"."%w" using %s(%Q, %s))",
-                                               schema.c_str(), table->name, module_name,
-                                               path.c_str(), table->name));
-      if (!execute(context, sql.get())) return;
-      if (!made.empty()) made += ", ";
-      made += schema;
-      made += '.';
-      made += table->name;
-    }
+    if (!make_tables(context, schema, path, made)) return;
     sqlite3_result_text64(context, made.data(), made.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
   });
 }
