@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The tool with less and less memory: from the limit on at which a program with its libraries
-// starts at all, it says what is wrong and ends with status 1, or does its work.
+// starts at all, it says what is wrong and ends with its status for that, or does its work.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -15,6 +15,9 @@ namespace {
 constexpr const char* run_tool =
     "'" CODETRACE_BINARY "' -HBDJT -o out '" CODETRACE_ROOT "/examples/notes.ct'";
 constexpr const char* run_nothing = "'" CODETRACE_EMPTY_PROGRAM "'";
+constexpr const char* run_companion =
+    "'" CODETRACE_COMPANION "' summary '" CODETRACE_ROOT "/examples/notes.ct'";
+constexpr const char* start_companion = "'" CODETRACE_COMPANION "' --version";
 
 class LowMemory : public testing::Test {
  protected:
@@ -34,6 +37,19 @@ class LowMemory : public testing::Test {
     return enough;
   }
 
+  // With how many limits the command fails: always with a message and this status.
+  int failures_between(int least, int enough, const std::string& command, int status) {
+    int failures = 0;
+    for (int limit = least; limit < enough; limit += 16) {
+      const ProcessResult result = with_limit(limit, command);
+      if (result.status == 0) continue;
+      ++failures;
+      EXPECT_EQ(result.status, status) << limit << ": " << result.standard_error;
+      EXPECT_THAT(result.standard_error, testing::ContainsRegex("memory|space")) << limit;
+    }
+    return failures;
+  }
+
   TemporaryFolder folder_;
 };
 
@@ -42,15 +58,14 @@ TEST_F(LowMemory, EndsWithAMessageAndStatus1) {
   const int enough = smallest_limit(run_tool);
   ASSERT_LT(least, enough);
   ASSERT_LT(enough - least, 8000) << "the tool needs more than its libraries explain";
-  int failures = 0;
-  for (int limit = least; limit < enough; limit += 16) {
-    const ProcessResult result = with_limit(limit, run_tool);
-    if (result.status == 0) continue;
-    ++failures;
-    EXPECT_EQ(result.status, 1) << limit << ": " << result.standard_error;
-    EXPECT_THAT(result.standard_error, testing::ContainsRegex("memory|space")) << limit;
-  }
-  EXPECT_GT(failures, 0);
+  EXPECT_GT(failures_between(least, enough, run_tool, 1), 0);
+}
+
+TEST_F(LowMemory, TheCompanionEndsWithAMessageAndStatus2) {
+  const int least = smallest_limit(start_companion);
+  const int enough = smallest_limit(run_companion);
+  ASSERT_LT(least, enough);
+  EXPECT_GT(failures_between(least, enough, run_companion, 2), 0);
 }
 
 }  // namespace

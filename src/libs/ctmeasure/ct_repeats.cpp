@@ -7,6 +7,7 @@
 
 #include <QHashFunctions>
 #include <algorithm>
+#include <array>
 #include <cassert>
 #include <string_view>
 #include <utility>
@@ -24,9 +25,34 @@ class RepeatTable {
     for (std::size_t i = 0; i != first_size; ++i) slots_.push_back({});
   }
 
+  // Looks at a call now and at its slot a little later: by then that has come into the cache, which
+  // in a large table takes longer than all else.
   void add(NodeId id) {
+    Waiting& place = waiting_[count_ % waiting_.size()];
+    if (count_ >= waiting_.size()) enter(place);
+    ++count_;
+    place = {id, hash_of(id)};
+    __builtin_prefetch(&slots_[place.hash & (slots_.size() - 1)], 1);
+  }
+
+  std::vector<Repeat> take() {
+    const std::size_t left = std::min(count_, waiting_.size());
+    for (std::size_t i = count_ - left; i != count_; ++i) enter(waiting_[i % waiting_.size()]);
+    count_ = 0;
+    return std::move(found_);
+  }
+
+ private:
+  static constexpr std::size_t first_size = 1024;
+
+  struct Waiting {
+    NodeId id = 0;
+    std::uint32_t hash = 0;
+  };
+
+  void enter(const Waiting& call) {
+    const auto [id, hash] = call;
     if (2 * (used_ + 1) > slots_.size()) grow();
-    const std::uint32_t hash = hash_of(id);
     const std::size_t mask = slots_.size() - 1;
     std::size_t at = hash & mask;
     while (slots_[at].is_used() && (slots_[at].hash != hash || !is_equal(slots_[at], id))) {
@@ -43,11 +69,6 @@ class RepeatTable {
     ++repeat.calls;
     repeat.total_ns = bounded_sum(repeat.total_ns, measures_[id].total_ns);
   }
-
-  std::vector<Repeat> take() { return std::move(found_); }
-
- private:
-  static constexpr std::size_t first_size = 1024;
 
   struct Slot {
     std::uint32_t hash = 0;
@@ -121,6 +142,8 @@ class RepeatTable {
   const Measures& measures_;
   PlainArray<Slot> slots_;  // as many as a power of two
   std::size_t used_ = 0;
+  std::array<Waiting, 16> waiting_;  // a ring of the last calls
+  std::size_t count_ = 0;            // calls that were added
   std::vector<Repeat> found_;
   std::size_t seed_ = QHashSeed::globalSeed();
 };
