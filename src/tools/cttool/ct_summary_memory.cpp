@@ -68,11 +68,7 @@ void memory_json(const SummaryFacts& facts, JsonWriter& json) {
   json.begin_array();
   for (std::size_t i = 0; i != way.size(); ++i) {
     json.element();
-    json.begin_object();
-    put_id(json, "id", way[i]);
-    json.key("kind");
-    json.word(kind_of(facts.trace.type(way[i])));
-    put_name(json, facts, way[i]);
+    begin_node(json, facts, way[i]);
     put_number(json, "growth", growth[i]);
     json.end_object();
   }

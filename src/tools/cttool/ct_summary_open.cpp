@@ -62,11 +62,7 @@ void open_json(const SummaryFacts& facts, JsonWriter& json) {
   for (NodeId id = 0; id != facts.measures.node_count(); ++id) {
     if (!facts.measures[id].has(Measure::open)) continue;
     json.element();
-    json.begin_object();
-    put_id(json, "id", id);
-    json.key("kind");
-    json.word(kind_of(facts.trace.type(id)));
-    put_name(json, facts, id);
+    begin_node(json, facts, id);
     put_number(json, "start_ns", facts.measures[id].start_ns);
     put_number(json, "total_ns", facts.measures[id].total_ns);
     put_place(json, facts.trace, id);

@@ -117,4 +117,12 @@ void put_name(JsonWriter& json, const SummaryFacts& facts, NodeId id) {
   json.text(name_of(facts.trace.functions()[static_cast<std::size_t>(function)]));
 }
 
+void begin_node(JsonWriter& json, const SummaryFacts& facts, NodeId id) {
+  json.begin_object();
+  put_id(json, "id", id);
+  json.key("kind");
+  json.word(kind_of(facts.trace.type(id)));
+  put_name(json, facts, id);
+}
+
 }  // namespace CT::Tool

@@ -89,5 +89,7 @@ void put_text(JsonWriter& json, std::string_view key, const std::string& text);
 void put_place(JsonWriter& json, const Trace& trace, NodeId id);
 // "function": its name; null for what is no call.
 void put_name(JsonWriter& json, const SummaryFacts& facts, NodeId id);
+// Begins the object of a node: "id", "kind" and "function".
+void begin_node(JsonWriter& json, const SummaryFacts& facts, NodeId id);
 
 }  // namespace CT::Tool

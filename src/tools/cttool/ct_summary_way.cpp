@@ -75,11 +75,7 @@ void way_json(const SummaryFacts& facts, JsonWriter& json) {
   json.begin_array();
   for (const NodeId id : slowest_way(facts)) {
     json.element();
-    json.begin_object();
-    put_id(json, "id", id);
-    json.key("kind");
-    json.word(kind_of(facts.trace.type(id)));
-    put_name(json, facts, id);
+    begin_node(json, facts, id);
     put_number(json, "total_ns", facts.measures[id].total_ns);
     put_number(json, "own_ns", facts.measures[id].own_ns);
     put_place(json, facts.trace, id);
