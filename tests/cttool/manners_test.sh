@@ -28,7 +28,7 @@ expect 0 "Usage: cttool VERB" "$cttool"
 expect 0 "Usage: cttool VERB" "$cttool" --help
 expect 0 "Usage: cttool VERB" "$cttool" help
 expect 0 "cttool 3." "$cttool" --version
-for verb in summary top tree calls show; do
+for verb in summary top tree calls show response sql; do
   expect 0 "Usage: cttool $verb" "$cttool" help "$verb"
   cp -- "$work/out" "$work/help"
   expect 0 "Examples:" "$cttool" "$verb" --help
@@ -37,10 +37,16 @@ for verb in summary top tree calls show; do
     echo "more than a screen: $verb --help"
     failures=$((failures + 1))
   fi
+  wide=$(grep -E '^.{81}' -- "$work/out" || true)
+  if [[ $wide ]]; then
+    echo "wider than a screen: $verb --help: $wide"
+    failures=$((failures + 1))
+  fi
   expect 2 "FILE is required" "$cttool" "$verb"
   expect 2 "there is no option --nonsense" "$cttool" "$verb" "$notes" --nonsense
   operand=()
   [[ $verb != show ]] || operand=(1)
+  [[ $verb != sql ]] || operand=("select 1")
   for file in "$work/missing.ct" "$work" /dev/null; do
     expect 2 "Failed to open" "$cttool" "$verb" "$file" "${operand[@]}"
   done
@@ -58,7 +64,15 @@ expect 2 "is no regular expression" "$cttool" tree "$notes" --hide '/(/'
 expect 2 "--depth" "$cttool" tree "$notes" --depth x
 expect 1 "no node is left to show" "$cttool" tree "$notes" --only nothing
 expect 1 "there is no node 100000000" "$cttool" tree "$notes" --under 100000000
-expect 1 "" "$cttool" calls "$notes" nothing
+expect 1 "nothing called nothing" "$cttool" calls "$notes" nothing
+expect 1 "did you mean str_repeat?" "$cttool" calls "$notes" str_repaet
+expect 1 "nothing threw Nothing; " "$cttool" calls "$notes" --threw Nothing
+expect 2 "has no / at its end" "$cttool" calls "$notes" '/a'
+expect 2 "-1 is no whole number" "$cttool" calls "$notes" --limit -1
+expect 1 "is no number of a node" "$cttool" show "$notes" seven
+expect 0 "#7  " "$cttool" show "$notes" '#7'
+expect 2 "did you mean cttool summary $notes?" "$cttool" "$notes"
+expect 0 "--limit 0 shows all" "$cttool" show "$notes" 1 --limit 3
 expect 1 "nothing called nothing" "$cttool" top "$notes" --under nothing
 
 # From a pipe it is the same.

@@ -125,14 +125,34 @@ def check_forms(path, cttool):
     assert len(table) == len(wanted) + 2 and table[1] == "|---|---|---|", path
 
 
+def check_exceptions(path, cttool):
+    """What was thrown, as the summary says it."""
+    said = json.loads(output(cttool, "summary", path, "--format", "json"))["exceptions"]
+    wanted = []
+    for row in said:
+        ended = [call for way in row["passes"] for call in way["calls"]]
+        caught_in = None if row["uncaught"] else row["passes"][-1]["caught_in"]
+        wanted.append([row["class"], row["handle"], row["message"], row["file"] or None, row["line"],
+                       row["made_by"], ended[0], len(ended), caught_in, row["previous"]])
+    assert rows(cttool, path, "select * from exceptions") == wanted, (path, wanted)
+    for at, row in enumerate(wanted):
+        if row[-1] is not None:
+            earlier = rows(cttool, path, f"select handle from exceptions where rowid = {row[-1]}")
+            assert earlier == [[said[row[-1]]["handle"]]], (path, at, row)
+    return len(wanted)
+
+
 def main():
     codetrace, cttool, make_random, *traces = sys.argv[1:]
+    thrown = 0
     for path in traces:
         document = json.loads(output(codetrace, "-J", path))
         check_nodes(path, document, cttool)
         check_calls(path, document, cttool)
         check_sums(path, document, cttool)
         check_forms(path, cttool)
+        thrown += check_exceptions(path, cttool)
+    assert thrown > 5, thrown
     orders = collections.Counter()
     with tempfile.TemporaryDirectory() as folder:
         subprocess.run([make_random, folder, "50", "11"], check=True)
@@ -143,6 +163,7 @@ def main():
             document = json.loads(output(codetrace, "-J", path))
             check_nodes(path, document, cttool)
             check_calls(path, document, cttool)
+            check_exceptions(path, cttool)
     assert min(orders[order] for order in ORDER) > 5, orders
     print(f"{len(traces)} traces and {len(paths)} random ones")
 

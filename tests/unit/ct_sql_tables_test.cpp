@@ -168,7 +168,7 @@ TEST(SqlSchema, EveryColumnOfEveryTableCanBeReadAndHasALine) {
       const std::string rows =
           sql.rows("select * from " + (name == "ancestors" ? name + "(3)" : name));
       EXPECT_THAT(rows, testing::Not(HasSubstr("error: ")));
-      if (name != "repeats") {
+      if (name != "repeats" && name != "exceptions") {
         EXPECT_NE(rows, "");
       }
       for (const Sql::Column& column : table->columns) {

@@ -17,9 +17,9 @@ std::string padded(std::string text, std::size_t width) {
 
 std::span<const Table* const> tables() {
   static constexpr std::array all = {
-      &request_table,  &nodes_table,     &calls_table,   &functions_table, &classes_table,
-      &includes_table, &writes_table,    &headers_table, &sent_table,      &errors_table,
-      &events_table,   &ancestors_table, &repeats_table,
+      &request_table,  &nodes_table,     &calls_table,      &functions_table, &classes_table,
+      &includes_table, &writes_table,    &headers_table,    &sent_table,      &errors_table,
+      &events_table,   &ancestors_table, &exceptions_table, &repeats_table,
   };
   return all;
 }

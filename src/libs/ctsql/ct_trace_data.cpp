@@ -57,6 +57,11 @@ const std::vector<Repeat>& TraceData::repeats() {
   return *repeats_;
 }
 
+const std::vector<Exception>& TraceData::exceptions() {
+  if (!exceptions_) exceptions_ = CT::exceptions(trace_, measures_);
+  return *exceptions_;
+}
+
 std::span<const NodeId> TraceData::nodes_of(Node::Type type) {
   if (!lists_) {
     auto lists = std::make_unique<Lists>();

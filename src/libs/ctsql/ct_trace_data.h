@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "codetrace/ct_trace.h"
+#include "ctmeasure/ct_exceptions.h"
 #include "ctmeasure/ct_measures.h"
 #include "ctmeasure/ct_profile.h"
 #include "ctmeasure/ct_repeats.h"
@@ -43,6 +44,7 @@ class TraceData {
   std::int32_t thrown();
   const Response& response();
   const std::vector<Repeat>& repeats();
+  const std::vector<Exception>& exceptions();
   // The nodes of a type other than calls, in rising order.
   std::span<const NodeId> nodes_of(Node::Type type);
 
@@ -63,6 +65,7 @@ class TraceData {
   std::optional<std::int32_t> thrown_;
   std::optional<Response> response_;
   std::optional<std::vector<Repeat>> repeats_;
+  std::optional<std::vector<Exception>> exceptions_;
   std::unique_ptr<const Lists> lists_;
   std::uint64_t rows_touched_ = 0;
 };

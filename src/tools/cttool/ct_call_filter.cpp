@@ -5,7 +5,9 @@
 #include <charconv>
 #include <cstdio>
 
+#include "ctmeasure/ct_exceptions.h"
 #include "tools/cttool/ct_format.h"
+#include "tools/cttool/ct_text_table.h"
 
 namespace CT::Tool {
 
@@ -44,7 +46,8 @@ bool CallFilter::set(const CallConditions& conditions) {
     if (!is_good(conditions.returned, returned_->error())) return false;
   }
   threw_ = conditions.threw;
-  if (!conditions.thrown_class.empty()) thrown_class_ = NamePattern(conditions.thrown_class);
+  wanted_class_ = conditions.thrown_class;
+  if (!wanted_class_.empty()) thrown_class_ = NamePattern(wanted_class_);
   if (!is_good(conditions.thrown_class, thrown_class_.error())) return false;
   open_ = conditions.open;
   if (!conditions.least.empty()) {
@@ -82,13 +85,40 @@ bool CallFilter::takes(NodeId id) {
   return arguments_.empty() || (call && has_arguments(*call));
 }
 
+// A class also by its name without the namespace.
+bool CallFilter::is_thrown_class(std::string_view name) const {
+  const std::size_t at = name.rfind('\\');
+  return thrown_class_.matches(name) ||
+         (at != std::string_view::npos && thrown_class_.matches(name.substr(at + 1)));
+}
+
+void CallFilter::say_other_classes() const {
+  constexpr std::size_t most = 5;
+  if (wanted_class_.empty()) return;
+  std::vector<std::string> classes;
+  for (const Exception& exception : exceptions(trace_, measures_)) {
+    if (exception.class_entry == nullptr) continue;
+    std::string name = shown_text(exception.class_entry->name().view());
+    if (is_thrown_class(exception.class_entry->name().view())) return;
+    if (std::find(classes.begin(), classes.end(), name) == classes.end()) {
+      classes.push_back(std::move(name));
+    }
+  }
+  std::string thrown = classes.empty() ? "; nothing was thrown" : "; thrown were ";
+  for (std::size_t i = 0; i != std::min(most, classes.size()); ++i) {
+    thrown.append(i == 0 ? "" : ", ").append(classes[i]);
+  }
+  if (classes.size() > most) thrown += " and others";
+  std::fprintf(stderr, "nothing threw %s%s\n", shown_text(wanted_class_).c_str(), thrown.c_str());
+}
+
 bool CallFilter::ends_so(const Node::Base& node) {
   if (threw_) {
     const auto thrown = node.end_as<Checkpoint::FunctionException>();
     if (!thrown) return false;
     const auto value = thrown->value();
     const Checkpoint::ClassEntry* entry = value.class_entry();
-    if (!thrown_class_.matches(entry != nullptr ? entry->name().view() : "")) return false;
+    if (!is_thrown_class(entry != nullptr ? entry->name().view() : "")) return false;
   }
   if (!returned_) return true;
   const auto result = node.end_as<Checkpoint::FunctionReturn>();

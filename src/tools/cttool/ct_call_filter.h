@@ -52,6 +52,9 @@ class CallFilter {
 
   [[nodiscard]] bool takes(NodeId id);
 
+  // If a class of exceptions was asked for that nothing threw: says so, and what was thrown.
+  void say_other_classes() const;
+
  private:
   struct Argument {
     std::uint32_t number;  // from 1; 0 for any
@@ -69,6 +72,9 @@ class CallFilter {
   std::vector<Argument> arguments_;
   std::optional<TextCondition> returned_;
   bool threw_ = false;
+  [[nodiscard]] bool is_thrown_class(std::string_view name) const;
+
+  std::string wanted_class_;
   NamePattern thrown_class_;
   bool open_ = false;
   std::int64_t least_ns_ = 0;

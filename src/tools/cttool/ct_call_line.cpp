@@ -17,7 +17,7 @@ std::string NodeLines::label(NodeId id) {
   }
   std::string label(kind_of(trace_.type(id)));
   if (const auto include = trace_.node(id).begin_as<Checkpoint::IncludeCall>()) {
-    label += " " + shown_text(include->include().view());
+    label.append(" ").append(shown_text(include->include().view()));
   }
   return label;
 }

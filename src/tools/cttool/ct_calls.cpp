@@ -2,29 +2,33 @@
 //
 // cttool calls: those that match, one a line.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <memory>
 
 #include "codetrace/render/ct_number.h"
-#include "ctmeasure/ct_grouping.h"
 #include "tools/cttool/ct_call_filter.h"
-#include "tools/cttool/ct_call_line.h"
+#include "tools/cttool/ct_call_printer.h"
 #include "tools/cttool/ct_choice.h"
-#include "tools/cttool/ct_csv.h"
 #include "tools/cttool/ct_format.h"
 #include "tools/cttool/ct_input.h"
-#include "tools/cttool/ct_node_json.h"
+#include "tools/cttool/ct_names.h"
 #include "tools/cttool/ct_printer.h"
 #include "tools/cttool/ct_sql_condition.h"
-#include "tools/cttool/ct_text_table.h"
 #include "tools/cttool/ct_verb.h"
 
 namespace CT::Tool {
 
 namespace {
 
-enum class Form { text, json, jsonl, csv };
+using Form = CallForm;
 const Words<Form> form_words = {
     {"text", Form::text}, {"json", Form::json}, {"jsonl", Form::jsonl}, {"csv", Form::csv}};
+
+enum class Order { start, total, own, memory };
+const Words<Order> order_words = {{"start", Order::start},
+                                  {"total", Order::total},
+                                  {"own", Order::own},
+                                  {"memory", Order::memory}};
 
 struct Options {
   std::string file;
@@ -32,154 +36,10 @@ struct Options {
   std::string under;
   std::string where;
   std::size_t limit = 0;
-  Form form = Form::text;
-  bool path = false;
+  CallFormat format;
+  Order order = Order::start;
   bool count = false;
 };
-
-// Prints calls in one of the forms.
-class CallPrinter {
- public:
-  CallPrinter(const Options& options, const Trace& trace, const Measures& measures,
-              Printer& printer)
-      : options_(options),
-        measures_(measures),
-        out_(printer.out()),
-        width_(printer.width()),
-        lines_(trace, measures),
-        nodes_(trace, measures),
-        json_(printer.out(),
-              options.form == Form::json ? JsonWriter::Form::indented : JsonWriter::Form::compact),
-        trace_(trace) {}
-
-  void begin();
-  void print(NodeId id);
-  void end();
-
- private:
-  void print_text(NodeId id);
-  void print_json(NodeId id);
-  void print_csv(NodeId id);
-
-  const Options& options_;
-  const Measures& measures_;
-  Writer& out_;
-  std::size_t width_;
-  NodeLines lines_;
-  NodeJson nodes_;
-  JsonWriter json_;
-  const Trace& trace_;
-};
-
-void CallPrinter::begin() {
-  switch (options_.form) {
-    case Form::text: out_.put("      id    start ms    total ms  place  call\n"); break;
-    case Form::json:
-      json_.begin_object();
-      json_.key("schema");
-      json_.word("cttool.calls/1");
-      json_.key("trace");
-      json_.text(options_.file);
-      json_.key("calls");
-      json_.begin_array();
-      break;
-    case Form::jsonl: break;
-    case Form::csv:
-      out_.put(
-          "id,parent,depth,name,start_ns,total_ns,own_ns,file,line,outcome,this,args,"
-          "returned,thrown\n");
-  }
-}
-
-void CallPrinter::print(NodeId id) {
-  switch (options_.form) {
-    case Form::text: print_text(id); break;
-    case Form::json:
-      json_.element();
-      print_json(id);
-      break;
-    case Form::jsonl:
-      print_json(id);
-      out_.put('\n');
-      break;
-    case Form::csv: print_csv(id); break;
-  }
-}
-
-void CallPrinter::end() {
-  if (options_.form != Form::json) return;
-  json_.end_array();
-  json_.end_object();
-  out_.put('\n');
-}
-
-void CallPrinter::print_text(NodeId id) {
-  if (options_.path) {
-    std::string way;
-    for (const NodeId above : lines_.way_to(id)) way += lines_.label(above) + " > ";
-    out_.put(fitted(way, width_) + "\n");
-  }
-  const Measure& measure = measures_[id];
-  const auto right = [&](const std::string& text, std::size_t columns) {
-    return text.size() < columns ? std::string(columns - text.size(), ' ') + text : text;
-  };
-  const std::string place = lines_.place(id);
-  out_.put(fitted(right(std::to_string(id), 8) + right(as_ms(measure.start_ns), 12) +
-                      right(as_ms(measure.total_ns), 12) + "  " + (place.empty() ? "-" : place) +
-                      "  " + lines_.line(id),
-                  width_));
-  out_.put('\n');
-}
-
-void CallPrinter::print_json(NodeId id) {
-  json_.begin_object();
-  nodes_.write_measures(id, json_);
-  nodes_.write_values(id, json_);
-  if (options_.path) {
-    json_.key("path");
-    json_.begin_array();
-    for (const NodeId above : lines_.way_to(id)) {
-      json_.element();
-      json_.number(std::int64_t{above});
-    }
-    json_.end_array();
-  }
-  json_.end_object();
-}
-
-void CallPrinter::print_csv(NodeId id) {
-  const Measure& measure = measures_[id];
-  const Node::Base node = trace_.node(id);
-  const auto put_json = [&](const auto& write) {
-    out_.put(',');
-    MemoryWriter text;
-    JsonWriter json(text, JsonWriter::Form::compact);
-    write(json);
-    if (text.view() != "null") put_csv(out_, text.view());
-  };
-  put_signed(out_, id);
-  out_.put(',');
-  put_signed(out_, trace_.parent(id));
-  out_.put(',');
-  put_unsigned(out_, trace_.depth(id));
-  out_.put(',');
-  put_csv(out_, name_of(trace_.functions()[static_cast<std::size_t>(measure.function)]));
-  for (const std::int64_t figure : {measure.start_ns, measure.total_ns, measure.own_ns}) {
-    out_.put(',');
-    put_signed(out_, figure);
-  }
-  out_.put(',');
-  put_csv(out_, node.begin().filename().view());
-  out_.put(',');
-  if (node.begin().has_location()) put_unsigned(out_, node.begin().line_no());
-  out_.put(',');
-  out_.put(outcome_of(node));
-  put_json([&](JsonWriter& json) { nodes_.write_this(node, json); });
-  put_json([&](JsonWriter& json) { nodes_.write_args(node, json); });
-  put_json([&](JsonWriter& json) { nodes_.write_result(node, false, json); });
-  put_json([&](JsonWriter& json) { nodes_.write_result(node, true, json); });
-  out_.put('\n');
-}
 
 // Calls `take` with each call that matches, until it returns false.
 template <class Take>
@@ -190,6 +50,78 @@ void for_each_call(const Scope& scope, CallFilter& filter, const SqlCondition& w
       if (where.takes(id) && filter.takes(id) && !take(id)) return;
     }
   }
+}
+
+// The calls that match, in the order that is asked for.
+std::vector<NodeId> sorted(std::vector<NodeId> found, const Measures& measures, Order order) {
+  const auto figure = [&](NodeId id) {
+    const Measure& measure = measures[id];
+    return order == Order::total ? measure.total_ns
+           : order == Order::own ? measure.own_ns
+                                 : measure.own_memory;
+  };
+  std::stable_sort(found.begin(), found.end(),
+                   [&](NodeId a, NodeId b) { return figure(a) > figure(b); });
+  return found;
+}
+
+// Why there is nothing, as far as that can be told.
+void say_nothing(const Options& options, const Trace& trace, const CallFilter& filter) {
+  for (const std::string& pattern : options.conditions.patterns) {
+    NamedFunctions named;
+    if (named.find(trace, {pattern}) && named.is_empty()) say_none(trace, pattern);
+  }
+  filter.say_other_classes();
+}
+
+class Search {
+ public:
+  Search(const Options& options, const Measures& measures, CallPrinter& calls, Printer& printer)
+      : options_(options), measures_(measures), calls_(calls), printer_(printer) {}
+
+  // How many there are.
+  std::size_t run(const Scope& scope, CallFilter& filter, const SqlCondition& where) {
+    std::vector<NodeId> kept;
+    for_each_call(scope, filter, where, [&](NodeId id) {
+      if (options_.count) {
+        ++found_;
+      } else if (options_.order != Order::start) {
+        kept.push_back(id);
+      } else {
+        put(id);
+      }
+      return printer_.ok();
+    });
+    for (const NodeId id : sorted(std::move(kept), measures_, options_.order)) put(id);
+    finish();
+    return found_;
+  }
+
+ private:
+  void put(NodeId id) {
+    if (found_++ == 0) calls_.begin();
+    if (options_.limit == 0 || found_ <= options_.limit) calls_.print(id);
+  }
+  void finish();
+
+  const Options& options_;
+  const Measures& measures_;
+  CallPrinter& calls_;
+  Printer& printer_;
+  std::size_t found_ = 0;
+};
+
+void Search::finish() {
+  Writer& out = printer_.out();
+  if (options_.count) {
+    put_unsigned(out, found_);
+    return out.put('\n');
+  }
+  if (found_ == 0 && options_.format.form == Form::json) calls_.begin();
+  if (found_ != 0 || options_.format.form == Form::json) calls_.end();
+  if (options_.limit == 0 || found_ <= options_.limit || options_.format.form != Form::text) return;
+  const auto left_out = static_cast<std::int64_t>(found_ - options_.limit);
+  out.put("\n\xE2\x80\xA6 " + as_count(left_out) + " more; --limit 0 shows all\n");
 }
 
 int run(const Options& options, Session& session) {
@@ -203,30 +135,10 @@ int run(const Options& options, Session& session) {
   Scope scope;
   if (!scope.find(input.trace(), measures, options.under)) return nothing_found;
   Printer printer(session);
-  CallPrinter calls(options, input.trace(), measures, printer);
-  std::size_t found = 0;
-  std::size_t left_out = 0;
-  for_each_call(scope, filter, where, [&](NodeId id) {
-    if (options.limit != 0 && found == options.limit && !options.count) {
-      ++left_out;
-      return true;
-    }
-    if (found++ == 0 && !options.count) calls.begin();
-    if (!options.count) calls.print(id);
-    return printer.ok();
-  });
-  if (options.count) {
-    put_unsigned(printer.out(), found);
-    printer.out().put('\n');
-  } else {
-    if (found == 0 && options.form == Form::json) calls.begin();
-    if (found != 0 || options.form == Form::json) calls.end();
-  }
-  if (left_out != 0 && options.form == Form::text) {
-    printer.out().put("\n\xE2\x80\xA6 " + as_count(static_cast<std::int64_t>(left_out)) +
-                      " more; --limit 0 shows all\n");
-  }
+  CallPrinter calls(options.format, options.file, input.trace(), measures, printer);
+  const std::size_t found = Search(options, measures, calls, printer).run(scope, filter, where);
   const int status = printer.finish(found != 0 ? done : nothing_found);
+  if (found == 0) say_nothing(options, input.trace(), filter);
   input.say_damage();
   return status;
 }
@@ -248,8 +160,9 @@ VerbRun define_calls(CLI::App& command) {
   command
       .add_option_function<std::string>(
           "--threw",
-          [&conditions](const std::string& name) {
+          [&conditions, &messages = options->format.messages](const std::string& name) {
             conditions.threw = true;
+            messages = true;
             conditions.thrown_class = name == "*" ? "" : name;
           },
           "It threw an exception, of this class.")
@@ -264,10 +177,11 @@ VerbRun define_calls(CLI::App& command) {
       ->option_text("GLOB");
   command.add_option("--where", options->where, "This is true of it (see cttool help sql).")
       ->option_text("SQL");
-  command.add_flag("--path", options->path, "Print the way down to each.");
+  command.add_flag("--path", options->format.path, "Print the way down to each.");
   command.add_flag("--count", options->count, "Print only how many there are.");
-  command.add_option("--limit", options->limit, "Calls at most; 0 for all. (0)")->option_text("N");
-  add_choice(command, "--format", options->form, form_words, "Print them so.");
+  add_choice(command, "--by", options->order, order_words, "The most of it first.");
+  add_count(command, "--limit", options->limit, "Calls at most; 0 for all. (0)");
+  add_choice(command, "--format", options->format.form, form_words, "Print them so.");
   return [options](Session& session) { return run(*options, session); };
 }
 

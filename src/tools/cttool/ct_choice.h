@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Options of which the value is one word of a few.
+// Options of which the value is one word of a few, or a number of something.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -40,6 +40,15 @@ void add_choice(CLI::App& command, const std::string& name, Value& value, const 
           help + " (" + word_of(words, value) + ")")
       ->check(CLI::IsMember(known))
       ->option_text(list);
+}
+
+// Adds `--name N`, a whole number from 0 on. Borrows the value, which may be a std::optional.
+template <class Value>
+void add_count(CLI::App& command, const std::string& name, Value& value, const std::string& help) {
+  command.add_option(name, value, help)->option_text("N")->check([](const std::string& text) {
+    const bool is_number = !text.empty() && text.find_first_not_of("0123456789") == text.npos;
+    return is_number ? std::string() : text + " is no whole number";
+  });
 }
 
 }  // namespace CT::Tool

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // The companion: reads which verb is meant and runs it.
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
@@ -82,8 +84,11 @@ int print_help(const CLI::App& app) {
 int unknown_verb(const CommandLine& line, const std::string& name) {
   std::vector<std::string> known;
   for (const CLI::App* command : line.app.get_subcommands({})) known.push_back(command->get_name());
+  std::string near = CT::Tool::guess(name, known);
+  // A file where a verb is wanted.
+  if (access(name.c_str(), F_OK) == 0) near = "; did you mean cttool summary " + name + "?";
   std::fprintf(stderr, "cttool: there is no verb %s%s\nTry 'cttool --help'.\n", name.c_str(),
-               CT::Tool::guess(name, known).c_str());
+               near.c_str());
   return failed;
 }
 

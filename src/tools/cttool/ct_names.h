@@ -3,6 +3,7 @@
 // Which functions of a trace the user means: each is asked once, however often it is called.
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,10 @@ class NamedFunctions {
   // By the function's place in the trace's list; false for -1.
   [[nodiscard]] bool has(std::int32_t function) const {
     return function >= 0 && named_[static_cast<std::size_t>(function)];
+  }
+  // Whether no name matches.
+  [[nodiscard]] bool is_empty() const {
+    return std::find(named_.begin(), named_.end(), true) == named_.end();
   }
 
  private:
@@ -46,8 +51,11 @@ class Scope {
   std::vector<Range> ranges_;
 };
 
-// The number of a node, as the user wrote it; Storage::no_node, after it was said why, if the trace
-// has none of that number.
+// Says that the trace has no function of such a name, and which name is near.
+void say_none(const Trace& trace, const std::string& name);
+
+// The number of a node, as the user wrote it, with "#" before it or without; Storage::no_node,
+// after it was said why, if the trace has none of that number.
 NodeId find_node(const Trace& trace, const std::string& id);
 
 }  // namespace CT::Tool

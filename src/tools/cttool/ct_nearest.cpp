@@ -30,7 +30,7 @@ std::string guess(const std::string& word, const std::vector<std::string>& known
   constexpr std::size_t longest = 40;  // nobody mistypes that much, and it would take its time
   if (word.size() > longest) return {};
   const std::string* nearest = nullptr;
-  std::size_t least = word.size() / 3 + 2;
+  std::size_t least = std::max<std::size_t>(2, word.size() / 3 + 1);
   for (const std::string& candidate : known) {
     const std::size_t far = candidate.starts_with(word) ? 1 : distance(word, candidate);
     if (far >= least) continue;

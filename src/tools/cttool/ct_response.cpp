@@ -26,6 +26,7 @@ struct Options {
   bool body = false;
   std::optional<std::string> blame;  // empty: of everything
   std::size_t limit = 20;
+  bool full = false;
   Form form = Form::text;
 
   [[nodiscard]] bool has_text() const { return blame && !blame->empty(); }
@@ -66,7 +67,7 @@ int print(const Options& options, const Input& input, const Response& response, 
   } else if (sighting) {
     page.write_sighting(*sighting);
   } else {
-    options.blame ? page.write_makers() : page.write_text();
+    options.blame ? page.write_makers(options.full) : page.write_text();
   }
   return printer.finish(sighting && sighting->is_none() ? nothing_found : done);
 }
@@ -75,6 +76,7 @@ int run(const Options& options, Session& session) {
   Input input(session);
   if (!input.open(options.file)) return failed;
   const Response response(input.trace());
+  session.full = session.full || options.full;
   Printer printer(session);
   int status = nothing_found;
   if (response.is_empty() && options.form == Form::text) {
@@ -98,14 +100,14 @@ VerbRun define_response(CLI::App& command) {
   command
       .add_option_function<std::string>(
           "--blame", [options](const std::string& text) { options->blame = text; },
-          "Who set each header and wrote what; or who wrote TEXT.")
+          "Who set and wrote what; or who wrote TEXT.")
       ->option_text("[TEXT]")
       ->expected(0, 1)
       ->default_str("")
       ->excludes(body);
-  command
-      .add_option("--limit", options->limit, "Places of TEXT in the body at most; 0 for all. (20)")
-      ->option_text("N");
+  add_count(command, "--limit", options->limit,
+            "Places of TEXT in the body at most; 0 for all. (20)");
+  command.add_flag("--full", options->full, "With --blame: a line for each write, whole.");
   add_choice(command, "--format", options->form, form_words, "Print it so.");
   return [options](Session& session) { return run(*options, session); };
 }

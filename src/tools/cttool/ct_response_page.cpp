@@ -136,7 +136,7 @@ struct WriteFold {
 
 }  // namespace
 
-void ResponsePage::write_makers() {
+void ResponsePage::write_makers(bool each) {
   TextTable table({{"id", Align::right},
                    {"what", Align::left},
                    {"made by", Align::left},
@@ -159,7 +159,8 @@ void ResponsePage::write_makers() {
   for (const BodyPart& write : response_.writes()) {
     const WriteFold fold = {maker(write.id), place(write.id), write.id, 1,
                             write.offset,    write.size(),    {}};
-    if (!folds.empty() && folds.back().maker == fold.maker && folds.back().place == fold.place) {
+    const bool is_same = !folds.empty() && folds.back().maker == fold.maker;
+    if (!each && is_same && folds.back().place == fold.place) {
       ++folds.back().count;
       folds.back().bytes += fold.bytes;
     } else {
@@ -168,13 +169,20 @@ void ResponsePage::write_makers() {
           fitted(shown_text(write.body.view().substr(0, 4 * begin_width)), begin_width);
     }
   }
+  std::size_t before = 0;
   for (const WriteFold& fold : folds) {
-    std::string what = fold.count == 1 ? "write" : "write \xC3\x97 " + number(fold.count);
+    std::string what = "write " + number(before + 1);
+    if (fold.count != 1) what += " to " + number(before + fold.count);
+    before += fold.count;
     std::string bytes = counted(fold.bytes, "byte", "bytes");
     bytes += " at " + number(fold.offset) + ": \"" + fold.begin + "\"";
     table.add({std::to_string(fold.id), std::move(what), fold.maker, fold.place, bytes});
   }
   printer_.put(table);
+  if (folds.size() == before) return;
+  out_.put(printer_.style().dim(
+      "\n\xE2\x80\xA6 writes of one place in a row have one line; --full shows each"));
+  out_.put('\n');
 }
 
 // Of a way that is very long, the end.
@@ -227,7 +235,7 @@ void ResponsePage::write_body_matches(const Sighting& sighting) {
   for (std::size_t i = 0; i != found.size();) {
     const BodyMatch& match = found[i];
     const BodyPart& first = response_.writes()[match.first];
-    std::string line = "\nbody, byte " + number(match.offset);
+    std::string line = "\nbody, at byte " + number(match.offset);
     std::size_t next = i + 1;
     for (; next != found.size() && found[next].first == match.first &&
            found[next].last == match.last && match.first == match.last;

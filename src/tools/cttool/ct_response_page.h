@@ -43,7 +43,7 @@ class ResponsePage {
   // Status, headers, body, as the client saw them.
   void write_text();
   // All that the response is made of, with who made it.
-  void write_makers();
+  void write_makers(bool each);
   // Where a text is and the way down to who wrote it.
   void write_sighting(const Sighting& sighting);
   // Everything; the sighting if there is one.

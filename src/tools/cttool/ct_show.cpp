@@ -2,9 +2,11 @@
 //
 // cttool show: one node, whole.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <memory>
 
 #include "codetrace/render/ct_number.h"
+#include "ctmeasure/ct_exceptions.h"
 #include "tools/cttool/ct_call_line.h"
 #include "tools/cttool/ct_choice.h"
 #include "tools/cttool/ct_format.h"
@@ -31,35 +33,33 @@ struct Options {
   std::string id;
   Form form = Form::text;
   bool source = false;
+  std::size_t limit = 50;  // lines about what it called; 0 for all
 };
 
 class NodePage {
  public:
-  NodePage(const Trace& trace, const Measures& measures, NodeId id, bool has_source,
+  NodePage(const Trace& trace, const Measures& measures, NodeId id, const Options& options,
            Printer& printer)
-      : printer_(printer),
+      : options_(options),
+        printer_(printer),
         trace_(trace),
         measures_(measures),
         id_(id),
         node_(trace.node(id)),
-        source_(trace, has_source),
+        source_(trace, options.source),
         out_(printer.out()),
         lines_(trace, measures),
         nodes_(trace, measures) {}
 
   void write_text();
-  void write_json(const std::string& file);
+  void write_json();
 
  private:
   void write_figures();
   void write_values();
   void write_fields();
+  void write_exception();
   void write_way();
-  template <class Sink>
-  void walk_children(Sink& sink, Folder& folder) {
-    Tool::walk_children(
-        folder, {id_, id_, 1}, [](const Fold&, std::uint32_t depth) { return depth == 1; }, sink);
-  }
   void write_children();
 
   // Null for what is no call.
@@ -80,6 +80,7 @@ class NodePage {
     JsonWriter json(text);
     write(json);
     if (text.view() == "null") return;
+    has_cuts_ = has_cuts_ || text.view().find(Checkpoint::String::cut_marker) != std::string::npos;
     out_.put('\n');
     out_.put(name);
     out_.put('\n');
@@ -88,6 +89,7 @@ class NodePage {
   void put_indented(std::string_view text);
   void put_source(const std::optional<SourceLine>& line);
 
+  const Options& options_;
   Printer& printer_;
   const Trace& trace_;
   const Measures& measures_;
@@ -97,6 +99,7 @@ class NodePage {
   Writer& out_;
   NodeLines lines_;
   NodeJson nodes_;
+  bool has_cuts_ = false;  // of the values that were written
 };
 
 void NodePage::write_text() {
@@ -104,6 +107,10 @@ void NodePage::write_text() {
   out_.put("\n\n");
   write_figures();
   measures_[id_].function >= 0 ? write_values() : write_fields();
+  if (outcome_of(node_) == "threw") write_exception();
+  if (has_cuts_) {
+    out_.put("\n**CUT**: the recording stopped there; the file has no more of it\n");
+  }
   write_way();
   write_children();
 }
@@ -177,6 +184,26 @@ void NodePage::write_fields() {
   put_value("threw", [&](JsonWriter& json) { nodes_.write_result(node_, true, json); });
 }
 
+// What was thrown, beyond its class and handle.
+void NodePage::write_exception() {
+  for (const Exception& exception : exceptions(trace_, measures_)) {
+    for (const Exception::Pass& pass : exception.passes) {
+      if (std::find(pass.calls.begin(), pass.calls.end(), id_) == pass.calls.end()) continue;
+      const NodeId made_by = exception.made_by;
+      const NodeId origin = made_by != Storage::no_node ? made_by : exception.first_thrower();
+      out_.put('\n');
+      if (exception.message.is_present()) {
+        put_line("message", shown_text(exception.message.view()));
+      }
+      put_line("thrown at", lines_.place(origin) + "  #" + std::to_string(origin));
+      put_line("caught in", pass.is_uncaught ? "nothing; it ended the script"
+                                             : lines_.label(pass.caught_in) + "  #" +
+                                                   std::to_string(pass.caught_in));
+      return;
+    }
+  }
+}
+
 void NodePage::write_way() {
   const std::vector<NodeId> way = lines_.way_to(id_);
   if (way.empty()) return;
@@ -198,16 +225,18 @@ void NodePage::write_children() {
   Folder folder(trace_, measures_, all, FoldBy::runs);
   TreeText text(trace_, measures_, folder, out_, ValueForm::brief, 0);
   text.put_title();
-  walk_children(text, folder);
+  const TreeCut cut = walk_called(folder, id_, options_.limit, text);
+  text.put_cut(cut);
+  if (cut.folds != 0) out_.put("\n--limit 0 shows all\n");
 }
 
-void NodePage::write_json(const std::string& file) {
+void NodePage::write_json() {
   JsonWriter json(out_);
   json.begin_object();
   json.key("schema");
   json.word("cttool.show/1");
   json.key("trace");
-  json.text(file);
+  json.text(options_.file);
   nodes_.write_measures(id_, json);
   nodes_.write_values(id_, json);
   json.key("path");
@@ -223,7 +252,7 @@ void NodePage::write_json(const std::string& file) {
   all.number();
   Folder folder(trace_, measures_, all, FoldBy::runs);
   TreeJson folds(trace_, measures_, folder, json, ValueForm::brief);
-  walk_children(folds, folder);
+  walk_called(folder, id_, 0, folds);
   json.end_array();
   source_.write(node_.begin(), function(), json);
   json.end_object();
@@ -237,8 +266,8 @@ int run(const Options& options, Session& session) {
   if (id == Storage::no_node) return nothing_found;
   const Measures measures(input.trace());
   Printer printer(session);
-  NodePage page(input.trace(), measures, id, options.source, printer);
-  options.form == Form::json ? page.write_json(options.file) : page.write_text();
+  NodePage page(input.trace(), measures, id, options, printer);
+  options.form == Form::json ? page.write_json() : page.write_text();
   const int status = printer.finish(done);
   input.say_damage();
   return status;
@@ -252,6 +281,7 @@ VerbRun define_show(CLI::App& command) {
   command.add_option("ID", options->id, "The node's number.")->required();
   command.add_flag("--source", options->source,
                    "With its source lines, if they are on this machine.");
+  add_count(command, "--limit", options->limit, "Lines about what it called; 0 for all. (50)");
   add_choice(command, "--format", options->form, form_words, "Print it so.");
   return [options](Session& session) { return run(*options, session); };
 }

@@ -74,6 +74,13 @@ std::vector<std::string> command_of(const std::string& text) {
   return words;
 }
 
+// Without quotes around it a shell takes ".schema calls" apart.
+void join_command(std::vector<std::string>& queries) {
+  if (queries.size() != 2 || command_of(queries[0]).size() != 1) return;
+  if (Sql::find_table(queries[1]) == nullptr) return;
+  queries = {queries[0] + " " + queries[1]};
+}
+
 // Prints what ".schema" asks for. Returns why it cannot; empty if it did.
 std::string put_schema(const std::vector<std::string>& words, Writer& out) {
   if (words.front() != ".schema" || words.size() > 2) {
@@ -153,6 +160,7 @@ class Run {
 
 int run(Options options, Session& session) {
   if (!read_queries(options)) return failed;
+  join_command(options.queries);
   Input input(session);
   if (!input.open(options.file)) return failed;
   const Measures measures(input.trace());
@@ -174,7 +182,7 @@ VerbRun define_sql(CLI::App& command) {
   auto options = std::make_shared<Options>();
   add_file(command, options->file);
   command.add_option("QUERY", options->queries,
-                     "Statements of SQLite, or .schema [TABLE]; else from standard input.");
+                     "Of SQLite, or .schema [TABLE]; else standard input.");
   add_choice(command, "--format", options->form, form_words, "Print rows so.");
   command.add_option("--timeout", options->timeout, "End a query that takes longer.")
       ->option_text("SECONDS")

@@ -106,8 +106,7 @@ int run_many(const Options& options, Session& session) {
 
 VerbRun define_summary(CLI::App& command) {
   auto options = std::make_shared<Options>();
-  command
-      .add_option("FILE", options->files, "The trace; - is standard input. Several: a line each.")
+  command.add_option("FILE", options->files, "The trace; - is standard input. Of several a line.")
       ->required();
   add_choice(command, "--format", options->form, form_words, "Print it so.");
   return [options](Session& session) {

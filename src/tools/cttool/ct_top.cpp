@@ -268,7 +268,7 @@ VerbRun define_top(CLI::App& command) {
                             options->callers = pattern;
                             options->of = GroupBy::caller;
                           },
-                          "Who called these functions: --of caller, of their calls.")
+                          "Who called these: --of caller, of their calls.")
                       ->option_text("PATTERN")
                       ->excludes("--of");
   command.add_option("--callees", options->callees, "What these functions called themselves.")

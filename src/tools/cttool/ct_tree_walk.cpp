@@ -112,4 +112,12 @@ TreeCut walk_children(Folder& folder, const Fold& fold, const TakesFold& takes, 
   return Walk(folder, takes, sink).run(fold);
 }
 
+TreeCut walk_called(Folder& folder, NodeId id, std::size_t limit, TreeSink& sink) {
+  std::size_t lines = 0;
+  const auto takes = [&](const Fold&, std::uint32_t depth) {
+    return depth == 1 && (limit == 0 || lines++ < limit);
+  };
+  return walk_children(folder, {id, id, 1}, takes, sink);
+}
+
 }  // namespace CT::Tool

@@ -42,5 +42,7 @@ using TakesFold = std::function<bool(const Fold& fold, std::uint32_t depth)>;
 TreeCut walk_tree(Folder& folder, const Scope& scope, const TakesFold& takes, TreeSink& sink);
 // The same for the children of a fold, which itself has no line and is at depth 0.
 TreeCut walk_children(Folder& folder, const Fold& fold, const TakesFold& takes, TreeSink& sink);
+// What a node called itself, the first `limit` folds of it; 0 is all.
+TreeCut walk_called(Folder& folder, NodeId id, std::size_t limit, TreeSink& sink);
 
 }  // namespace CT::Tool

@@ -17,7 +17,7 @@ std::span<const Verb> verbs() {
            "  cttool top request.ct --by total --limit 5\n"
            "  cttool top request.ct --of class --user      classes that scripts define\n"
            "  cttool top request.ct --callers preg_match   who called it\n"
-           "  cttool top request.ct --under 'PDO::*'       what happened inside of these calls\n",
+           "  cttool top request.ct --under 'PDO::*'       what happened inside\n",
            define_top},
       Verb{"tree", "What called what, with times, down to what matters?",
            "  cttool tree request.ct                       what explains the time\n"
@@ -33,7 +33,7 @@ std::span<const Verb> verbs() {
            "  cttool calls request.ct --where 'own_memory > 1e6'\n",
            define_calls},
       Verb{"show", "Everything about one node: values, the way to it, what it called.",
-           "  cttool show request.ct 42                    the number is the id that others print\n"
+           "  cttool show request.ct 42                    42 is an id that others print\n"
            "  cttool show request.ct 0                     the request itself\n",
            define_show},
       Verb{"response", "What did the client get, and who sent it?",
