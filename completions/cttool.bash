@@ -8,9 +8,9 @@ _cttool_options() {
     summary) options='-h --help --format -v --verbose --color --no-pager --full --max-size' ;;
     top) options='-h --help --by --of --callers --callees --under --limit --builtin --user --format -v --verbose --color --no-pager --full --max-size' ;;
     tree) options='-h --help --depth --min --under --hide --only --no-builtin --fold --values --limit --full --format -v --verbose --color --no-pager --full --max-size' ;;
-    calls) options='-h --help --arg --returned --threw --open --min --under --file --where --path --count --limit --format -v --verbose --color --no-pager --full --max-size' ;;
-    show) options='-h --help --source --format -v --verbose --color --no-pager --full --max-size' ;;
-    response) options='-h --help --body --blame --limit --format -v --verbose --color --no-pager --full --max-size' ;;
+    calls) options='-h --help --arg --returned --threw --open --min --under --file --where --path --count --by --limit --format -v --verbose --color --no-pager --full --max-size' ;;
+    show) options='-h --help --source --limit --format -v --verbose --color --no-pager --full --max-size' ;;
+    response) options='-h --help --body --blame --limit --full --format -v --verbose --color --no-pager --full --max-size' ;;
     sql) options='-h --help --format --timeout -v --verbose --color --no-pager --full --max-size' ;;
     *) options='-V --version -h --help -v --verbose --color --no-pager --full --max-size' ;;
   esac
@@ -48,10 +48,12 @@ _cttool_value() {
     calls--under) : ;;
     calls--file) : ;;
     calls--where) : ;;
+    calls--by) mapfile -t COMPREPLY < <(compgen -W 'start total own memory' -- "$cur") ;;
     calls--limit) : ;;
     calls--format) mapfile -t COMPREPLY < <(compgen -W 'text json jsonl csv' -- "$cur") ;;
     calls--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
     calls--max-size) : ;;
+    show--limit) : ;;
     show--format) mapfile -t COMPREPLY < <(compgen -W 'text json' -- "$cur") ;;
     show--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
     show--max-size) : ;;

@@ -12,9 +12,9 @@ namespace {
 
 constexpr std::string_view late_headers =
     "startup\n"
-    "write \"<html>\"\n"
+    "w: write \"<html>\"\n"
     "send_headers 200\n"
-    "write_end\n"
+    "write_end of w\n"
     "header 0 \"Location: /login\"\n"
     "header 0 \"X-A: 1\"\n";
 
@@ -30,7 +30,7 @@ TEST(SummaryHeaders, SaysWhichCameTooLateAndWhatSentTheOthers) {
     const Tool::SummaryFacts facts(trace, Tool::SummaryFacts::Of::all);
     const Tool::SectionText text = Tool::headers_text(facts);
     EXPECT_THAT(text.title, testing::HasSubstr("Output before headers: 2 lost; they were sent by"));
-    EXPECT_THAT(text.title, testing::HasSubstr("the first output is   #1"));
+    EXPECT_THAT(text.title, testing::HasSubstr("the first output is #1"));
     EXPECT_THAT(text.lines, testing::ElementsAre(testing::HasSubstr("Location: /login"),
                                                  testing::HasSubstr("X-A: 1")));
   }
@@ -40,9 +40,9 @@ TEST(SummaryHeaders, SaysNothingWhereAllWereInTime) {
   const std::string bytes = build_traces(
                                 "startup\n"
                                 "header 0 \"X-A: 1\"\n"
-                                "write \"a\"\n"
+                                "w: write \"a\"\n"
                                 "send_headers 200\n"
-                                "write_end\n")
+                                "write_end of w\n")
                                 .front()
                                 .bytes;
   const Trace trace = opened(bytes);

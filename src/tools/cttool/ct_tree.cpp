@@ -238,7 +238,7 @@ VerbRun define_tree(CLI::App& command) {
              "Fold equal siblings in a row, all, or none.");
   add_choice(command, "--values", options->values, value_words, "How much of the arguments.");
   add_count(command, "--limit", options->limit,
-            "Lines; 0 for all. (200; all with --depth, --min, --only)");
+            "Lines; 0: all. (200; 0 with --depth, --min, --only)");
   command.add_flag("--full", options->full, "All lines, whole on any terminal.");
   add_choice(command, "--format", options->form, form_words, "Print it so.");
   return [options](Session& session) { return run(*options, session); };
