@@ -238,7 +238,8 @@ VerbRun define_tree(CLI::App& command) {
              "Fold equal siblings in a row, all, or none.");
   add_choice(command, "--values", options->values, value_words, "How much of the arguments.");
   command
-      .add_option("--limit", options->limit, "Lines. (200; 0, all, with --depth, --min or --only)")
+      .add_option("--limit", options->limit,
+                  "Lines at most; 0 for all. (200, or all with --depth, --min, --only)")
       ->option_text("N");
   command.add_flag("--full", options->full, "All lines, whole on any terminal.");
   add_choice(command, "--format", options->form, form_words, "Print it so.");
