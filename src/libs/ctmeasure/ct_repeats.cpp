@@ -116,20 +116,29 @@ class RepeatTable {
     const auto view = CheckpointView::at(trace_.file(), offset);
     const Checkpoint::Base record(view, trace_.storage().entities());
     const Checkpoint::ValueCursor value = Checkpoint::EndWithValue(record).values();
+    if (value.at.left() == 0) return {};
     const bool threw = record.type() == Checkpoint::Type::FUNCTION_EXCEPTION;
     if (!threw && record.type() != Checkpoint::Type::FUNCTION_RETURN) return {};
-    const Checkpoint::ValueType type = value.next_type();
-    if (type == Checkpoint::ValueType::undef) return {};
-    const bool is_null = !threw && type == Checkpoint::ValueType::null;
-    return {is_null ? Results::none : Results::same,
+    return {threw ? Results::same : kind_of_result(value.next_type()),
             record.type(),
             {Section::as_chars(value.at.position()), value.at.left()}};
+  }
+
+  static Results kind_of_result(Checkpoint::ValueType type) {
+    switch (type) {
+      case Checkpoint::ValueType::undef:
+      case Checkpoint::ValueType::null: return Results::none;
+      case Checkpoint::ValueType::object:
+      case Checkpoint::ValueType::resource: return Results::handle;
+      default: return Results::same;
+    }
   }
 
   // Of the calls so far, of which `first` is one, and one more.
   static Results together(Results so_far, const Result& first, const Result& more) {
     if (first.kind == Results::unknown || more.kind == Results::unknown) return Results::unknown;
-    const bool is_same = first.end == more.end && first.stored == more.stored;
+    const bool is_none = first.kind == Results::none && more.kind == Results::none;
+    const bool is_same = is_none || (first.end == more.end && first.stored == more.stored);
     return is_same ? so_far : Results::differ;
   }
 
@@ -201,7 +210,7 @@ std::vector<Repeat> repeats(const Trace& trace, const Measures& measures) {
 }
 
 std::string_view word_of(Results results) {
-  constexpr std::array<std::string_view, 4> words = {"same", "none", "unknown", "differ"};
+  constexpr std::array<std::string_view, 5> words = {"same", "handle", "none", "unknown", "differ"};
   return words[static_cast<std::size_t>(results)];
 }
 

@@ -19,9 +19,10 @@ namespace CT {
 // An object is told by its class and handle here too, and PHP gives the handles of objects that are
 // gone to new ones: equal calls with equal results may still not have done the same.
 enum class Results : std::uint8_t {
-  same,     // each returned the same value, which is not null, or threw the same
-  none,     // each returned null
-  unknown,  // of some of them there is no result; all others are the same
+  same,     // each returned the same value, of none of the kinds below, or threw the same
+  handle,   // each returned an object of one class and handle, or a resource
+  none,     // each returned null or nothing
+  unknown,  // some of them have no end; all others are the same
   differ,
 };
 
@@ -43,7 +44,7 @@ struct Repeat {
 // hold, and at most 32 bytes for each different call while it works. Throws std::bad_alloc.
 std::vector<Repeat> repeats(const Trace& trace, const Measures& measures);
 
-// "same", "none", "unknown" or "differ".
+// "same", "handle", "none", "unknown" or "differ".
 std::string_view word_of(Results results);
 
 }  // namespace CT

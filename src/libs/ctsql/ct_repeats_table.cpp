@@ -32,7 +32,8 @@ constexpr std::array columns = {
            [](Row& row) { row.integer(repeat_of(row).slowest_ns); }},
     Column{"spare_ns", integer_type, "nanoseconds of all but the slowest",
            [](Row& row) { row.integer(repeat_of(row).spare_ns()); }},
-    Column{"results", text_type, "same, none (all null), unknown (of some), differ",
+    Column{"results", text_type,
+           "same, handle (of an object), none (null), unknown (no end), differ",
            [](Row& row) { row.word(word_of(repeat_of(row).results)); }},
 };
 

@@ -25,7 +25,8 @@ struct Again {
 const char* words_of(Results results) {
   switch (results) {
     case Results::same: return "same result";
-    case Results::none: return "returned null";
+    case Results::handle: return "same handle";
+    case Results::none: return "no result";
     case Results::unknown: return "result unknown";
     case Results::differ: return "results differ";
   }
@@ -131,7 +132,7 @@ SectionText again_text(const SummaryFacts& facts, const PageSize& page) {
     if (is_cut) line = fitted(line, page.columns - cut_words.size()).append(cut_words);
     text.lines.push_back(std::move(line));
   }
-  text.title = "Again and again: what all but the slowest of equal calls took (#: the first)";
+  text.title = "Again and again: equal calls (ms: all but the slowest; #: the first)";
   text.least = 3;
   text.more = "cttool sql FILE 'select * from repeats limit 50'";
   return text;

@@ -62,7 +62,9 @@ SectionText areas_text(const SummaryFacts& facts, const PageSize& page) {
     std::string line = ms_column(area.own_ns);
     line += right(as_percent(area.own_ns, facts.total_ns()), 8);
     line += "  " + bar(area.own_ns, facts.total_ns()) + "  ";
-    line += end_of(shown_text(area.name), page.room_behind(line));
+    const std::string name = shown_text(area.name);
+    const std::size_t room = page.room_behind(line);
+    line += name.starts_with('(') ? fitted(name, room) : end_of(name, room);
     text.lines.push_back(std::move(line));
   }
   text.least = 5;

@@ -107,12 +107,14 @@ SectionText exceptions_text(const SummaryFacts& facts, const PageSize& page) {
   text.title = "Exceptions: " + as_count(static_cast<std::int64_t>(facts.thrown.size()));
   std::int64_t uncaught = 0;
   for (const Exception& exception : facts.thrown) uncaught += exception.is_uncaught() ? 1 : 0;
+  const bool are_several = facts.thrown.size() > 1;
   if (uncaught != 0) {
-    text.title += "; first " + as_count(uncaught) + " not caught, then";
-  } else if (facts.thrown.size() > 1) {
-    text.title += ",";
+    text.title += are_several
+                      ? ", first those not caught (" + as_count(uncaught) + "), then by time"
+                      : std::string(", not caught");
+  } else if (are_several) {
+    text.title += ", by time";
   }
-  if (facts.thrown.size() > 1) text.title += " as they were thrown";
   text.more = "cttool summary FILE --full";
   for (const Entry& entry : entries_of(facts, page)) {
     if (text.lines.size() == lines_each * page.most(usual_shown)) {

@@ -45,7 +45,7 @@ SectionText memory_text(const SummaryFacts& facts, const PageSize& page) {
                      static_cast<double>(facts.request.memory.value_or(0));
   text.title = "Memory: " + as_bytes(static_cast<std::int64_t>(*facts.request.memory_peak));
   text.title += " at most, in " + id_text(facts.request.peak_node);
-  text.title += "; it grew on the way there in";
+  text.title += ". Growth on the way there:";
   for (std::size_t i = 0; i != way.size(); ++i) {
     const bool is_last = i + 1 == way.size();
     if (!is_last && (text.lines.size() + 1 >= most_lines ||

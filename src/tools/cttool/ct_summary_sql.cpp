@@ -47,11 +47,11 @@ const Query& query_of(const SummaryFacts& facts, const LikeQueries& group, NodeI
 // Of the slowest query of a group: which that is, and who asked for it.
 std::string from_caller(const SummaryFacts& facts, const Query& query, const PageSize& page) {
   const NodeId caller = facts.trace.parent(query.entered_by);
-  constexpr std::size_t place_room = 20;
-  std::string line(13, ' ');
-  line += "slowest " + id_text(query.id) + " from ";
+  constexpr std::size_t place_room = 24;
+  std::string line = "      slowest ";
+  line += id_text(query.id) + " from ";
   const std::size_t room = page.room_behind(line + std::string(place_room, ' '));
-  line += caller == Storage::no_node ? "nowhere" : end_of(facts.lines.label(caller), room);
+  line += caller == Storage::no_node ? "nowhere" : end_of(short_label(facts, caller), room);
   return at_place(line, place_of(facts, query.entered_by), page);
 }
 

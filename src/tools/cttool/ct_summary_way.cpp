@@ -63,7 +63,7 @@ SectionText way_text(const SummaryFacts& facts, const PageSize& page) {
     line += end_of(facts.lines.label(way[at]), page.room_behind(line));
     text.lines.push_back(at_place(line, place_of(facts, way[at]), page));
   }
-  text.title = "Slowest way down (skipped: wrappers of which the next call took nearly all)";
+  text.title = "Slowest way down (skipped: wrappers that only hand on)";
   text.least = 3;
   text.left_out = 0;
   text.more = "cttool tree FILE";
