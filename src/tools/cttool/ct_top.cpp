@@ -2,7 +2,9 @@
 //
 // cttool top: a profile as a table.
 #include <CLI/CLI.hpp>
+#include <array>
 #include <memory>
+#include <utility>
 
 #include "codetrace/render/ct_json.h"
 #include "codetrace/render/ct_number.h"
@@ -46,11 +48,35 @@ std::string place_of(const Group& group) {
 
 std::string shown_name(const Group& group) {
   const std::string place = closure_place(group.name, group.file, group.line);
-  return shown_text(place.empty() ? group.name : closure_name(group.name) + " " + place);
+  if (place.empty()) return shown_text(group.name);
+  return shown_text(closure_name(group.name).append(" ").append(place));
 }
 
-// What the rows do not say: with it they add up to the whole.
-void write_rest(const TopResult& result, Printer& printer) {
+// Own time that is in no row, in lines of that width; none if there is none.
+std::string elsewhere_of(const TopResult& result, std::size_t width) {
+  const std::array parts = {std::pair("includes", result.includes_ns),
+                            std::pair("output", result.output_ns),
+                            std::pair("the request itself", result.request_ns),
+                            std::pair("other calls", result.other_calls_ns)};
+  std::string lines;
+  std::string line = result.other_calls_ns == 0 ? "Not in calls:" : "Not in these calls:";
+  const std::size_t title = line.size();
+  for (const auto& [what, own_ns] : parts) {
+    if (own_ns == 0) continue;
+    const std::string part = std::string(" ").append(what).append(" ").append(as_ms(own_ns));
+    constexpr std::size_t unit = 4;  // " ms,"
+    if (line.size() != title || !lines.empty()) line += ",";
+    if (width != 0 && line.size() + part.size() + unit > width) {
+      lines.append(line).append("\n");
+      line = " ";
+    }
+    line.append(part).append(" ms");
+  }
+  return line.size() == title && lines.empty() ? lines : lines.append(line).append("\n");
+}
+
+// What the rows do not say: with it they add up to the whole, unless only some functions matter.
+void write_rest(const TopResult& result, const TopChoice& choice, Printer& printer) {
   std::string lines;
   if (!result.left_out.empty()) {
     ProfileRow rest;
@@ -62,22 +88,8 @@ void write_rest(const TopResult& result, Printer& printer) {
     lines += " more: " + as_ms(rest.own_ns) + " ms own, " + as_count(rest.calls);
     lines += " calls; --limit 0 shows all\n";
   }
-  std::string elsewhere;
-  const auto add = [&](const char* what, std::int64_t own_ns) {
-    if (own_ns == 0) return;
-    elsewhere += elsewhere.empty() ? "" : ", ";
-    elsewhere.append(what).append(" ").append(as_ms(own_ns)).append(" ms");
-  };
-  add("includes", result.includes_ns);
-  add("output", result.output_ns);
-  add("the request itself", result.request_ns);
-  if (result.other_calls_ns != 0) {
-    add("other calls", result.other_calls_ns);
-    elsewhere.insert(0, "Not in these calls: ");
-  } else if (!elsewhere.empty()) {
-    elsewhere.insert(0, "Not in calls: ");
-  }
-  if (!elsewhere.empty()) lines += elsewhere + "\n";
+  const bool is_of_some = !choice.callers.empty() || !choice.callees.empty();
+  if (!is_of_some) lines += elsewhere_of(result, printer.width());
   if (!lines.empty()) printer.out().put("\n" + lines);
 }
 
@@ -101,7 +113,7 @@ void write_text(const TopResult& result, const Options& options, Printer& printe
     table.add(std::move(cells));
   }
   printer.put(table);
-  write_rest(result, printer);
+  write_rest(result, options.choice, printer);
 }
 
 void write_elsewhere(const TopResult& result, JsonWriter& json) {

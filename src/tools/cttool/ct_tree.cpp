@@ -237,9 +237,7 @@ VerbRun define_tree(CLI::App& command) {
   add_choice(command, "--fold", options->fold, fold_words,
              "Fold equal siblings in a row, all, or none.");
   add_choice(command, "--values", options->values, value_words, "How much of the arguments.");
-  command
-      .add_option("--limit", options->limit,
-                  "Lines at most; 0 for all. (200, or all with --depth, --min, --only)")
+  command.add_option("--limit", options->limit, "Lines; 0 for all. (200; all if filtered)")
       ->option_text("N");
   command.add_flag("--full", options->full, "All lines, whole on any terminal.");
   add_choice(command, "--format", options->form, form_words, "Print it so.");
