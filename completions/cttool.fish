@@ -40,7 +40,7 @@ complete -c cttool -n '__fish_seen_subcommand_from tree' -l only -x -d 'Only suc
 complete -c cttool -n '__fish_seen_subcommand_from tree' -l no-builtin -d 'Leave PHP\'s own functions out.'
 complete -c cttool -n '__fish_seen_subcommand_from tree' -l fold -x -a 'runs all none' -d 'Fold equal siblings in a row, all, or none. (runs)'
 complete -c cttool -n '__fish_seen_subcommand_from tree' -l values -x -a 'none short full' -d 'How much of the arguments. (short)'
-complete -c cttool -n '__fish_seen_subcommand_from tree' -l limit -x -d 'Lines; 0: all. (200; 0 with --depth, --min, --only)'
+complete -c cttool -n '__fish_seen_subcommand_from tree' -l limit -x -d 'Lines; 0 for all. (200; all if filtered)'
 complete -c cttool -n '__fish_seen_subcommand_from tree' -l full -d 'All lines, whole on any terminal.'
 complete -c cttool -n '__fish_seen_subcommand_from tree' -l format -x -a 'text json' -d 'Print it so. (text)'
 

@@ -14,6 +14,10 @@ import tempfile
 
 from document import SPANS, names_of, output, plain, same
 
+# Where own time goes that is in no call.
+ELSEWHERE = {"STARTUP": "request_ns", "INCLUDE_CALL": "includes_ns", "SAPI_WRITE": "output_ns"}
+
+
 def check_calls(path, document, cttool):
     """Each call with its arguments and what came of it."""
     names, classes = names_of(document)
@@ -67,6 +71,11 @@ def check_profile(path, document, cttool):
         for place, figure in enumerate(("calls", "own_ns", "total_ns")):
             found[row["name"]][place] += row[figure]
     assert rows == found, (path, [(n, rows[n], found[n]) for n in rows if rows[n] != found[n]][:5])
+    elsewhere = collections.Counter()
+    for node in nodes:
+        if node["name"] in SPANS and "function" not in node:
+            elsewhere[ELSEWHERE[node["name"]]] += own[node["id"]]
+    assert {key: ns for key, ns in said["elsewhere"].items() if ns} == +elsewhere, path
     ordered = [row["own_ns"] for row in said["rows"]]
     assert ordered == sorted(ordered, reverse=True), path
 
@@ -78,6 +87,13 @@ def check_sums(path, calls, cttool):
         return
     assert sum(row["calls"] for row in said["rows"]) == len(calls), path
     assert sum(row["own_ns"] for row in said["rows"]) == sum(c["own_ns"] for c in calls), path
+    for options in (), ("--user",), ("--under", "0", "--builtin"), ("--callees", "*"):
+        part = json.loads(output(cttool, "top", path, "--format", "json", *options, "--limit", "0")
+                          or "null")
+        if part is None:
+            continue
+        known = sum(row["own_ns"] for row in part["rows"]) + sum(part["elsewhere"].values())
+        assert known == part["whole_ns"], (path, options)
     assert all(call["total_ns"] >= call["own_ns"] >= 0 for call in calls), path
     count = output(cttool, "calls", path, "--count")
     assert int(count) == len(calls), path

@@ -29,6 +29,9 @@ def check_page(cttool, path):
     assert not any(unicodedata.category(c) == "Cc" for line in lines for c in line), path
     titles = [line.split(":")[0] for before, line in zip(lines, lines[1:]) if not before]
     assert len(titles) == len(set(titles)), (path, titles)
+    # Without limits all of that is there, and places that had no room.
+    whole = "\n" + output(cttool, "summary", path, "--full").decode("utf-8")
+    assert all("\n" + line in whole for line in lines if "…" not in line), path
     return text
 
 
@@ -55,6 +58,28 @@ def check_exceptions(document, said):
     assert len(said["exceptions"]) == said["request"]["thrown"]
 
 
+def result_of(node):
+    """What a call came to, and of which kind that is."""
+    if node.get("incomplete"):
+        return "unknown", None
+    key = "exception" if "exception" in node else "return"
+    value = node.get(key)
+    if key == "return" and value is None:
+        return "none", None
+    is_handle = key == "return" and isinstance(value, dict) and "handle" in value
+    return "handle" if is_handle else "same", json.dumps([key, value])
+
+
+def results_of(nodes):
+    found = [result_of(node) for node in nodes]
+    if any(kind == "unknown" for kind, _ in found):
+        return {"unknown", "differ"}
+    if len(set(found)) != 1:
+        return {"differ"}
+    # Values that differ may look alike in the document, and a double that is not finite like null.
+    return {found[0][0], "differ", *(["same"] if found[0][0] == "none" else [])}
+
+
 def check_repeats(document, total, said):
     """Calls of one function on one object with equal arguments."""
     groups = collections.defaultdict(list)
@@ -62,13 +87,22 @@ def check_repeats(document, total, said):
         if "function" in node:
             key = json.dumps([node["function"], node.get("this"), node.get("args")])
             groups[key].append(node["id"])
-    expected = {ids[0]: (len(ids), sum(total[i] for i in ids))
+    expected = {ids[0]: (len(ids), sum(total[i] for i in ids), max(total[i] for i in ids))
                 for ids in groups.values() if len(ids) > 1}
-    found = {row["first"]: (row["calls"], row["total_ns"]) for row in said["repeats"]}
+    found = {row["first"]: (row["calls"], row["total_ns"], row["slowest_ns"])
+             for row in said["repeats"]}
+    ranks = []
+    for row in said["repeats"]:
+        assert row["spare_ns"] == row["total_ns"] - row["slowest_ns"], row
+        ranks.append((row["results"] == "differ", -row["spare_ns"], row["first"]))
+        if found[row["first"]] == expected.get(row["first"]):
+            ids = next(ids for ids in groups.values() if ids[0] == row["first"])
+            assert row["results"] in results_of([document["cp"][i] for i in ids]), row
+    assert ranks == sorted(ranks)
     # Values that differ may look alike in the document, so some of its groups may be parted.
     odd = {first for first in expected if expected[first] != found.get(first)}
     assert len(odd) * 50 <= len(expected), (len(odd), len(expected))
-    assert sum(calls for calls, _ in found.values()) <= sum(c for c, _ in expected.values())
+    assert sum(row[0] for row in found.values()) <= sum(row[0] for row in expected.values())
 
 
 def check_queries(document, names, said):
@@ -83,6 +117,26 @@ def check_queries(document, names, said):
             assert call["text"].startswith(first if isinstance(first, str) else first["string"])
     assert sum(row["calls"] for row in said["sql"]["statements"]) == len(calls)
     return len(calls)
+
+
+def check_areas(cttool, path, said):
+    """The areas say what the profile says."""
+    areas = {row["name"]: row["own_ns"] for row in said["areas"]["rows"]}
+    assert sum(areas.values()) == said["request"]["total_ns"], path
+    top = ("top", path, "--format", "json", "--limit", "0")
+    profile = json.loads(output(cttool, *top, "--user", "--of", said["areas"]["by"]))
+    rows = {row["name"]: row["own_ns"] for row in profile["rows"]}
+    elsewhere = profile["elsewhere"]
+    for name, own in (("(includes: compiling, top-level code)", elsewhere["includes_ns"]),
+                      ("(output)", elsewhere["output_ns"]),
+                      ("(PHP outside of scripts)", elsewhere["request_ns"]),
+                      ("(built-in functions)", elsewhere["other_calls_ns"])):
+        assert areas.pop(name, 0) == own, (path, name)
+    assert sum(areas.values()) == sum(rows.values()), path
+    for name, own in areas.items():
+        if "..." not in name:
+            assert rows[name] == own, (path, name)
+    assert sum(row["own_ns"] for row in said["includes"]) == elsewhere["includes_ns"], path
 
 
 def check_way(document, total, said):
@@ -116,7 +170,9 @@ def check_figures(codetrace, cttool, path):
     for row in said["errors"]:
         node = nodes[row["first"]]
         assert (node["error_num"], node.get("line_no")) == (row["number"], row["line"])
-    assert sum(row["own_ns"] for row in said["areas"]["rows"]) == total[0], path
+    check_areas(cttool, path, said)
+    includes = [node for node in nodes if node["name"] == "INCLUDE_CALL"]
+    assert sum(row["times"] for row in said["includes"]) == len(includes), path
     assert sum(row["calls"] for row in said["areas"]["rows"]) == request["calls"], path
     assert sum(row["calls"] for row in said["functions"]) == request["calls"], path
     check_exceptions(document, said)

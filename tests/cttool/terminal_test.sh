@@ -40,6 +40,15 @@ seen '"$cttool" --no-pager --full top "$notes"' >"$work/out"
 grep -q '…$' "$work/out" && complain "cut in spite of --full"
 seen '"$cttool" --no-pager top "$notes" --full' | cmp - "$work/out" || complain "--full behind the verb"
 
+# A summary is as wide as the terminal, and whole if that is asked for.
+plain() { seen "export TERM=dumb; $1"; }
+plain '"$cttool" --no-pager summary "$notes"' >"$work/out"
+[[ $(LC_ALL=C.UTF-8 grep -E '^.{61}' "$work/out") == "" ]] || complain "a summary wider than the terminal"
+LC_ALL=C.UTF-8 grep -qE '^.{60}$' "$work/out" || complain "a summary narrower than the terminal"
+plain '"$cttool" --no-pager --full summary "$notes"' >"$work/out"
+grep -q '…' "$work/out" || complain "no line says what was left out"
+grep -q 'at /usr/share/php/Parsedown/Parsedown.php:39$' "$work/out" || complain "a place is cut in spite of --full"
+
 for command in 'NO_COLOR=1 "$cttool" --no-pager top "$notes"' 'TERM=dumb "$cttool" --no-pager top "$notes"' \
   '"$cttool" --no-pager --color never top "$notes"' '"$cttool" --no-pager top "$notes" | cat'; do
   seen "$command" >"$work/out"
@@ -55,7 +64,8 @@ has_colors "$work/plain" && complain "colours in a file"
 sed 's/\x1b\[[0-9;]*m//g' "$work/out" | cmp - "$work/plain" || complain "colours change the text"
 
 # The pager gets all of it, only on a terminal, and only if it is wanted.
-lines=$(wc -l <"$work/plain")
+seen '"$cttool" --no-pager top "$notes"' >"$work/out"
+lines=$(wc -l <"$work/out")
 [[ $(seen 'PAGER="$work/pager" "$cttool" top "$notes"') == *"the pager has $lines lines"* ]] ||
   complain "not shown by the pager"
 [[ $(seen 'PAGER="cat >\$work/paged; echo a pager of the shell" "$cttool" top "$notes"') == \

@@ -58,9 +58,10 @@ TEST(Areas, AddUpToTheRequest) {
   ASSERT_TRUE(trace.open(as_bytes(bytes), bytes.size()));
   const Areas found = areas(trace, Measures(trace), 5);
   EXPECT_EQ(found.by, Areas::By::folder);
-  EXPECT_EQ(lines_of(found.user), "/a 8 1\n/b 4 1\n");
+  EXPECT_EQ(lines_of(found.user), "/a 4 1\n/b 4 1\n");
   EXPECT_EQ(found.builtin.own_ns, 1);
   EXPECT_EQ(found.builtin.calls, 1);
+  EXPECT_EQ(found.includes.own_ns, 4);
   EXPECT_EQ(found.writes.own_ns, 6);
   EXPECT_EQ(found.request.own_ns, 11);
 }

@@ -16,15 +16,25 @@ namespace CT::Test {
 namespace {
 
 // A repeat a line: function, first call, calls and total.
-std::string found_in(std::string_view text) {
+std::string line_of(const Repeat& repeat) {
+  return std::to_string(repeat.function) + " " + std::to_string(repeat.first) + " " +
+         std::to_string(repeat.calls) + " " + std::to_string(repeat.total_ns) + "\n";
+}
+
+// The same with what is to spare and the results.
+std::string line_with_results(const Repeat& repeat) {
+  return std::to_string(repeat.first) + " " + std::to_string(repeat.spare_ns()) + " " +
+         std::string(word_of(repeat.results)) + "\n";
+}
+
+std::string found_in(std::string_view text, std::string (*line)(const Repeat&) = line_of) {
   std::string first;
   for (const BuiltTrace& built : build_traces(text)) {
     Trace trace;
     EXPECT_TRUE(trace.open(as_bytes(built.bytes), built.bytes.size())) << trace.error_message();
     std::string lines;
     for (const Repeat& repeat : repeats(trace, Measures(trace))) {
-      lines += std::to_string(repeat.function) + " " + std::to_string(repeat.first) + " " +
-               std::to_string(repeat.calls) + " " + std::to_string(repeat.total_ns) + "\n";
+      lines += line(repeat);
     }
     if (built.order == ByteOrder::little) first = lines;
     EXPECT_EQ(lines, first);
@@ -63,12 +73,70 @@ TEST(Repeats, ACallWithoutObjectIsNoneWithOne) {
             "");
 }
 
-TEST(Repeats, ComeInTheOrderOfTheirFirstCalls) {
-  EXPECT_EQ(found_in(two_functions + "a: call @10+1 fn G args [1]\nreturn @10+2 of a\n"
-                                     "b: call @10+2 fn G args [2]\nreturn @10+4 of b\n"
-                                     "c: call @10+4 fn G args [2]\nreturn @10+6 of c\n"
-                                     "d: call @10+6 fn G args [1]\nreturn @10+7 of d\n"),
-            "0 1 2 2\n0 2 2 4\n");
+TEST(Repeats, ComeWithMostToSpareFirst) {
+  EXPECT_EQ(found_in(two_functions + "a: call @10+1 fn G args [1]\nreturn @10+9 of a\n"
+                                     "b: call @10+9 fn G args [2]\nreturn @10+11 of b\n"
+                                     "c: call @10+11 fn G args [2]\nreturn @10+13 of c\n"
+                                     "d: call @10+13 fn G args [1]\nreturn @10+14 of d\n"
+                                     "e: call @10+14 fn G args [3]\nreturn @10+17 of e\n"
+                                     "f: call @10+17 fn G args [3]\nreturn @10+18 of f\n",
+                     line_with_results),
+            "2 2 none\n1 1 none\n5 1 none\n");
+}
+
+// Two calls that end so.
+std::string ending(const std::string& one, const std::string& other) {
+  return two_functions + "a: call @10+1 fn G args [1]\n" + one + "b: call @10+4 fn G args [1]\n" +
+         other;
+}
+
+TEST(Repeats, SayWhetherResultsAreTheSame) {
+  const auto found = [](const std::string& one, const std::string& other) {
+    const std::string line =
+        found_in(ending("return @10+3 of a" + one, "return @10+6 of b" + other), line_with_results);
+    EXPECT_TRUE(line.starts_with("1 2 ")) << line;
+    return line.substr(4);
+  };
+  EXPECT_EQ(found(" value \"x\"\n", " value \"x\"\n"), "same\n");
+  EXPECT_EQ(found(" value \"x\"\n", " value \"y\"\n"), "differ\n");
+  EXPECT_EQ(found(" value 1\n", " value \"1\"\n"), "differ\n");
+  EXPECT_EQ(found(" value cut(\"x\", 9)\n", " value cut(\"x\", 8)\n"), "differ\n");
+  EXPECT_EQ(found(" value obj(A, 3)\n", " value obj(A, 3)\n"), "handle\n");
+  EXPECT_EQ(found(" value obj(A, 3)\n", " value obj(A, 4)\n"), "differ\n");
+  EXPECT_EQ(found(" value null\n", " value null\n"), "none\n");
+  EXPECT_EQ(found(" value null\n", " value undef\n"), "none\n");
+  EXPECT_EQ(found(" value null\n", " value false\n"), "differ\n");
+}
+
+TEST(Repeats, SayWhetherTheyThrewTheSame) {
+  const std::string threw = "exception @10+3 of a value obj(A, 3)\n";
+  EXPECT_EQ(found_in(ending(threw, "exception @10+6 of b value obj(A, 3)\n"), line_with_results),
+            "1 2 same\n");
+  EXPECT_EQ(found_in(ending(threw, "exception @10+6 of b value obj(A, 4)\n"), line_with_results),
+            "1 2 differ\n");
+  EXPECT_EQ(found_in(ending(threw, "return @10+6 of b value obj(A, 3)\n"), line_with_results),
+            "1 2 differ\n");
+}
+
+TEST(Repeats, WithoutEndHaveNoResultThatIsKnown) {
+  EXPECT_EQ(found_in(two_functions + "a: call @10+1 fn G args [1]\nreturn @10+3 of a value 1\n"
+                                     "b: call @10+3 fn G args [1]\nexit @10+5\n",
+                     line_with_results),
+            "1 2 unknown\n");
+  EXPECT_EQ(found_in(two_functions + "a: call @10+1 fn G args [1]\nreturn @10+3 of a value 1\n"
+                                     "b: call @10+3 fn G args [1]\nreturn @10+5 of b value 2\n"
+                                     "c: call @10+5 fn G args [1]\nexit @10+9\n",
+                     line_with_results),
+            "1 4 differ\n");
+}
+
+TEST(Repeats, WhoseResultsDifferComeLast) {
+  EXPECT_EQ(found_in(two_functions + "a: call @10+1 fn G args [1]\nreturn @10+9 of a value 1\n"
+                                     "b: call @10+9 fn G args [1]\nreturn @10+19 of b value 2\n"
+                                     "c: call @10+19 fn G args [2]\nreturn @10+20 of c value 1\n"
+                                     "d: call @10+20 fn G args [2]\nreturn @10+21 of d value 1\n",
+                     line_with_results),
+            "3 1 same\n1 8 differ\n");
 }
 
 TEST(Repeats, InsideEachOtherAddUpToo) {

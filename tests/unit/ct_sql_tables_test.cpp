@@ -151,7 +151,7 @@ TEST_F(SqlTables, RepeatsAreEqualCalls) {
       "shutdown @10+30\n";
   for (const BuiltTrace& built : build_traces(text)) {
     OpenSql sql(built.bytes);
-    EXPECT_EQ(sql.rows("select * from repeats"), "0|f|[1]|2|4|1\n");
+    EXPECT_EQ(sql.rows("select * from repeats"), "0|f|[1]|2|4|1|3|1|none\n");
   }
 }
 

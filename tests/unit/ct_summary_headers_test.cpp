@@ -28,7 +28,7 @@ TEST(SummaryHeaders, SaysWhichCameTooLateAndWhatSentTheOthers) {
   for (const BuiltTrace& built : build_traces(late_headers)) {
     const Trace trace = opened(built.bytes);
     const Tool::SummaryFacts facts(trace, Tool::SummaryFacts::Of::all);
-    const Tool::SectionText text = Tool::headers_text(facts);
+    const Tool::SectionText text = Tool::headers_text(facts, {});
     EXPECT_THAT(text.title, testing::HasSubstr("Output before headers: 2 lost; they were sent by"));
     EXPECT_THAT(text.title, testing::HasSubstr("the first output is #1"));
     EXPECT_THAT(text.lines, testing::ElementsAre(testing::HasSubstr("Location: /login"),
@@ -47,7 +47,7 @@ TEST(SummaryHeaders, SaysNothingWhereAllWereInTime) {
                                 .bytes;
   const Trace trace = opened(bytes);
   const Tool::SummaryFacts facts(trace, Tool::SummaryFacts::Of::all);
-  EXPECT_THAT(Tool::headers_text(facts).lines, testing::IsEmpty());
+  EXPECT_THAT(Tool::headers_text(facts, {}).lines, testing::IsEmpty());
 }
 
 }  // namespace

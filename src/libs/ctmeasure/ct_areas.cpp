@@ -149,10 +149,10 @@ double entropy(const std::vector<Area>& areas) {
 
 using Sums = std::map<std::string, PathTime, std::less<>>;
 
-void add(Sums& sums, const std::string& path, const Measure& node) {
+void add(Sums& sums, const std::string& path, const Area& more) {
   PathTime& sum = sums.try_emplace(path, PathTime{path, 0, 0}).first->second;
-  sum.own_ns += node.own_ns;
-  if (node.function >= 0) ++sum.calls;
+  sum.own_ns += more.own_ns;
+  sum.calls += more.calls;
 }
 
 std::vector<PathTime> list_of(const Sums& sums) {
@@ -161,9 +161,36 @@ std::vector<PathTime> list_of(const Sums& sums) {
   return list;
 }
 
-std::string folder_of(std::string_view path) {
-  const std::size_t at = path.rfind('/');
-  return std::string(at == std::string_view::npos ? "." : path.substr(0, at));
+// Of all calls of one function.
+struct Called {
+  Area sum;
+  NodeId sample = Storage::no_node;  // one of the calls
+};
+
+Area& area_of(Areas& found, Node::Type type) {
+  switch (type) {
+    case Node::Type::INCLUDE_CALL: return found.includes;
+    case Node::Type::SAPI_WRITE: return found.writes;
+    default: return found.request;
+  }
+}
+
+// By function; what is no call goes to its area.
+std::vector<Called> functions_of(const Trace& trace, const Measures& measures, Areas& found) {
+  std::vector<Called> functions(trace.functions().size());
+  for (NodeId id = 0; id != measures.node_count(); ++id) {
+    const Measure& node = measures[id];
+    if (!node.has(Measure::is_span)) continue;
+    if (node.function < 0) {
+      area_of(found, trace.type(id)).own_ns += node.own_ns;
+      continue;
+    }
+    Called& called = functions[static_cast<std::size_t>(node.function)];
+    called.sum.own_ns += node.own_ns;
+    ++called.sum.calls;
+    called.sample = id;
+  }
+  return functions;
 }
 
 }  // namespace
@@ -176,48 +203,22 @@ Areas areas(const Trace& trace, const Measures& measures, std::size_t parts) {
   Areas found;
   Grouping folders(trace, measures, GroupBy::folder);
   Grouping namespaces(trace, measures, GroupBy::namespace_);
+  const auto name_in = [](Grouping& grouping, NodeId id) -> const std::string& {
+    return grouping.groups()[static_cast<std::size_t>(grouping.of(id))].name;
+  };
   Sums by_folder;
   Sums by_namespace;
-  std::vector<PathTime> of_functions(trace.functions().size());
-  const auto add_to = [](Area& area, const Measure& node) {
-    area.own_ns += node.own_ns;
-    if (node.function >= 0) ++area.calls;
-  };
-  std::vector<NodeId> sample(of_functions.size(), Storage::no_node);
-  for (NodeId id = 0; id != measures.node_count(); ++id) {
-    const Measure& node = measures[id];
-    if (!node.has(Measure::is_span)) continue;
-    if (node.function >= 0) {
-      const auto place = static_cast<std::size_t>(node.function);
-      of_functions[place].own_ns += node.own_ns;
-      ++of_functions[place].calls;
-      sample[place] = id;
-    } else if (const auto include = trace.node(id).begin_as<Checkpoint::IncludeCall>()) {
-      const std::string path = include->include().to_string().toStdString();
-      add(by_folder, folder_of(path), node);
-      add(by_namespace, "(global)", node);
+  const std::vector<Called> functions = functions_of(trace, measures, found);
+  for (std::size_t i = 0; i != functions.size(); ++i) {
+    const Called& called = functions[i];
+    if (called.sample == Storage::no_node) continue;
+    if (trace.functions()[i].is_user()) {
+      add(by_folder, name_in(folders, called.sample), called.sum);
+      add(by_namespace, name_in(namespaces, called.sample), called.sum);
     } else {
-      add_to(trace.type(id) == Node::Type::SAPI_WRITE ? found.writes : found.request, node);
+      found.builtin.own_ns += called.sum.own_ns;
+      found.builtin.calls += called.sum.calls;
     }
-  }
-  for (std::size_t i = 0; i != of_functions.size(); ++i) {
-    if (sample[i] == Storage::no_node) continue;
-    const PathTime& sum = of_functions[i];
-    if (!trace.functions()[i].is_user()) {
-      found.builtin.own_ns += sum.own_ns;
-      found.builtin.calls += sum.calls;
-      continue;
-    }
-    const auto add_sum = [&](Sums& sums, const std::string& path) {
-      PathTime& all = sums.try_emplace(path, PathTime{path, 0, 0}).first->second;
-      all.own_ns += sum.own_ns;
-      all.calls += sum.calls;
-    };
-    const auto name_in = [&](Grouping& grouping) {
-      return grouping.groups()[static_cast<std::size_t>(grouping.of(sample[i]))].name;
-    };
-    add_sum(by_folder, name_in(folders));
-    add_sum(by_namespace, name_in(namespaces));
   }
   found.user = split_paths(list_of(by_folder), '/', parts);
   std::vector<Area> other = split_paths(list_of(by_namespace), '\\', parts);

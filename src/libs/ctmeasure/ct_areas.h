@@ -25,10 +25,11 @@ struct Area {
 struct Areas {
   enum class By : std::uint8_t { folder, namespace_ };
   By by = By::folder;
-  std::vector<Area> user;  // most time first; what scripts do outside of functions is among them
+  std::vector<Area> user;  // functions that scripts define, most time first
   Area builtin;
-  Area writes;   // output
-  Area request;  // PHP itself, outside of everything else
+  Area includes;  // files that were included: compiled, and run outside of functions
+  Area writes;    // output
+  Area request;   // PHP itself, outside of everything else
 };
 
 // At most `parts` user areas. The own times of all areas add up to the request's total time.

@@ -120,7 +120,8 @@ std::int32_t Grouping::of_line(NodeId id) {
     Group group;
     group.file = utf8(node.begin().filename());
     group.line = line;
-    group.name = place != nullptr ? group.file + ":" + std::to_string(line) : "(unknown)";
+    group.name = place != nullptr ? group.file : "(unknown)";
+    if (place != nullptr && line != 0) group.name.append(":").append(std::to_string(line));
     groups_.push_back(group);
   }
   return known->second;

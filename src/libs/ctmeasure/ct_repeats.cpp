@@ -10,6 +10,7 @@
 #include <array>
 #include <cassert>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 #include "codetrace/bytes/ct_plain_array.h"
@@ -68,6 +69,10 @@ class RepeatTable {
     Repeat& repeat = found_[slot.repeat()];
     ++repeat.calls;
     repeat.total_ns = bounded_sum(repeat.total_ns, measures_[id].total_ns);
+    repeat.slowest_ns = std::max(repeat.slowest_ns, measures_[id].total_ns);
+    if (repeat.results != Results::differ) {
+      repeat.results = together(repeat.results, result_of(repeat.first), result_of(id));
+    }
   }
 
   struct Slot {
@@ -82,7 +87,8 @@ class RepeatTable {
 
   std::int32_t begin_repeat(NodeId first) {
     const Measure& call = measures_[first];
-    found_.push_back({call.function, first, 1, call.total_ns});
+    found_.push_back(
+        {call.function, first, 1, result_of(first).kind, call.total_ns, call.total_ns});
     return static_cast<std::int32_t>(found_.size());
   }
 
@@ -96,6 +102,44 @@ class RepeatTable {
   [[nodiscard]] Checkpoint::FunctionCall record(NodeId id) const {
     const auto view = CheckpointView::at(trace_.file(), trace_.begin_offset(id));
     return Checkpoint::FunctionCall(Checkpoint::Base(view, trace_.storage().entities()));
+  }
+
+  struct Result {
+    Results kind = Results::unknown;  // by itself
+    Checkpoint::Type end = Checkpoint::Type::INVALID;
+    std::string_view stored;
+  };
+
+  [[nodiscard]] Result result_of(NodeId id) const {
+    const std::uint32_t offset = trace_.end_offset(id);
+    if (offset == Storage::no_end) return {};
+    const auto view = CheckpointView::at(trace_.file(), offset);
+    const Checkpoint::Base record(view, trace_.storage().entities());
+    const Checkpoint::ValueCursor value = Checkpoint::EndWithValue(record).values();
+    if (value.at.left() == 0) return {};
+    const bool threw = record.type() == Checkpoint::Type::FUNCTION_EXCEPTION;
+    if (!threw && record.type() != Checkpoint::Type::FUNCTION_RETURN) return {};
+    return {threw ? Results::same : kind_of_result(value.next_type()),
+            record.type(),
+            {Section::as_chars(value.at.position()), value.at.left()}};
+  }
+
+  static Results kind_of_result(Checkpoint::ValueType type) {
+    switch (type) {
+      case Checkpoint::ValueType::undef:
+      case Checkpoint::ValueType::null: return Results::none;
+      case Checkpoint::ValueType::object:
+      case Checkpoint::ValueType::resource: return Results::handle;
+      default: return Results::same;
+    }
+  }
+
+  // Of the calls so far, of which `first` is one, and one more.
+  static Results together(Results so_far, const Result& first, const Result& more) {
+    if (first.kind == Results::unknown || more.kind == Results::unknown) return Results::unknown;
+    const bool is_none = first.kind == Results::none && more.kind == Results::none;
+    const bool is_same = is_none || (first.end == more.end && first.stored == more.stored);
+    return is_same ? so_far : Results::differ;
   }
 
   [[nodiscard]] std::uint32_t hash_of(NodeId id) const {
@@ -148,6 +192,10 @@ class RepeatTable {
   std::size_t seed_ = QHashSeed::globalSeed();
 };
 
+auto rank_of(const Repeat& repeat) {
+  return std::tuple(repeat.results == Results::differ, -repeat.spare_ns(), repeat.first);
+}
+
 }  // namespace
 
 std::vector<Repeat> repeats(const Trace& trace, const Measures& measures) {
@@ -157,8 +205,13 @@ std::vector<Repeat> repeats(const Trace& trace, const Measures& measures) {
   }
   std::vector<Repeat> found = table.take();
   std::sort(found.begin(), found.end(),
-            [](const Repeat& a, const Repeat& b) { return a.first < b.first; });
+            [](const Repeat& a, const Repeat& b) { return rank_of(a) < rank_of(b); });
   return found;
+}
+
+std::string_view word_of(Results results) {
+  constexpr std::array<std::string_view, 5> words = {"same", "handle", "none", "unknown", "differ"};
+  return words[static_cast<std::size_t>(results)];
 }
 
 }  // namespace CT

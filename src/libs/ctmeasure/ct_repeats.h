@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 #include "codetrace/ct_trace.h"
@@ -14,16 +15,36 @@
 
 namespace CT {
 
+// What the trace holds of their results, byte by byte as well: returned values, or what was thrown.
+// An object is told by its class and handle here too, and PHP gives the handles of objects that are
+// gone to new ones: equal calls with equal results may still not have done the same.
+enum class Results : std::uint8_t {
+  same,     // each returned the same value, of none of the kinds below, or threw the same
+  handle,   // each returned an object of one class and handle, or a resource
+  none,     // each returned null or nothing
+  unknown,  // some of them have no end; all others are the same
+  differ,
+};
+
 // Calls that are equal, at least two.
 struct Repeat {
   std::int32_t function;  // its place in the trace's functions
   NodeId first;           // the first of them
   std::int32_t calls;
-  std::int64_t total_ns;  // of all of them; as much as fits
+  Results results;
+  std::int64_t total_ns;    // of all of them; as much as fits
+  std::int64_t slowest_ns;  // of the slowest
+
+  // What all but the slowest took.
+  [[nodiscard]] std::int64_t spare_ns() const { return total_ns - slowest_ns; }
 };
 
-// In the order of their first calls. Takes time in proportion to what the calls hold, whatever they
-// hold, and at most sixteen bytes a call while it works. Throws std::bad_alloc.
+// Those with most to spare first, and behind all others those whose results differ; alike ones in
+// the order of their first calls. Takes time in proportion to what the calls hold, whatever they
+// hold, and at most 32 bytes for each different call while it works. Throws std::bad_alloc.
 std::vector<Repeat> repeats(const Trace& trace, const Measures& measures);
+
+// "same", "handle", "none", "unknown" or "differ".
+std::string_view word_of(Results results);
 
 }  // namespace CT

@@ -28,12 +28,19 @@ constexpr std::array columns = {
            [](Row& row) { row.integer(repeat_of(row).total_ns); }},
     Column{"first", integer_type, "the id of the first of them",
            [](Row& row) { row.integer(repeat_of(row).first); }},
+    Column{"slowest_ns", integer_type, "nanoseconds of the slowest of them",
+           [](Row& row) { row.integer(repeat_of(row).slowest_ns); }},
+    Column{"spare_ns", integer_type, "nanoseconds of all but the slowest",
+           [](Row& row) { row.integer(repeat_of(row).spare_ns()); }},
+    Column{"results", text_type,
+           "same, handle (of an object), none (null), unknown (no end), differ",
+           [](Row& row) { row.word(word_of(repeat_of(row).results)); }},
 };
 
 }  // namespace
 
 constexpr Table repeats_table = {
-    "repeats", "calls of one function on the same object with equal arguments",
+    "repeats", "calls of one function on the same object with equal arguments; most to spare first",
     columns,   RowSet::numbered,
     {},        [](TraceData& data) { return static_cast<std::int64_t>(data.repeats().size()); }};
 

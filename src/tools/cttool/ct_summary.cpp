@@ -24,10 +24,17 @@ struct Options {
   Form form = Form::text;
 };
 
-void write_text(const SummaryFacts& facts, Printer& printer) {
+PageSize page_for(const Session& session, const Printer& printer) {
+  PageSize page;
+  if (printer.width() != 0) page.columns = printer.width();
+  if (session.full) page = {PageSize::any, PageSize::any};
+  return page;
+}
+
+void write_text(const SummaryFacts& facts, const PageSize& page, Printer& printer) {
   std::vector<SectionText> texts;
-  for (const Section& section : sections()) texts.push_back(section.text(facts));
-  printer.out().put(page_of(std::move(texts), page_lines, page_columns, printer.style()));
+  for (const Section& section : sections()) texts.push_back(section.text(facts, page));
+  printer.out().put(page_of(std::move(texts), page, printer.style()));
 }
 
 void write_json(const std::string& file, const SummaryFacts& facts, JsonWriter::Form form,
@@ -48,7 +55,7 @@ int run_one(const Options& options, Session& session) {
   const SummaryFacts facts(input.trace(), SummaryFacts::Of::all);
   Printer printer(session);
   if (options.form == Form::text) {
-    write_text(facts, printer);
+    write_text(facts, page_for(session, printer), printer);
   } else {
     write_json(options.files.front(), facts, JsonWriter::Form::indented, printer);
   }
@@ -57,16 +64,17 @@ int run_one(const Options& options, Session& session) {
   return status;
 }
 
-std::vector<std::string> cells_of(const std::string& file, const SummaryFacts& facts) {
+std::vector<std::string> cells_of(const std::string& file, const SummaryFacts& facts, bool full) {
+  constexpr std::size_t file_columns = 30;
   const RequestFacts& request = facts.request;
   const Checkpoint::String& url = request.url.is_present() ? request.url : request.uri;
-  return {facts.response.status() ? std::to_string(*facts.response.status()) : "-",
+  return {facts.response.status().value_or(0) != 0 ? std::to_string(*facts.response.status()) : "-",
           as_ms(request.total_ns),
           request.memory_peak ? as_bytes(static_cast<std::int64_t>(*request.memory_peak)) : "-",
           as_count(request.errors),
           as_count(static_cast<std::int64_t>(facts.thrown.size())),
           as_count(request.open),
-          end_of(shown_text(file), 30),
+          full ? shown_text(file) : end_of(shown_text(file), file_columns),
           shown_text(url.view())};
 }
 
@@ -92,7 +100,7 @@ int run_many(const Options& options, Session& session) {
     const SummaryFacts facts(input.trace(), options.form == Form::text ? SummaryFacts::Of::a_line
                                                                        : SummaryFacts::Of::all);
     if (options.form == Form::text) {
-      table.add(cells_of(file, facts));
+      table.add(cells_of(file, facts, session.full));
     } else {
       write_json(file, facts, JsonWriter::Form::compact, printer);
     }

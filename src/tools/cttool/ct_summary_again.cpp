@@ -2,7 +2,9 @@
 //
 // What was said again and again: equal calls, and SQL queries that are alike from one place.
 #include <algorithm>
+#include <cstring>
 #include <unordered_map>
+#include <utility>
 
 #include "tools/cttool/ct_format.h"
 #include "tools/cttool/ct_summary_section.h"
@@ -15,54 +17,84 @@ namespace {
 struct Again {
   NodeId first;
   std::int64_t calls;
-  std::int64_t total_ns;
+  std::int64_t spare_ns;
+  const char* what;
   std::string text;  // of a query; else empty
-
-  // What all but one of them took, as if each took the same.
-  [[nodiscard]] std::int64_t spare_ns() const { return total_ns - total_ns / calls; }
 };
 
-// By its first call's arguments: what was cut may differ.
-bool has_cut_arguments(const Trace& trace, NodeId id) {
-  const auto call = trace.node(id).begin_as<Checkpoint::FunctionCall>();
-  Checkpoint::ValueTape tape;
-  static_cast<void>(call->args(tape));
+const char* words_of(Results results) {
+  switch (results) {
+    case Results::same: return "same result";
+    case Results::handle: return "same handle";
+    case Results::none: return "no result";
+    case Results::unknown: return "result unknown";
+    case Results::differ: return "results differ";
+  }
+  return "";
+}
+
+bool has_cut(const Checkpoint::ValueTape& tape) {
   for (Checkpoint::ValueTape::Index i = 0; i != tape.size(); ++i) {
     if (tape.is_cut(i) || tape.string(i).is_cut()) return true;
   }
   return false;
 }
 
+// By its first call's arguments and result: what was cut may differ.
+bool has_cut_values(const Trace& trace, NodeId id) {
+  const Node::Base node = trace.node(id);
+  Checkpoint::ValueTape tape;
+  static_cast<void>(node.begin_as<Checkpoint::FunctionCall>()->args(tape));
+  if (has_cut(tape)) return true;
+  const auto end = node.end_as<Checkpoint::EndWithValue>();
+  if (!end) return false;
+  static_cast<void>(end->value(tape));
+  return has_cut(tape);
+}
+
+std::int64_t spare_of(const SummaryFacts& facts, const LikeQueries& group) {
+  return group.total_ns - facts.measures[group.slowest].total_ns;
+}
+
+// Those with most to spare first.
 std::vector<LikeQueries> loops_of(const SummaryFacts& facts) {
   std::vector<LikeQueries> loops = like_queries(facts.said, facts.measures, true);
   std::erase_if(
       loops, [](const LikeQueries& group) { return group.which.size() < 2 || group.text.empty(); });
+  std::stable_sort(loops.begin(), loops.end(), [&](const LikeQueries& a, const LikeQueries& b) {
+    return spare_of(facts, a) > spare_of(facts, b);
+  });
   return loops;
 }
 
-// Both kinds, as far as they cost something, those first that cost most. Equal calls inside of
-// others that are listed, and equal queries of which more are alike, are left out.
+// Both kinds, as far as they cost something, as repeats are ranked. Equal queries of which more are
+// alike are left out.
 std::vector<Again> list_of(const SummaryFacts& facts) {
-  constexpr std::int64_t least_share = 200;  // parts of the whole
+  constexpr std::int64_t least_share = 100;  // parts of the whole
   std::vector<Again> list;
   const auto add = [&](Again again) {
-    if (again.spare_ns() == 0 || again.spare_ns() < facts.total_ns() / least_share) return;
+    if (again.spare_ns == 0 || again.spare_ns < facts.total_ns() / least_share) return;
     list.push_back(std::move(again));
   };
   std::unordered_map<NodeId, std::int64_t> alike;
   for (const LikeQueries& group : loops_of(facts)) {
-    add({group.first, group.executions, group.total_ns, group.text});
+    add({group.first, group.executions, spare_of(facts, group), "like SQL", group.text});
     for (const std::size_t place : group.which) {
       alike[facts.said[place].id] = group.executions;
     }
   }
+  const char* const last = words_of(Results::differ);
   for (const Repeat& repeat : facts.repeated) {
     const auto group = alike.find(repeat.first);
     if (group != alike.end() && group->second >= repeat.calls) continue;
-    add({repeat.first, repeat.calls, repeat.total_ns, {}});
+    add({repeat.first, repeat.calls, repeat.spare_ns(), words_of(repeat.results), {}});
   }
-  std::stable_sort(list.begin(), list.end(),
-                   [](const Again& a, const Again& b) { return a.spare_ns() > b.spare_ns(); });
+  std::stable_sort(list.begin(), list.end(), [&](const Again& a, const Again& b) {
+    const auto rank = [&](const Again& again) {
+      return std::pair(again.what == last, -again.spare_ns);
+    };
+    return rank(a) < rank(b);
+  });
   return list;
 }
 
@@ -73,8 +105,11 @@ bool lies_in_one_of(const SummaryFacts& facts, NodeId id, const std::vector<Node
 
 }  // namespace
 
-SectionText again_text(const SummaryFacts& facts) {
+SectionText again_text(const SummaryFacts& facts, const PageSize& page) {
   constexpr std::size_t most_lines = 7;
+  constexpr std::size_t count_columns = 9;
+  constexpr std::size_t what_columns = 16;
+  constexpr std::string_view cut_words = " (cut values)";
   SectionText text;
   std::vector<NodeId> listed;
   for (const Again& again : list_of(facts)) {
@@ -84,17 +119,22 @@ SectionText again_text(const SummaryFacts& facts) {
       continue;
     }
     listed.push_back(again.first);
-    std::string line = ms_column(again.total_ns);
-    line += right("\xC3\x97 " + as_count(again.calls), 9) + "  " + id_text(again.first) + " ";
-    line += again.text.empty() ? call_text(facts, again.first) : shortened(again.text, 80);
-    if (again.text.empty() && has_cut_arguments(facts.trace, again.first)) {
-      line = fitted(line, 66) + " (cut values)";
+    std::string line = ms_column(again.spare_ns);
+    line += right("\xC3\x97 " + as_count(again.calls), count_columns) + "  ";
+    line += again.what;
+    line.append(what_columns - std::strlen(again.what), ' ').append(id_text(again.first)) += " ";
+    const bool is_cut = again.text.empty() && has_cut_values(facts.trace, again.first);
+    if (again.text.empty()) {
+      line += call_text(facts, again.first, page);
+    } else {
+      line += shortened(again.text, page.columns);
     }
+    if (is_cut) line = fitted(line, page.columns - cut_words.size()).append(cut_words);
     text.lines.push_back(std::move(line));
   }
-  text.title = "Again and again: equal calls, and like SQL from one place (#: the first)";
+  text.title = "Again and again: equal calls (ms: all but the slowest; #: the first)";
   text.least = 3;
-  text.more = "cttool sql FILE 'select * from repeats'";
+  text.more = "cttool sql FILE 'select * from repeats limit 50'";
   return text;
 }
 
@@ -108,8 +148,12 @@ void again_json(const SummaryFacts& facts, JsonWriter& json) {
     put_name(json, facts, repeat.first);
     put_number(json, "calls", repeat.calls);
     put_number(json, "total_ns", repeat.total_ns);
+    put_number(json, "slowest_ns", repeat.slowest_ns);
+    put_number(json, "spare_ns", repeat.spare_ns());
+    json.key("results");
+    json.word(word_of(repeat.results));
     json.key("cut");
-    json.boolean(has_cut_arguments(facts.trace, repeat.first));
+    json.boolean(has_cut_values(facts.trace, repeat.first));
     json.end_object();
   }
   json.end_array();
@@ -122,6 +166,8 @@ void again_json(const SummaryFacts& facts, JsonWriter& json) {
     put_text(json, "text", group.text);
     put_number(json, "calls", group.executions);
     put_number(json, "total_ns", group.total_ns);
+    put_number(json, "spare_ns", spare_of(facts, group));
+    put_id(json, "slowest", group.slowest);
     json.end_object();
   }
   json.end_array();

@@ -24,6 +24,7 @@ std::vector<Area> list_of(const Areas& found) {
     list.back().name = name;
   };
   add(found.builtin, "(built-in functions)");
+  add(found.includes, "(includes: compiling, top-level code)");
   add(found.writes, "(output)");
   add(found.request, "(PHP outside of scripts)");
   std::stable_sort(list.begin(), list.end(),
@@ -47,7 +48,7 @@ std::string bar(std::int64_t part, std::int64_t whole) {
 
 }  // namespace
 
-SectionText areas_text(const SummaryFacts& facts) {
+SectionText areas_text(const SummaryFacts& facts, const PageSize& page) {
   SectionText text;
   if (facts.total_ns() == 0) return text;
   const Areas found = areas(facts.trace, facts.measures, user_areas);
@@ -61,12 +62,14 @@ SectionText areas_text(const SummaryFacts& facts) {
     std::string line = ms_column(area.own_ns);
     line += right(as_percent(area.own_ns, facts.total_ns()), 8);
     line += "  " + bar(area.own_ns, facts.total_ns()) + "  ";
-    line += end_of(shown_text(area.name), 38);
+    const std::string name = shown_text(area.name);
+    const std::size_t room = page.room_behind(line);
+    line += name.starts_with('(') ? fitted(name, room) : end_of(name, room);
     text.lines.push_back(std::move(line));
   }
   text.least = 5;
-  text.more = found.by == Areas::By::folder ? "cttool top FILE --of folder"
-                                            : "cttool top FILE --of namespace";
+  text.more = found.by == Areas::By::folder ? "cttool top FILE --user --of folder"
+                                            : "cttool top FILE --user --of namespace";
   return text;
 }
 

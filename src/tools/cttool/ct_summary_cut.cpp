@@ -39,7 +39,12 @@ Cuts cuts_of(const SummaryFacts& facts) {
 
 }  // namespace
 
-SectionText cut_text(const SummaryFacts& facts) {
+bool has_cuts(const SummaryFacts& facts) {
+  const Cuts cuts = cuts_of(facts);
+  return cuts.queries.count + cuts.exceptions.count + cuts.writes.count != 0;
+}
+
+SectionText cut_text(const SummaryFacts& facts, const PageSize& /*page*/) {
   const Cuts cuts = cuts_of(facts);
   SectionText text;
   const auto add = [&](const Cut& cut, const std::string& what) {

@@ -46,8 +46,9 @@ std::string level_of(std::uint32_t number) {
 
 }  // namespace
 
-SectionText errors_text(const SummaryFacts& facts) {
-  constexpr std::size_t most_lines = 10;
+SectionText errors_text(const SummaryFacts& facts, const PageSize& page) {
+  constexpr std::size_t usual_lines = 10;
+  constexpr std::size_t place_room = 24;
   SectionText text;
   if (facts.request.errors == 0) return text;
   std::map<std::uint32_t, std::int64_t> levels;
@@ -56,12 +57,11 @@ SectionText errors_text(const SummaryFacts& facts) {
     levels[group.number] += group.count;
     std::string line = "  " + id_text(group.first) + " " + level_of(group.number);
     if (group.count > 1) line += " \xC3\x97 " + as_count(group.count);
-    constexpr std::size_t place_room = 24;
     line += ": ";
-    const std::size_t room = page_columns - std::min(page_columns, shown_width(line) + place_room);
-    line += shortened(group.message.view(), std::max(room, place_room));
-    line = at_place(line, facts.lines.place(group.first));
-    if (text.lines.size() == most_lines) {
+    const std::size_t room = page.room_behind(line + std::string(place_room, ' '));
+    line += shortened(group.message.view(), room);
+    line = at_place(line, place_of(facts, group.first), page);
+    if (text.lines.size() == page.most(usual_lines)) {
       ++text.left_out;
     } else {
       text.lines.push_back(std::move(line));
@@ -72,7 +72,7 @@ SectionText errors_text(const SummaryFacts& facts) {
     text.title += (text.title.back() == ':' ? " " : ", ") + as_count(count) + " ";
     text.title += level_of(number);
   }
-  text.more = "cttool summary FILE --format json";
+  text.more = "cttool summary FILE --full";
   text.least = 2;
   return text;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Exceptions: what they said, where they were made, which way they went.
+#include <array>
 #include <map>
 #include <utility>
 
@@ -12,7 +13,9 @@ namespace CT::Tool {
 
 namespace {
 
-constexpr std::size_t most_shown = 8;
+constexpr std::size_t usual_shown = 8;
+constexpr std::size_t lines_each = 3;
+constexpr std::string_view indentation = "      ";
 
 std::string class_of(const Exception& exception) {
   return exception.class_entry != nullptr ? shown_text(exception.class_entry->name().view())
@@ -29,76 +32,67 @@ NodeId origin_of(const Exception& exception) {
   return exception.made_by != Storage::no_node ? exception.made_by : exception.first_thrower();
 }
 
-// Without namespaces and folders.
-std::string short_label(const SummaryFacts& facts, NodeId id) {
-  std::string label = facts.lines.label(id);
-  constexpr std::string_view include = "include ";
-  const std::size_t kept = label.starts_with(include) ? include.size() : 0;
-  const std::size_t at = label.find_last_of("/\\");
-  if (at != std::string::npos && at + 1 > kept) label.erase(kept, at + 1 - kept);
-  return label;
-}
-
-// The calls that it went through, the first and the last ones if there are many.
-std::string way_of(const SummaryFacts& facts, const Exception::Pass& pass) {
+// The calls that it left behind the first one, as many as say something.
+std::string passed_through(const SummaryFacts& facts, const Exception::Pass& pass) {
   constexpr std::size_t most = 3;
   std::string way;
-  for (std::size_t i = 0; i != pass.calls.size(); ++i) {
-    if (pass.calls.size() > most && i == most - 1) {
-      i = pass.calls.size() - 1;
-      way += " > \xE2\x80\xA6 " + std::to_string(pass.calls.size() - most) + " more";
+  for (std::size_t i = 1; i != pass.calls.size(); ++i) {
+    if (i > most) {
+      way += ", " + as_count(static_cast<std::int64_t>(pass.calls.size() - i)) + " more";
+      break;
     }
-    if (i != 0) way += " > ";
-    way += short_label(facts, pass.calls[i]);
+    way += (i == 1 ? ", through " : ", ") + short_label(facts, pass.calls[i]);
   }
   return way;
 }
 
-std::string end_of_pass(const SummaryFacts& facts, const Exception::Pass& pass) {
-  if (pass.is_uncaught) return "NOT CAUGHT";
-  return "caught in " + short_label(facts, pass.caught_in);
+std::string origin_line(const SummaryFacts& facts, const Exception& exception,
+                        const PageSize& page) {
+  std::string line(indentation);
+  line += "thrown by " + short_label(facts, exception.first_thrower());
+  return at_place(line, place_of(facts, origin_of(exception)), page);
 }
 
-// Without its id: equal ones come to one entry.
-std::pair<std::string, std::string> lines_of(const SummaryFacts& facts,
-                                             const Exception& exception) {
-  constexpr std::size_t message_width = 300;
-  constexpr std::size_t place_width = 26;
-  std::string head = short_class_of(exception);
-  if (exception.message.is_present()) {
-    head += ": " + shortened(exception.message.view(), message_width);
-    if (exception.message.is_cut()) head += "\xE2\x80\xA6";
-  }
+// The end stands first: a long way may be cut.
+std::string end_line(const SummaryFacts& facts, const Exception& exception) {
   const Exception::Pass& last = exception.passes.back();
-  std::string way = "      ";
-  const std::string place = end_of(facts.lines.place(origin_of(exception)), place_width);
-  if (!place.empty()) way += "at " + place + ", ";
-  way += end_of_pass(facts, last) + ", out of " + way_of(facts, last);
+  std::string line(indentation);
+  line += last.is_uncaught ? "NOT CAUGHT" : "caught in " + short_label(facts, last.caught_in);
   if (exception.passes.size() > 1) {
-    way += ", thrown again " + std::to_string(exception.passes.size() - 1) + " times";
+    line += ", thrown again by " + short_label(facts, last.calls.front());
+    if (exception.passes.size() > 2) line += " and others";
   }
-  return {std::move(head), std::move(way)};
+  return line + passed_through(facts, last);
 }
+
+std::string head_of(const Exception& exception, const PageSize& page) {
+  std::string head = short_class_of(exception);
+  if (!exception.message.is_present()) return head;
+  head += ": " + shortened(exception.message.view(), page.columns);
+  if (exception.message.is_cut()) head += "\xE2\x80\xA6";
+  return head;
+}
+
+// Its lines without the id: equal ones come to one entry.
+using Lines = std::array<std::string, lines_each>;
 
 struct Entry {
   NodeId first;
   std::int64_t count;
-  std::string head;
-  std::string way;
+  Lines lines;
 };
 
 // What nobody caught explains most.
-std::vector<Entry> entries_of(const SummaryFacts& facts) {
+std::vector<Entry> entries_of(const SummaryFacts& facts, const PageSize& page) {
   std::vector<Entry> entries;
-  std::map<std::pair<std::string, std::string>, std::size_t> known;
+  std::map<Lines, std::size_t> known;
   for (const bool is_uncaught : {true, false}) {
     for (const Exception& exception : facts.thrown) {
       if (exception.is_uncaught() != is_uncaught) continue;
-      auto lines = lines_of(facts, exception);
+      Lines lines = {head_of(exception, page), origin_line(facts, exception, page),
+                     end_line(facts, exception)};
       const auto [place, is_new] = known.try_emplace(lines, entries.size());
-      if (is_new) {
-        entries.push_back({exception.first_thrower(), 0, lines.first, std::move(lines.second)});
-      }
+      if (is_new) entries.push_back({exception.first_thrower(), 0, std::move(lines)});
       ++entries[place->second].count;
     }
   }
@@ -107,26 +101,33 @@ std::vector<Entry> entries_of(const SummaryFacts& facts) {
 
 }  // namespace
 
-SectionText exceptions_text(const SummaryFacts& facts) {
+SectionText exceptions_text(const SummaryFacts& facts, const PageSize& page) {
   SectionText text;
   if (facts.thrown.empty()) return text;
   text.title = "Exceptions: " + as_count(static_cast<std::int64_t>(facts.thrown.size()));
   std::int64_t uncaught = 0;
   for (const Exception& exception : facts.thrown) uncaught += exception.is_uncaught() ? 1 : 0;
-  if (uncaught != 0) text.title += ", " + as_count(uncaught) + " not caught";
-  text.more = "cttool calls FILE --threw";
-  for (const Entry& entry : entries_of(facts)) {
-    if (text.lines.size() == 2 * most_shown) {
+  const bool are_several = facts.thrown.size() > 1;
+  if (uncaught != 0) {
+    text.title += are_several
+                      ? ", first those not caught (" + as_count(uncaught) + "), then by time"
+                      : std::string(", not caught");
+  } else if (are_several) {
+    text.title += ", by time";
+  }
+  text.more = "cttool summary FILE --full";
+  for (const Entry& entry : entries_of(facts, page)) {
+    if (text.lines.size() == lines_each * page.most(usual_shown)) {
       ++text.left_out;
       continue;
     }
     std::string head = "  " + id_text(entry.first) + " ";
     if (entry.count > 1) head += "\xC3\x97 " + as_count(entry.count) + " ";
-    text.lines.push_back(head + entry.head);
-    text.lines.push_back(entry.way);
+    text.lines.push_back(head + entry.lines[0]);
+    text.lines.insert(text.lines.end(), entry.lines.begin() + 1, entry.lines.end());
   }
-  text.lines_each = 2;
-  text.least = 4;
+  text.lines_each = lines_each;
+  text.least = 2 * lines_each;
   return text;
 }
 

@@ -19,8 +19,9 @@ std::vector<HeaderStep> late_steps(const SummaryFacts& facts) {
 
 }  // namespace
 
-SectionText headers_text(const SummaryFacts& facts) {
-  constexpr std::size_t most_lines = 5;
+SectionText headers_text(const SummaryFacts& facts, const PageSize& page) {
+  constexpr std::size_t usual_lines = 5;
+  constexpr std::size_t place_room = 24;
   SectionText text;
   const std::vector<HeaderStep> late = late_steps(facts);
   if (late.empty()) return text;
@@ -30,11 +31,12 @@ SectionText headers_text(const SummaryFacts& facts) {
   text.title += " lost; they were sent by " + id_text(sent);
   if (!writes.empty()) text.title += ", the first output is " + id_text(writes.front().id);
   for (const HeaderStep& step : late) {
-    if (text.lines.size() == most_lines) break;
+    if (text.lines.size() == page.most(usual_lines)) break;
     std::string line = "  " + id_text(step.id) + " ";
+    const std::size_t room = page.room_behind(line + std::string(place_room, ' '));
     line +=
-        step.line.data != nullptr ? shortened(step.line.view(), 50) : std::string("an operation");
-    text.lines.push_back(at_place(line, facts.lines.place(step.id)));
+        step.line.data != nullptr ? shortened(step.line.view(), room) : std::string("an operation");
+    text.lines.push_back(at_place(line, place_of(facts, step.id), page));
   }
   text.left_out = late.size() - text.lines.size();
   text.more = "cttool response FILE";

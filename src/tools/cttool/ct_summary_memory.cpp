@@ -34,7 +34,7 @@ std::vector<std::int64_t> growth_along(const SummaryFacts& facts, const std::vec
 
 }  // namespace
 
-SectionText memory_text(const SummaryFacts& facts) {
+SectionText memory_text(const SummaryFacts& facts, const PageSize& page) {
   constexpr std::size_t most_lines = 6;
   constexpr std::int64_t least_share = 12;  // parts of all growth
   SectionText text;
@@ -45,7 +45,7 @@ SectionText memory_text(const SummaryFacts& facts) {
                      static_cast<double>(facts.request.memory.value_or(0));
   text.title = "Memory: " + as_bytes(static_cast<std::int64_t>(*facts.request.memory_peak));
   text.title += " at most, in " + id_text(facts.request.peak_node);
-  text.title += "; on the way down to it it grew in";
+  text.title += ". Growth on the way there:";
   for (std::size_t i = 0; i != way.size(); ++i) {
     const bool is_last = i + 1 == way.size();
     if (!is_last && (text.lines.size() + 1 >= most_lines ||
@@ -54,8 +54,8 @@ SectionText memory_text(const SummaryFacts& facts) {
     }
     std::string line = right((growth[i] > 0 ? "+" : "") + as_bytes(growth[i]), 13) + "  ";
     line += id_text(way[i]) + " ";
-    line += end_of(facts.lines.label(way[i]), 50);
-    text.lines.push_back(at_place(line, facts.lines.place(way[i])));
+    line += end_of(facts.lines.label(way[i]), page.room_behind(line));
+    text.lines.push_back(at_place(line, place_of(facts, way[i]), page));
   }
   text.more = "cttool top FILE --by memory";
   return text;

@@ -10,7 +10,7 @@ namespace CT::Tool {
 
 namespace {
 
-constexpr std::size_t most_lines = 6;
+constexpr std::size_t usual_lines = 6;
 
 // The open nodes inside of each other around the last one that has no end; the innermost first.
 std::vector<NodeId> innermost_way(const SummaryFacts& facts) {
@@ -32,7 +32,7 @@ NodeId exit_of(const SummaryFacts& facts) {
 
 }  // namespace
 
-SectionText open_text(const SummaryFacts& facts) {
+SectionText open_text(const SummaryFacts& facts, const PageSize& page) {
   SectionText text;
   if (facts.request.open == 0) return text;
   text.title = "Never ended: " + as_count(facts.request.open);
@@ -41,18 +41,18 @@ SectionText open_text(const SummaryFacts& facts) {
   const bool is_open = facts.measures[0].has(Measure::open);
   text.title += is_open ? ", the request itself among them; innermost first" : "; innermost first";
   for (const NodeId id : way) {
-    if (text.lines.size() == most_lines) break;
+    if (text.lines.size() == page.most(usual_lines)) break;
     std::string line = ms_column(facts.measures[id].total_ns) + " open  " + id_text(id) + " ";
-    line += end_of(facts.lines.label(id), 50);
-    text.lines.push_back(at_place(line, facts.lines.place(id)));
+    line += end_of(facts.lines.label(id), page.room_behind(line));
+    text.lines.push_back(at_place(line, place_of(facts, id), page));
   }
   text.least = 2;
   text.left_out = static_cast<std::size_t>(facts.request.open) - text.lines.size();
   const NodeId exit = exit_of(facts);
   if (exit == Storage::no_node) return text;
-  const std::string place = facts.lines.place(exit);
+  const std::string place = place_of(facts, exit);
   text.lines.insert(text.lines.begin(),
-                    at_place("the script ended itself by exit " + id_text(exit), place));
+                    at_place("the script ended itself by exit " + id_text(exit), place, page));
   return text;
 }
 

@@ -39,8 +39,8 @@ std::string rest_of(const SectionText& section) {
 
 }  // namespace
 
-std::string page_of(std::vector<SectionText> sections, std::size_t lines, std::size_t columns,
-                    const Style& style) {
+std::string page_of(std::vector<SectionText> sections, const PageSize& page, const Style& style) {
+  const std::size_t columns = page.columns;
   std::erase_if(sections, [](const SectionText& section) { return section.lines.empty(); });
   const auto whole = [&] {
     std::size_t sum = 0;
@@ -50,7 +50,7 @@ std::string page_of(std::vector<SectionText> sections, std::size_t lines, std::s
     }
     return sum;
   };
-  while (whole() > lines) {
+  while (whole() > page.lines) {
     const auto largest = std::max_element(
         sections.begin(), sections.end(), [](const SectionText& a, const SectionText& b) {
           const auto spare = [](const SectionText& section) {
@@ -61,17 +61,17 @@ std::string page_of(std::vector<SectionText> sections, std::size_t lines, std::s
     if (largest == sections.end() || largest->lines.size() <= largest->least) break;
     drop_last(*largest);
   }
-  std::string page;
+  std::string text;
   for (const SectionText& section : sections) {
     const std::string title = title_of(section, columns);
     if (!section.title.empty()) {
-      page += "\n";
-      page += style.heading(title.empty() ? fitted(section.title, columns) : title) + "\n";
+      text += "\n";
+      text += style.heading(title.empty() ? fitted(section.title, columns) : title) + "\n";
     }
-    for (const std::string& line : section.lines) page += fitted(line, columns) + "\n";
-    if (title.empty() && section.left_out != 0) page += fitted(rest_of(section), columns) + "\n";
+    for (const std::string& line : section.lines) text += fitted(line, columns) + "\n";
+    if (title.empty() && section.left_out != 0) text += fitted(rest_of(section), columns) + "\n";
   }
-  return page;
+  return text;
 }
 
 }  // namespace CT::Tool

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Sections on one page of so many lines of so many columns: those that have more lines than they
-// need give way, the longest first, and say how to see the rest.
+// Sections on one page: those that have more lines than they need give way, the longest first, and
+// say how to see the rest.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,7 @@
 namespace CT::Tool {
 
 // Sections without lines are left out.
-std::string page_of(std::vector<SectionText> sections, std::size_t lines, std::size_t columns,
+std::string page_of(std::vector<SectionText> sections, const PageSize& page,
                     const Style& style = Style());
 
 }  // namespace CT::Tool

@@ -32,10 +32,12 @@ std::string answered(const SummaryFacts& facts) {
   if (!response.status_line().is_empty()) {
     text = shown_text(response.status_line().view());
   } else {
-    text = response.status() ? "status " + std::to_string(*response.status()) : "no status";
+    const std::int32_t status = response.status().value_or(0);
+    text = status != 0 ? "status " + std::to_string(status) : "status unknown";
   }
   text += ", " + as_bytes(static_cast<std::int64_t>(response.bytes_out())) + " of output in ";
-  text += as_count(static_cast<std::int64_t>(response.writes().size())) + " writes";
+  text += as_count(static_cast<std::int64_t>(response.writes().size()));
+  text += response.writes().size() == 1 ? " write" : " writes";
   return text;
 }
 
@@ -49,12 +51,13 @@ std::string wholeness(const SummaryFacts& facts) {
     text += ", DAMAGED: " + as_count(static_cast<std::int64_t>(places)) +
             (places == 1 ? " place" : " places") + " (-v lists them)";
   }
+  if (has_cuts(facts)) text += ", but some texts in it are cut (see the end)";
   return text;
 }
 
 }  // namespace
 
-SectionText request_text(const SummaryFacts& facts) {
+SectionText request_text(const SummaryFacts& facts, const PageSize& /*page*/) {
   const RequestFacts& request = facts.request;
   SectionText text;
   text.lines.push_back(asked_for(request));

@@ -28,6 +28,12 @@ std::span<const Section> sections() {
   return table;
 }
 
+std::size_t PageSize::room_behind(const std::string& line) const {
+  constexpr std::size_t few = 14;
+  const std::size_t used = shown_width(line);
+  return columns > used + few ? columns - used : few;
+}
+
 std::string right(const std::string& text, std::size_t columns) {
   const std::size_t width = shown_width(text);
   return width < columns ? std::string(columns - width, ' ') + text : text;
@@ -40,18 +46,43 @@ std::string ms_column(std::int64_t nanoseconds) {
   return right(as_ms(nanoseconds), columns) + " ms";
 }
 
-std::string at_place(const std::string& line, const std::string& place) {
+std::string place_of(const SummaryFacts& facts, NodeId id) {
+  constexpr std::string_view no_line = ":0";
+  std::string place = facts.lines.place(id);
+  if (place.ends_with(no_line)) place.resize(place.size() - no_line.size());
+  return place;
+}
+
+std::string at_place(const std::string& line, const std::string& place, const PageSize& page) {
   constexpr std::size_t least = 14;
   constexpr std::string_view word = " at ";
   const std::size_t used = shown_width(line) + word.size();
-  if (place.empty() || used + std::min(least, shown_width(place)) > page_columns) return line;
+  if (place.empty() || used + std::min(least, shown_width(place)) > page.columns) return line;
   std::string text = line;
-  return text.append(word).append(end_of(place, page_columns - used));
+  return text.append(word).append(end_of(place, page.columns - used));
 }
 
-std::string call_text(const SummaryFacts& facts, NodeId id) {
+std::string short_label(const SummaryFacts& facts, NodeId id) {
+  const std::string label = facts.lines.label(id);
+  constexpr std::string_view include = "include ";
+  constexpr std::string_view member = "::";
+  std::string text;
+  std::string_view left = label;
+  const auto keep = [&](std::string_view mark) {
+    const std::size_t at = left.find(mark);
+    if (at == std::string_view::npos) return;
+    const std::string_view part = left.substr(0, at);
+    text.append(part, part.rfind('\\') + 1).append(mark);
+    left.remove_prefix(at + mark.size());
+  };
+  const bool is_include = label.starts_with(include);
+  keep(is_include ? include : member);
+  return text.append(left, left.rfind(is_include ? '/' : '\\') + 1);
+}
+
+std::string call_text(const SummaryFacts& facts, NodeId id, const PageSize& page) {
   const Node::Base node = facts.trace.node(id);
-  std::string text = facts.lines.label(id);
+  std::string text = short_label(facts, id);
   const auto call = node.begin_as<Checkpoint::FunctionCall>();
   if (!call) return text;
   MemoryWriter arguments;
@@ -59,7 +90,7 @@ std::string call_text(const SummaryFacts& facts, NodeId id) {
   auto values = call->arg_values();
   writer.write_all(values, arguments, Checkpoint::ValueTextWriter::Form::escaped);
   text += "(";
-  text += shortened(arguments.view(), page_columns);
+  text += shortened(arguments.view(), page.columns);
   return text += ")";
 }
 

@@ -14,8 +14,18 @@
 
 namespace CT::Tool {
 
-inline constexpr std::size_t page_lines = 60;
-inline constexpr std::size_t page_columns = 80;
+// How much there is room for. Where output is no terminal, what is fit for a ticket.
+struct PageSize {
+  static constexpr std::size_t any = std::size_t{1} << 30;  // more than there ever is
+
+  std::size_t lines = 60;
+  std::size_t columns = 80;
+
+  // How many things a list shows that is no longer than `usual` on a page.
+  [[nodiscard]] std::size_t most(std::size_t usual) const { return lines == any ? any : usual; }
+  // Columns behind what stands in a line already, or a few where there are none.
+  [[nodiscard]] std::size_t room_behind(const std::string& line) const;
+};
 
 // As text. Lines may be of any width; they are cut.
 struct SectionText {
@@ -28,7 +38,7 @@ struct SectionText {
 };
 
 struct Section {
-  SectionText (*text)(const SummaryFacts& facts);
+  SectionText (*text)(const SummaryFacts& facts, const PageSize& page);
   // Adds one member or more to the open object.
   void (*json)(const SummaryFacts& facts, JsonWriter& json);
 };
@@ -36,30 +46,33 @@ struct Section {
 // In the order in which they are printed.
 std::span<const Section> sections();
 
-SectionText request_text(const SummaryFacts& facts);
+SectionText request_text(const SummaryFacts& facts, const PageSize& page);
 void request_json(const SummaryFacts& facts, JsonWriter& json);
-SectionText open_text(const SummaryFacts& facts);
+SectionText open_text(const SummaryFacts& facts, const PageSize& page);
 void open_json(const SummaryFacts& facts, JsonWriter& json);
-SectionText exceptions_text(const SummaryFacts& facts);
+SectionText exceptions_text(const SummaryFacts& facts, const PageSize& page);
 void exceptions_json(const SummaryFacts& facts, JsonWriter& json);
-SectionText errors_text(const SummaryFacts& facts);
+SectionText errors_text(const SummaryFacts& facts, const PageSize& page);
 void errors_json(const SummaryFacts& facts, JsonWriter& json);
-SectionText headers_text(const SummaryFacts& facts);
+SectionText headers_text(const SummaryFacts& facts, const PageSize& page);
 void headers_json(const SummaryFacts& facts, JsonWriter& json);
-SectionText areas_text(const SummaryFacts& facts);
+SectionText areas_text(const SummaryFacts& facts, const PageSize& page);
 void areas_json(const SummaryFacts& facts, JsonWriter& json);
-SectionText hot_text(const SummaryFacts& facts);
+SectionText hot_text(const SummaryFacts& facts, const PageSize& page);
 void hot_json(const SummaryFacts& facts, JsonWriter& json);
-SectionText way_text(const SummaryFacts& facts);
+SectionText way_text(const SummaryFacts& facts, const PageSize& page);
 void way_json(const SummaryFacts& facts, JsonWriter& json);
-SectionText again_text(const SummaryFacts& facts);
+SectionText again_text(const SummaryFacts& facts, const PageSize& page);
 void again_json(const SummaryFacts& facts, JsonWriter& json);
-SectionText sql_text(const SummaryFacts& facts);
+SectionText sql_text(const SummaryFacts& facts, const PageSize& page);
 void sql_json(const SummaryFacts& facts, JsonWriter& json);
-SectionText memory_text(const SummaryFacts& facts);
+SectionText memory_text(const SummaryFacts& facts, const PageSize& page);
 void memory_json(const SummaryFacts& facts, JsonWriter& json);
-SectionText cut_text(const SummaryFacts& facts);
+SectionText cut_text(const SummaryFacts& facts, const PageSize& page);
 void cut_json(const SummaryFacts& facts, JsonWriter& json);
+
+// Whether the last of them says anything.
+bool has_cuts(const SummaryFacts& facts);
 
 // What several of them need.
 
@@ -69,11 +82,15 @@ std::string right(const std::string& text, std::size_t columns);
 std::string id_text(NodeId id);
 // Milliseconds, to the right of ten columns.
 std::string ms_column(std::int64_t nanoseconds);
-// A line with " at /file.php:12" behind it, the end of that if there is no more room on the page;
+// From where a node was made, as "/file.php:12"; without a line that is not known.
+std::string place_of(const SummaryFacts& facts, NodeId id);
+// A line with " at " and a place behind it, the end of that if there is no more room on the page;
 // the line alone if there is none at all.
-std::string at_place(const std::string& line, const std::string& place);
-// A call with its arguments and without what came of it.
-std::string call_text(const SummaryFacts& facts, NodeId id);
+std::string at_place(const std::string& line, const std::string& place, const PageSize& page);
+// What a node is called, without namespaces and folders.
+std::string short_label(const SummaryFacts& facts, NodeId id);
+// A call, so called, with its arguments and without what came of it.
+std::string call_text(const SummaryFacts& facts, NodeId id, const PageSize& page);
 // A long text's beginning, for a place in a line.
 std::string shortened(std::string_view text, std::size_t width);
 // The last `width` characters at most of a path or a name, of which the beginning says least; from

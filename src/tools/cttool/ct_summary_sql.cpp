@@ -44,17 +44,21 @@ const Query& query_of(const SummaryFacts& facts, const LikeQueries& group, NodeI
   return facts.said[group.which.front()];
 }
 
-std::string from_caller(const SummaryFacts& facts, const Query& query) {
+// Of the slowest query of a group: which that is, and who asked for it.
+std::string from_caller(const SummaryFacts& facts, const Query& query, const PageSize& page) {
   const NodeId caller = facts.trace.parent(query.entered_by);
-  std::string line = "                 from ";
-  line += caller == Storage::no_node ? "nowhere" : end_of(facts.lines.label(caller), 40);
-  return at_place(line, facts.lines.place(query.entered_by));
+  constexpr std::size_t place_room = 24;
+  std::string line = "      slowest ";
+  line += id_text(query.id) + " from ";
+  const std::size_t room = page.room_behind(line + std::string(place_room, ' '));
+  line += caller == Storage::no_node ? "nowhere" : end_of(short_label(facts, caller), room);
+  return at_place(line, place_of(facts, query.entered_by), page);
 }
 
 }  // namespace
 
-SectionText sql_text(const SummaryFacts& facts) {
-  constexpr std::size_t most_shown = 4;
+SectionText sql_text(const SummaryFacts& facts, const PageSize& page) {
+  constexpr std::size_t usual_shown = 4;
   SectionText text;
   if (facts.said.empty()) return text;
   const SqlSums sums = sums_of(facts);
@@ -63,18 +67,17 @@ SectionText sql_text(const SummaryFacts& facts) {
   text.title += as_count(static_cast<std::int64_t>(groups.size())) + " different, ";
   text.title += as_ms(sums.total_ns) + " ms (" + as_percent(sums.total_ns, facts.total_ns()) + ")";
   for (const LikeQueries& group : groups) {
-    if (text.lines.size() == 2 * most_shown) break;
+    if (text.lines.size() == 2 * page.most(usual_shown)) break;
     std::string line = ms_column(group.total_ns);
     line += right("\xC3\x97 " + as_count(static_cast<std::int64_t>(group.which.size())), 7) + "  ";
-    line += id_text(group.slowest) + " ";
-    line += group.text.empty() ? "(text not known)" : shortened(group.text, 80);
+    line += group.text.empty() ? "(text not known)" : shortened(group.text, page.columns);
     text.lines.push_back(std::move(line));
-    text.lines.push_back(from_caller(facts, query_of(facts, group, group.slowest)));
+    text.lines.push_back(from_caller(facts, query_of(facts, group, group.slowest), page));
   }
   text.least = 2;
   text.lines_each = 2;
   text.left_out = groups.size() - text.lines.size() / 2;
-  text.more = "cttool summary FILE --format json";
+  text.more = "cttool summary FILE --full";
   return text;
 }
 

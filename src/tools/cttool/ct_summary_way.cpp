@@ -40,7 +40,7 @@ bool hands_on(const SummaryFacts& facts, NodeId id, NodeId next) {
 
 }  // namespace
 
-SectionText way_text(const SummaryFacts& facts) {
+SectionText way_text(const SummaryFacts& facts, const PageSize& page) {
   constexpr std::size_t most_lines = 9;
   constexpr std::int64_t least_share = 20;  // parts of the whole
   SectionText text;
@@ -57,13 +57,13 @@ SectionText way_text(const SummaryFacts& facts) {
     }
     std::string line = ms_column(node.total_ns);
     line += right(as_percent(node.total_ns, facts.total_ns()), 8) + "  ";
-    if (passed != 0) line += "\xE2\x80\xA6 " + std::to_string(passed) + " > ";
+    if (passed != 0) line += std::to_string(passed) + " skipped > ";
     passed = 0;
     line += id_text(way[at]) + " ";
-    line += end_of(facts.lines.label(way[at]), page_columns - shown_width(line));
-    text.lines.push_back(at_place(line, facts.lines.place(way[at])));
+    line += end_of(facts.lines.label(way[at]), page.room_behind(line));
+    text.lines.push_back(at_place(line, place_of(facts, way[at]), page));
   }
-  text.title = "Slowest way down (\xE2\x80\xA6 N: calls that nearly only made the next one)";
+  text.title = "Slowest way down (skipped: wrappers that only hand on)";
   text.least = 3;
   text.left_out = 0;
   text.more = "cttool tree FILE";

@@ -2,178 +2,135 @@
 //
 // cttool top: a profile as a table.
 #include <CLI/CLI.hpp>
-#include <algorithm>
+#include <array>
 #include <memory>
+#include <utility>
 
 #include "codetrace/render/ct_json.h"
 #include "codetrace/render/ct_number.h"
-#include "ctmeasure/ct_elapsed.h"
-#include "ctmeasure/ct_grouping.h"
-#include "ctmeasure/ct_profile.h"
 #include "tools/cttool/ct_choice.h"
+#include "tools/cttool/ct_closure.h"
 #include "tools/cttool/ct_csv.h"
 #include "tools/cttool/ct_format.h"
 #include "tools/cttool/ct_input.h"
-#include "tools/cttool/ct_names.h"
 #include "tools/cttool/ct_printer.h"
 #include "tools/cttool/ct_text_table.h"
+#include "tools/cttool/ct_top_profile.h"
 #include "tools/cttool/ct_verb.h"
 
 namespace CT::Tool {
 
 namespace {
 
-enum class By { own, total, calls, memory };
 enum class Form { text, json, csv };
 
 struct Options {
   std::string file;
-  By by = By::own;
-  GroupBy of = GroupBy::function;
-  Form form = Form::text;
   std::string under;
-  std::string callers;  // pattern; empty: all calls count
-  std::string callees;  // the same
-  std::size_t limit = 20;
-  bool builtin_only = false;
-  bool user_only = false;
+  TopChoice choice;
+  Form form = Form::text;
 };
 
-const Words<By> by_words = {
-    {"own", By::own}, {"total", By::total}, {"calls", By::calls}, {"memory", By::memory}};
+const Words<TopBy> by_words = {{"own", TopBy::own},
+                               {"total", TopBy::total},
+                               {"calls", TopBy::calls},
+                               {"memory", TopBy::memory}};
 const Words<GroupBy> of_words = {
     {"function", GroupBy::function}, {"class", GroupBy::class_}, {"namespace", GroupBy::namespace_},
     {"folder", GroupBy::folder},     {"file", GroupBy::file},    {"line", GroupBy::line},
     {"caller", GroupBy::caller}};
 const Words<Form> form_words = {{"text", Form::text}, {"json", Form::json}, {"csv", Form::csv}};
 
-struct Row {
-  ProfileRow sums;
-  const Group* group;
-};
-
-struct Result {
-  std::vector<Row> rows;      // those that are shown
-  std::vector<Row> left_out;  // those below the limit
-  std::int64_t whole_ns = 0;  // what the nodes that were looked at took
-};
-
-std::int64_t measure_of(const ProfileRow& sums, By by) {
-  switch (by) {
-    case By::own: return sums.own_ns;
-    case By::total: return sums.total_ns;
-    case By::calls: return sums.calls;
-    case By::memory: return sums.own_memory;
-  }
-  return 0;
-}
-
-// Requires: both are of parts of the tree that lie apart, so that times cannot overflow.
-void add(ProfileRow& sums, const ProfileRow& more) {
-  sums.calls += more.calls;
-  sums.own_ns += more.own_ns;
-  sums.total_ns += more.total_ns;
-  sums.own_memory = wrapped_sum(sums.own_memory, more.own_memory);
-}
-
-// Greatest first; those that are alike by name, so that every run prints the same.
-void sort(std::vector<Row>& rows, By by) {
-  std::sort(rows.begin(), rows.end(), [by](const Row& a, const Row& b) {
-    const std::int64_t of_a = measure_of(a.sums, by);
-    const std::int64_t of_b = measure_of(b.sums, by);
-    return of_a != of_b ? of_a > of_b : a.group->name < b.group->name;
-  });
-}
-
-// Which calls count.
-class Counted {
- public:
-  Counted(const Options& options, const Trace& trace, const Measures& measures)
-      : options_(options), trace_(trace), measures_(measures) {}
-
-  // False, after it was said why, if a pattern is none.
-  [[nodiscard]] bool find() {
-    return callees_.find(trace_, {options_.callers}) && callers_.find(trace_, {options_.callees});
-  }
-
-  [[nodiscard]] bool has(NodeId id) const {
-    const std::int32_t function = measures_[id].function;
-    if (function < 0) return false;
-    const bool is_user = trace_.functions()[static_cast<std::size_t>(function)].is_user();
-    if (is_user ? options_.builtin_only : options_.user_only) return false;
-    if (!options_.callers.empty() && !callees_.has(function)) return false;
-    const NodeId caller = trace_.parent(id);
-    return options_.callees.empty() ||
-           (caller != Storage::no_node && callers_.has(measures_[caller].function));
-  }
-
- private:
-  const Options& options_;
-  const Trace& trace_;
-  const Measures& measures_;
-  NamedFunctions callees_;
-  NamedFunctions callers_;
-};
-
-Result profile_of(const Options& options, const Trace& trace, const Measures& measures,
-                  const Scope& scope, const Counted& counted, Grouping& grouping) {
-  const auto group = [&](NodeId id) { return counted.has(id) ? grouping.of(id) : no_group; };
-  Result result;
-  std::vector<ProfileRow> sums;
-  for (const Scope::Range& range : scope.ranges()) {
-    const auto part = profile(trace, measures, group, range.first, range.last);
-    sums.resize(std::max(sums.size(), part.size()));
-    for (std::size_t row = 0; row != part.size(); ++row) add(sums[row], part[row]);
-    result.whole_ns += measures[range.first].total_ns;
-  }
-  for (std::size_t row = 0; row != sums.size(); ++row) {
-    if (sums[row].calls != 0) result.rows.push_back({sums[row], &grouping.groups()[row]});
-  }
-  sort(result.rows, options.by);
-  if (options.limit != 0 && result.rows.size() > options.limit) {
-    const auto rest = result.rows.begin() + static_cast<std::ptrdiff_t>(options.limit);
-    result.left_out.assign(rest, result.rows.end());
-    result.rows.erase(rest, result.rows.end());
-  }
-  return result;
-}
-
 std::string place_of(const Group& group) {
-  return group.file.empty() ? "" : group.file + ":" + std::to_string(group.line);
+  if (group.file.empty() || group.line == 0) return group.file;
+  return group.file + ":" + std::to_string(group.line);
 }
 
-void write_text(const Result& result, const Options& options, Printer& printer) {
+std::string shown_name(const Group& group) {
+  const std::string place = closure_place(group.name, group.file, group.line);
+  if (place.empty()) return shown_text(group.name);
+  return shown_text(closure_name(group.name).append(" ").append(place));
+}
+
+// Own time that is in no row, in lines of that width; none if there is none.
+std::string elsewhere_of(const TopResult& result, std::size_t width) {
+  const std::array parts = {std::pair("includes", result.includes_ns),
+                            std::pair("output", result.output_ns),
+                            std::pair("the request itself", result.request_ns),
+                            std::pair("other calls", result.other_calls_ns)};
+  std::string lines;
+  std::string line = result.other_calls_ns == 0 ? "Not in calls:" : "Not in these calls:";
+  const std::size_t title = line.size();
+  for (const auto& [what, own_ns] : parts) {
+    if (own_ns == 0) continue;
+    const std::string part = std::string(" ").append(what).append(" ").append(as_ms(own_ns));
+    constexpr std::size_t unit = 4;  // " ms,"
+    if (line.size() != title || !lines.empty()) line += ",";
+    if (width != 0 && line.size() + part.size() + unit > width) {
+      lines.append(line).append("\n");
+      line = " ";
+    }
+    line.append(part).append(" ms");
+  }
+  return line.size() == title && lines.empty() ? lines : lines.append(line).append("\n");
+}
+
+// What the rows do not say: with it they add up to the whole, unless only some functions matter.
+void write_rest(const TopResult& result, const TopChoice& choice, Printer& printer) {
+  std::string lines;
+  if (!result.left_out.empty()) {
+    ProfileRow rest;
+    for (const TopRow& row : result.left_out) {
+      rest.own_ns += row.sums.own_ns;
+      rest.calls += row.sums.calls;
+    }
+    lines += "\xE2\x80\xA6 " + as_count(static_cast<std::int64_t>(result.left_out.size()));
+    lines += " more: " + as_ms(rest.own_ns) + " ms own, " + as_count(rest.calls);
+    lines += " calls; --limit 0 shows all\n";
+  }
+  const bool is_of_some = !choice.callers.empty() || !choice.callees.empty();
+  if (!is_of_some) lines += elsewhere_of(result, printer.width());
+  if (!lines.empty()) printer.out().put("\n" + lines);
+}
+
+void write_text(const TopResult& result, const Options& options, Printer& printer) {
   using Align = TextTable::Align;
-  const bool has_places = options.of == GroupBy::function || options.of == GroupBy::class_ ||
-                          options.of == GroupBy::caller;
+  const bool has_places = options.choice.of == GroupBy::function ||
+                          options.choice.of == GroupBy::class_ ||
+                          options.choice.of == GroupBy::caller;
   std::vector<TextTable::Column> columns = {
-      {"own ms", Align::right},   {"own %", Align::right},
-      {"total ms", Align::right}, {"calls", Align::right},
-      {"memory", Align::right},   {word_of(of_words, options.of), Align::left}};
+      {"own ms", Align::right},     {"own %", Align::right},
+      {"total ms", Align::right},   {"calls", Align::right},
+      {"own memory", Align::right}, {word_of(of_words, options.choice.of), Align::left}};
   if (has_places) columns.push_back({"defined in", Align::left});
   TextTable table(columns);
-  for (const Row& row : result.rows) {
+  for (const TopRow& row : result.rows) {
     std::vector<std::string> cells = {
         as_ms(row.sums.own_ns),        as_percent(row.sums.own_ns, result.whole_ns),
         as_ms(row.sums.total_ns),      as_count(row.sums.calls),
-        as_bytes(row.sums.own_memory), shown_text(row.group->name)};
+        as_bytes(row.sums.own_memory), shown_name(*row.group)};
     if (has_places) cells.push_back(shown_text(place_of(*row.group)));
     table.add(std::move(cells));
   }
   printer.put(table);
-  if (result.left_out.empty()) return;
-  ProfileRow rest;
-  for (const Row& row : result.left_out) {
-    rest.own_ns += row.sums.own_ns;
-    rest.calls += row.sums.calls;
-  }
-  printer.out().put("\n\xE2\x80\xA6 " +
-                    as_count(static_cast<std::int64_t>(result.left_out.size())) +
-                    " more: " + as_ms(rest.own_ns) + " ms own, " + as_count(rest.calls) +
-                    " calls; --limit 0 shows all\n");
+  write_rest(result, options.choice, printer);
 }
 
-void write_json(const Result& result, const Options& options, Writer& out) {
+void write_elsewhere(const TopResult& result, JsonWriter& json) {
+  json.key("elsewhere");
+  json.begin_object();
+  const auto put = [&](const char* key, std::int64_t own_ns) {
+    json.key(key);
+    json.number(own_ns);
+  };
+  put("includes_ns", result.includes_ns);
+  put("output_ns", result.output_ns);
+  put("request_ns", result.request_ns);
+  put("other_calls_ns", result.other_calls_ns);
+  json.end_object();
+}
+
+void write_json(const TopResult& result, const Options& options, Writer& out) {
   JsonWriter json(out);
   json.begin_object();
   json.key("schema");
@@ -181,16 +138,17 @@ void write_json(const Result& result, const Options& options, Writer& out) {
   json.key("trace");
   json.text(options.file);
   json.key("by");
-  json.word(word_of(by_words, options.by));
+  json.word(word_of(by_words, options.choice.by));
   json.key("of");
-  json.word(word_of(of_words, options.of));
+  json.word(word_of(of_words, options.choice.of));
   json.key("whole_ns");
   json.number(result.whole_ns);
   json.key("left_out");
   json.number(static_cast<std::int64_t>(result.left_out.size()));
+  write_elsewhere(result, json);
   json.key("rows");
   json.begin_array();
-  for (const Row& row : result.rows) {
+  for (const TopRow& row : result.rows) {
     json.element();
     json.begin_object();
     json.key("name");
@@ -216,9 +174,9 @@ void write_json(const Result& result, const Options& options, Writer& out) {
   out.put('\n');
 }
 
-void write_csv(const Result& result, Writer& out) {
+void write_csv(const TopResult& result, Writer& out) {
   out.put("name,own_ns,total_ns,calls,own_memory,builtin,file,line\n");
-  for (const Row& row : result.rows) {
+  for (const TopRow& row : result.rows) {
     put_csv(out, row.group->name);
     for (const std::int64_t figure :
          {row.sums.own_ns, row.sums.total_ns, row.sums.calls, row.sums.own_memory}) {
@@ -239,10 +197,9 @@ int run(const Options& options, Session& session) {
   const Measures measures(input.trace());
   Scope scope;
   if (!scope.find(input.trace(), measures, options.under)) return nothing_found;
-  Counted counted(options, input.trace(), measures);
-  if (!counted.find()) return failed;
-  Grouping grouping(input.trace(), measures, options.of);
-  const Result result = profile_of(options, input.trace(), measures, scope, counted, grouping);
+  TopProfile profile(options.choice, input.trace(), measures);
+  if (!profile.find()) return failed;
+  const TopResult result = profile.of(scope);
   Printer printer(session);
   switch (options.form) {
     case Form::text: write_text(result, options, printer); break;
@@ -259,26 +216,30 @@ int run(const Options& options, Session& session) {
 VerbRun define_top(CLI::App& command) {
   auto options = std::make_shared<Options>();
   add_file(command, options->file);
-  add_choice(command, "--by", options->by, by_words, "Sort by this.");
-  add_choice(command, "--of", options->of, of_words, "A row for each of these.");
+  add_choice(command, "--by", options->choice.by, by_words, "Sort by this.");
+  add_choice(command, "--of", options->choice.of, of_words, "A row for each of these.");
   auto* callers = command
                       .add_option_function<std::string>(
                           "--callers",
                           [options](const std::string& pattern) {
-                            options->callers = pattern;
-                            options->of = GroupBy::caller;
+                            options->choice.callers = pattern;
+                            options->choice.of = GroupBy::caller;
                           },
                           "Who called these: --of caller, of their calls.")
                       ->option_text("PATTERN")
                       ->excludes("--of");
-  command.add_option("--callees", options->callees, "What these functions called themselves.")
+  command
+      .add_option("--callees", options->choice.callees, "What these functions called themselves.")
       ->option_text("PATTERN")
       ->excludes(callers);
   command.add_option("--under", options->under, "Only what lies under such calls, or a node.")
       ->option_text("PATTERN|ID");
-  command.add_option("--limit", options->limit, "Rows at most; 0 for all. (20)")->option_text("N");
-  auto* builtin = command.add_flag("--builtin", options->builtin_only, "PHP's own functions only.");
-  command.add_flag("--user", options->user_only, "Functions of scripts only.")->excludes(builtin);
+  command.add_option("--limit", options->choice.limit, "Rows at most; 0 for all. (20)")
+      ->option_text("N");
+  auto* builtin =
+      command.add_flag("--builtin", options->choice.builtin_only, "PHP's own functions only.");
+  command.add_flag("--user", options->choice.user_only, "Functions of scripts only.")
+      ->excludes(builtin);
   add_choice(command, "--format", options->form, form_words, "Print it so.");
   return [options](Session& session) { return run(*options, session); };
 }

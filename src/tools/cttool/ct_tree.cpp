@@ -237,8 +237,7 @@ VerbRun define_tree(CLI::App& command) {
   add_choice(command, "--fold", options->fold, fold_words,
              "Fold equal siblings in a row, all, or none.");
   add_choice(command, "--values", options->values, value_words, "How much of the arguments.");
-  add_count(command, "--limit", options->limit,
-            "Lines; 0: all. (200; 0 with --depth, --min, --only)");
+  add_count(command, "--limit", options->limit, "Lines; 0 for all. (200; all if filtered)");
   command.add_flag("--full", options->full, "All lines, whole on any terminal.");
   add_choice(command, "--format", options->form, form_words, "Print it so.");
   return [options](Session& session) { return run(*options, session); };

@@ -96,7 +96,7 @@ void TreeText::put(const std::string& figures, std::uint32_t depth, const std::s
   out_.put('\n');
 }
 
-void TreeText::put_title() { put(figures("id", "total ms", "own ms", "memory"), 0, "what", ""); }
+void TreeText::put_title() { put(figures("id", "total ms", "own ms", "memory +"), 0, "what", ""); }
 
 std::string TreeText::text_of(const TreeLine& line) {
   if (line.fold.count == 1) return lines_.line(line.fold.first);

@@ -9,6 +9,7 @@ std::span<const Verb> verbs() {
   static constexpr std::array table = {
       Verb{"summary", "What was this request, where did its time go, what went wrong?",
            "  cttool summary request.ct                    one screen, fit for a ticket\n"
+           "  cttool summary request.ct --full             whole lines, whole lists\n"
            "  cttool summary *.ct                          a line each\n"
            "  cttool summary request.ct --format json      all of it, for programs\n",
            define_summary},
