@@ -132,7 +132,7 @@ def check_exceptions(path, cttool):
     for row in said:
         ended = [call for way in row["passes"] for call in way["calls"]]
         caught_in = None if row["uncaught"] else row["passes"][-1]["caught_in"]
-        wanted.append([row["class"], row["handle"], row["message"], row["file"] or None, row["line"],
+        wanted.append([row["class"] or None, row["handle"], row["message"], row["file"] or None, row["line"],
                        row["made_by"], ended[0], len(ended), caught_in, row["previous"]])
     assert rows(cttool, path, "select * from exceptions") == wanted, (path, wanted)
     for at, row in enumerate(wanted):

@@ -7,6 +7,8 @@
 
 #include <string>
 
+#include "tools/cttool/ct_text_table.h"
+
 namespace CT::Test {
 namespace {
 

@@ -90,7 +90,9 @@ void CallPrinter::print_text(NodeId id) {
   };
   const std::string place = lines_.place(id);
   std::string line = right(std::to_string(id), 8) + right(as_ms(measure.start_ns), 12);
-  line += right(as_ms(measure.total_ns), 12) + "  " + (place.empty() ? "-" : place);
+  line += right(as_ms(measure.total_ns), 12) + "  ";
+  // Of a terminal's line the call has most.
+  line += place.empty() ? "-" : width_ == 0 ? place : end_of(place, width_ / 4);
   line += "  " + lines_.line(id);
   if (const auto message = messages_.find(id); message != messages_.end()) line += message->second;
   out_.put(fitted(line, width_));

@@ -72,6 +72,15 @@ std::string ResponsePage::maker(NodeId id) {
   return both += lines_.label(by);
 }
 
+// In a table: of a terminal's line the text has half.
+std::string ResponsePage::fitted_place(NodeId id) const {
+  return printer_.width() == 0 ? place(id) : end_of(place(id), printer_.width() / 4);
+}
+
+std::string ResponsePage::fitted_maker(NodeId id) {
+  return printer_.width() == 0 ? maker(id) : end_of(maker(id), printer_.width() / 5);
+}
+
 std::string ResponsePage::place(NodeId id) const {
   const NodeId by = trace_.parent(id);
   std::string own = lines_.place(id);
@@ -144,7 +153,7 @@ void ResponsePage::write_makers(bool each) {
                    {"", Align::left}});
   if (response_.sent_by() != Storage::no_node) {
     const NodeId id = response_.sent_by();
-    table.add({std::to_string(id), "sends", maker(id), place(id), status_text()});
+    table.add({std::to_string(id), "sends", fitted_maker(id), fitted_place(id), status_text()});
   }
   for (const HeaderStep& step : response_.steps()) {
     std::string what(word_of(step));
@@ -152,7 +161,7 @@ void ResponsePage::write_makers(bool each) {
     if (step.ended_by != Storage::no_node) what += " by #" + std::to_string(step.ended_by);
     std::string line = shown_line(step.line);
     if (step.line.is_empty()) line = "(" + std::string(operation_of(step)) + ")";
-    table.add({std::to_string(step.id), what, maker(step.id), place(step.id), line});
+    table.add({std::to_string(step.id), what, fitted_maker(step.id), fitted_place(step.id), line});
   }
   constexpr std::size_t begin_width = 40;
   std::vector<WriteFold> folds;
@@ -176,7 +185,8 @@ void ResponsePage::write_makers(bool each) {
     before += fold.count;
     std::string bytes = counted(fold.bytes, "byte", "bytes");
     bytes += " at " + number(fold.offset) + ": \"" + fold.begin + "\"";
-    table.add({std::to_string(fold.id), std::move(what), fold.maker, fold.place, bytes});
+    table.add({std::to_string(fold.id), std::move(what), fitted_maker(fold.id),
+               fitted_place(fold.id), bytes});
   }
   printer_.put(table);
   if (folds.size() == before) return;

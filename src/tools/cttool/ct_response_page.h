@@ -67,6 +67,8 @@ class ResponsePage {
   [[nodiscard]] std::string maker(NodeId id);
   // From where; that of the call if the node has none.
   [[nodiscard]] std::string place(NodeId id) const;
+  [[nodiscard]] std::string fitted_place(NodeId id) const;
+  [[nodiscard]] std::string fitted_maker(NodeId id);
 
   const Trace& trace_;
   const Response& response_;

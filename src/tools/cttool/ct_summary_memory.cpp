@@ -3,6 +3,7 @@
 // Where memory was highest, and where on the way down to it it had grown.
 #include "tools/cttool/ct_format.h"
 #include "tools/cttool/ct_summary_section.h"
+#include "tools/cttool/ct_text_table.h"
 
 namespace CT::Tool {
 
@@ -52,8 +53,9 @@ SectionText memory_text(const SummaryFacts& facts, const PageSize& page) {
                      static_cast<double>(growth[i]) * least_share < all || growth[i] <= 0)) {
       continue;
     }
-    std::string line = right((growth[i] > 0 ? "+" : "") + as_bytes(growth[i]), 13) + "  ";
-    line += id_text(way[i]) + " ";
+    std::string bytes = growth[i] > 0 ? "+" : "";
+    std::string line = right(bytes.append(as_bytes(growth[i])), 13);
+    line.append("  ").append(id_text(way[i])).append(" ");
     line += end_of(facts.lines.label(way[i]), page.room_behind(line));
     text.lines.push_back(at_place(line, place_of(facts, way[i]), page));
   }

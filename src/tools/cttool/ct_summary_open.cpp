@@ -5,6 +5,7 @@
 
 #include "tools/cttool/ct_format.h"
 #include "tools/cttool/ct_summary_section.h"
+#include "tools/cttool/ct_text_table.h"
 
 namespace CT::Tool {
 

@@ -39,7 +39,10 @@ std::string right(const std::string& text, std::size_t columns) {
   return width < columns ? std::string(columns - width, ' ') + text : text;
 }
 
-std::string id_text(NodeId id) { return "#" + std::to_string(id); }
+std::string id_text(NodeId id) {
+  std::string text = "#";
+  return text.append(std::to_string(id));
+}
 
 std::string ms_column(std::int64_t nanoseconds) {
   constexpr std::size_t columns = 10;
@@ -97,20 +100,6 @@ std::string call_text(const SummaryFacts& facts, NodeId id, const PageSize& page
 std::string shortened(std::string_view text, std::size_t width) {
   // A character has four bytes at most, and what is shown of one ten.
   return fitted(shown_text(text.substr(0, 4 * width + 4)), width);
-}
-
-std::string end_of(const std::string& path, std::size_t width) {
-  const std::size_t shown = shown_width(path);
-  if (shown <= width) return path;
-  std::size_t at = 0;
-  for (std::size_t dropped = shown - width + 1; dropped != 0; --dropped) {
-    ++at;
-    while (at != path.size() && (static_cast<unsigned char>(path[at]) & 0xC0) == 0x80) ++at;
-  }
-  const std::size_t part = path.find_first_of("/\\", at);
-  if (part != std::string::npos && path.size() - part >= width / 2) at = part;
-  std::string end = "\xE2\x80\xA6";
-  return end.append(path, at);
 }
 
 void put_id(JsonWriter& json, std::string_view key, NodeId id) {

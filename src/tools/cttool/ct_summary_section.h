@@ -93,9 +93,6 @@ std::string short_label(const SummaryFacts& facts, NodeId id);
 std::string call_text(const SummaryFacts& facts, NodeId id, const PageSize& page);
 // A long text's beginning, for a place in a line.
 std::string shortened(std::string_view text, std::size_t width);
-// The last `width` characters at most of a path or a name, of which the beginning says least; from
-// the beginning of a part of it, if one is near.
-std::string end_of(const std::string& path, std::size_t width);
 
 // Members of JSON objects.
 void put_id(JsonWriter& json, std::string_view key, NodeId id);

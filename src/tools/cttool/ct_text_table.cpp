@@ -72,6 +72,20 @@ std::size_t terminal_width(int descriptor) {
   return size.ws_col;
 }
 
+std::string end_of(const std::string& path, std::size_t width) {
+  const std::size_t shown = shown_width(path);
+  if (shown <= width) return path;
+  std::size_t at = 0;
+  for (std::size_t dropped = shown - width + 1; dropped != 0; --dropped) {
+    ++at;
+    while (at != path.size() && is_continuation(path[at])) ++at;
+  }
+  const std::size_t part = path.find_first_of("/\\", at);
+  if (part != std::string::npos && path.size() - part >= width / 2) at = part;
+  std::string end = "\xE2\x80\xA6";
+  return end.append(path, at);
+}
+
 std::vector<std::size_t> TextTable::widths() const {
   std::vector<std::size_t> widths;
   for (const Column& column : columns_) widths.push_back(shown_width(column.title));

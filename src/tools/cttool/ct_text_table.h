@@ -49,4 +49,8 @@ std::size_t shown_width(std::string_view text);
 // The text, or its first `width` characters with an ellipsis as the last of them; 0 is any width.
 std::string fitted(std::string_view text, std::size_t width);
 
+// The last `width` characters at most of a path or a name, of which the beginning says least; from
+// the beginning of a part of it, if one is near.
+std::string end_of(const std::string& path, std::size_t width);
+
 }  // namespace CT::Tool
