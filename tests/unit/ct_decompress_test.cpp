@@ -96,7 +96,7 @@ Unpacked unpacked(Archive kind, const std::string& archive, std::size_t read_siz
 
 class Decompress : public testing::TestWithParam<Archive> {
  protected:
-  const std::string plain_ = "a trace, a trace, and one more trace " + std::string(300, 'x');
+  const std::string plain_ = std::string(300, 'x') + " a trace, a trace, one more trace";
   const std::string archive_ = packed(GetParam(), plain_);
 };
 

@@ -137,7 +137,9 @@ TEST(SqlLimits, OfTextsAndPatterns) {
               {.longest_text = 10000, .longest_sql = 1000, .longest_pattern = 10});
   EXPECT_THAT(sql.rows("select length(zeroblob(20000))"), HasSubstr("error: "));
   EXPECT_THAT(sql.rows("select hex(zeroblob(9000))"), HasSubstr("error: "));
-  EXPECT_THAT(sql.rows("select '" + std::string(2000, 'x') + "'"), HasSubstr("error: "));
+  std::string long_query = "select '";
+  long_query.append(2000, 'x').append("'");
+  EXPECT_THAT(sql.rows(long_query), HasSubstr("error: "));
   EXPECT_THAT(sql.rows("select 'a' like '%a%a%a%a%a%'"), HasSubstr("error: "));
   EXPECT_EQ(sql.rows("select length(zeroblob(5000))"), "5000\n");
 }
