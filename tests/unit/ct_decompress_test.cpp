@@ -94,9 +94,14 @@ Unpacked unpacked(Archive kind, const std::string& archive, std::size_t read_siz
   return all;
 }
 
+std::string plain_text() {
+  std::string text(300, 'x');
+  return text.append(" a trace, a trace, one more trace");
+}
+
 class Decompress : public testing::TestWithParam<Archive> {
  protected:
-  const std::string plain_ = std::string(300, 'x') + " a trace, a trace, one more trace";
+  const std::string plain_ = plain_text();
   const std::string archive_ = packed(GetParam(), plain_);
 };
 
