@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+// The command line of Firefox Profiler opens the Chrome trace and lists every span with its begin and its
+// length, which have to be those of the table nodes.
+import { execFileSync } from "node:child_process";
+import { createRequire } from "node:module";
+import { join } from "node:path";
+import { exported, folder, passed, rows, same, sameSums, stem, sums, traces } from "./cttool.mjs";
+
+const program = createRequire(import.meta.url).resolve("@firefox-devtools/profiler-cli");
+process.env.PROFILER_CLI_SESSION_DIR = join(folder, "sessions");
+
+function profiler(...options) {
+  const settings = { encoding: "utf8", maxBuffer: 2 ** 30, stdio: ["ignore", "pipe", "inherit"] };
+  return execFileSync(process.execPath, [program, ...options, "--session", "readers"], settings);
+}
+
+function markersOf(file) {
+  profiler("load", file);
+  try {
+    const { threads } = JSON.parse(profiler("thread", "list", "--json"));
+    same(`threads of ${file}`, threads.length, 1);
+    const list = profiler("thread", "markers", "--list", "--limit", "0", "--json");
+    return JSON.parse(list).flatMarkers;
+  } finally {
+    execFileSync(process.execPath, [program, "stop", "readers"], { stdio: "ignore" });
+  }
+}
+
+const nanoseconds = (milliseconds) => Math.round(milliseconds * 1e6);
+
+// Equal spans may come in any order, so they are counted.
+const counted = (spans) =>
+  sums(spans.map(({ name, start, length }) => [`${name} at ${start} for ${length} ns`, { spans: 1 }]));
+
+for (const trace of traces) {
+  const file = exported(trace, "chrome", `${stem(trace)}.trace.json.gz`, "--gzip");
+  const markers = markersOf(file);
+  const calls = rows(trace, "select name, start_ns as start, total_ns as length from calls");
+  const names = new Set(calls.map(({ name }) => name));
+  const spans = markers.filter(({ duration }) => duration !== undefined).map((marker) =>
+    ({ name: marker.name, start: nanoseconds(marker.start), length: nanoseconds(marker.duration) }));
+  sameSums("slices", counted(spans.filter(({ name }) => names.has(name))), counted(calls));
+  passed("Firefox Profiler", trace, `${spans.length} slices with their begins and lengths`);
+}
