@@ -23,13 +23,13 @@ const std::string& word_of(const Words<Value>& words, Value value) {
 
 // Adds `--name WORD`; what `value` is now is the default. Borrows the value.
 template <class Value>
-void add_choice(CLI::App& command, const std::string& name, Value& value, const Words<Value>& words,
-                const std::string& help) {
+CLI::Option* add_choice(CLI::App& command, const std::string& name, Value& value,
+                        const Words<Value>& words, const std::string& help) {
   std::string list;
   for (const auto& [word, meaning] : words) list += (list.empty() ? "" : "|") + word;
   std::vector<std::string> known;
   for (const auto& [word, meaning] : words) known.push_back(word);
-  command
+  return command
       .add_option_function<std::string>(
           name,
           [&value, words](const std::string& chosen) {

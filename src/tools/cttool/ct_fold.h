@@ -14,8 +14,8 @@
 
 #include "codetrace/ct_trace.h"
 #include "ctmeasure/ct_measures.h"
+#include "ctmeasure/ct_node_set.h"
 #include "tools/cttool/ct_names.h"
-#include "tools/cttool/ct_node_set.h"
 
 namespace CT::Tool {
 

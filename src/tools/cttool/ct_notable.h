@@ -6,9 +6,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "ctmeasure/ct_node_set.h"
 #include "tools/cttool/ct_fold.h"
 #include "tools/cttool/ct_names.h"
-#include "tools/cttool/ct_node_set.h"
 
 namespace CT::Tool {
 

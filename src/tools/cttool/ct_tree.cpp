@@ -17,6 +17,7 @@
 #include "tools/cttool/ct_least_time.h"
 #include "tools/cttool/ct_printer.h"
 #include "tools/cttool/ct_tree_choice.h"
+#include "tools/cttool/ct_tree_filters.h"
 #include "tools/cttool/ct_tree_json.h"
 #include "tools/cttool/ct_tree_text.h"
 #include "tools/cttool/ct_verb.h"
@@ -47,10 +48,7 @@ std::string listed(std::initializer_list<std::pair<const char*, bool>> options) 
 
 struct Options {
   std::string file;
-  std::string under;
-  NodeFilter filter;
-  std::optional<std::uint32_t> depth;
-  std::string least;
+  TreeFilters filters;
   std::optional<std::size_t> limit;
   FoldBy fold = FoldBy::runs;
   ValueForm values = ValueForm::brief;
@@ -59,17 +57,18 @@ struct Options {
 
   // Whoever says which lines to print gets all of them; so do programs.
   [[nodiscard]] std::size_t lines_at_most() const {
-    const bool asks = depth || !least.empty() || !filter.only.empty() || full;
+    const bool asks =
+        filters.depth || !filters.least.empty() || !filters.nodes.only.empty() || full;
     return limit.value_or(asks || form == Form::json ? 0 : usual_limit);
   }
   // The options that were given of those that leave lines out, and of those that hide nodes.
   [[nodiscard]] std::string cutting_filters() const {
-    return listed({{"--depth", depth.has_value()}, {"--min", !least.empty()}});
+    return listed({{"--depth", filters.depth.has_value()}, {"--min", !filters.least.empty()}});
   }
   [[nodiscard]] std::string hiding_filters() const {
-    return listed({{"--hide", !filter.hidden.empty()},
-                   {"--only", !filter.only.empty()},
-                   {"--no-builtin", filter.no_builtin}});
+    return listed({{"--hide", !filters.nodes.hidden.empty()},
+                   {"--only", !filters.nodes.only.empty()},
+                   {"--no-builtin", filters.nodes.no_builtin}});
   }
 };
 
@@ -110,7 +109,7 @@ class TreePrinter {
   void print(Printer& printer) {
     const std::size_t limit = options_.lines_at_most();
     TakesFold takes = [this](const Fold& fold, std::uint32_t depth) {
-      return (!options_.depth || depth <= *options_.depth) &&
+      return (!options_.filters.depth || depth <= *options_.filters.depth) &&
              (least_ns_ == 0 || folder_.sums(fold).total_ns >= least_ns_);
     };
     if (limit != 0 && static_cast<std::int64_t>(limit) < whole_.nodes) {
@@ -192,11 +191,11 @@ int run(const Options& options, Session& session) {
   if (!input.open(options.file)) return failed;
   const Measures measures(input.trace());
   NodeSet visible;
-  if (!find_visible(input.trace(), measures, options.filter, visible)) return failed;
+  if (!find_visible(input.trace(), measures, options.filters.nodes, visible)) return failed;
   Scope scope;
-  if (!scope.find(input.trace(), measures, options.under)) return nothing_found;
+  if (!scope.find(input.trace(), measures, options.filters.under)) return nothing_found;
   const Whole whole = whole_of(measures, scope, visible);
-  const auto least_ns = least_time(options.least, whole.total_ns);
+  const auto least_ns = least_time(options.filters.least, whole.total_ns);
   if (!least_ns) return failed;
   Folder folder(input.trace(), measures, visible, options.fold);
   Printer printer(session);
@@ -210,30 +209,12 @@ int run(const Options& options, Session& session) {
   return status;
 }
 
-void add_filters(CLI::App& command, Options& options) {
-  command.add_option("--depth", options.depth, "Nothing deeper; the request is 0.")
-      ->option_text("N");
-  command.add_option("--min", options.least, "Nothing that took less; % of the whole.")
-      ->option_text("TIME|N%");
-  command.add_option("--under", options.under, "Only what lies under such calls, or a node.")
-      ->option_text("PATTERN|ID");
-  command.add_option("--hide", options.filter.hidden, "Leave such calls out; theirs move up.")
-      ->option_text("PATTERN")
-      ->expected(1)
-      ->take_all();
-  command.add_option("--only", options.filter.only, "Only such calls and what led to them.")
-      ->option_text("PATTERN")
-      ->expected(1)
-      ->take_all();
-  command.add_flag("--no-builtin", options.filter.no_builtin, "Leave PHP's own functions out.");
-}
-
 }  // namespace
 
 VerbRun define_tree(CLI::App& command) {
   auto options = std::make_shared<Options>();
   add_file(command, options->file);
-  add_filters(command, *options);
+  add_tree_filters(command, options->filters);
   add_choice(command, "--fold", options->fold, fold_words,
              "Fold equal siblings in a row, all, or none.");
   add_choice(command, "--values", options->values, value_words, "How much of the arguments.");

@@ -101,6 +101,26 @@ bool find_visible(const Trace& trace, const Measures& measures, const NodeFilter
   return true;
 }
 
+NodeSet with_lines(const Trace& trace, const Measures& measures, const Scope& scope,
+                   const NodeSet& visible, std::optional<std::uint32_t> depth,
+                   std::int64_t least_ns) {
+  NodeSet lines(trace.node_count(), false);
+  std::vector<NodeId> around;  // the last node under each line around the one that is looked at
+  for (const Scope::Range& range : scope.ranges()) {
+    for (NodeId id = range.first; id <= range.last; ++id) {
+      while (!around.empty() && around.back() < id) around.pop_back();
+      if (!visible.has(id)) continue;
+      if ((depth && around.size() > *depth) || measures[id].total_ns < least_ns) {
+        id = trace.last(id);
+        continue;
+      }
+      lines.add(id);
+      around.push_back(trace.last(id));
+    }
+  }
+  return lines;
+}
+
 std::vector<NodeId> choose_lines(const Trace& trace, const Measures& measures, Folder& folder,
                                  const Scope& scope, const TakesFold& takes, std::size_t limit) {
   constexpr std::size_t share = 4;

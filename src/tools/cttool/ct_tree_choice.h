@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,12 @@ struct NodeFilter {
 // The nodes that are looked at, numbered. False, after it was said why, if a pattern is none.
 [[nodiscard]] bool find_visible(const Trace& trace, const Measures& measures,
                                 const NodeFilter& filter, NodeSet& visible);
+
+// Of the visible nodes those that have a line where none is folded: in the scope, with no more than
+// `depth` of them around each, and none that took less than `least_ns` by itself or around it.
+NodeSet with_lines(const Trace& trace, const Measures& measures, const Scope& scope,
+                   const NodeSet& visible, std::optional<std::uint32_t> depth,
+                   std::int64_t least_ns);
 
 // The folds with a line, by their first nodes, in rising order: those with the greatest totals, as
 // many as `limit`. A fold comes with all around it. A quarter of the lines is for what explains a

@@ -48,6 +48,13 @@ std::span<const Verb> verbs() {
            "  cttool sql request.ct \"select id, args ->> 0 from calls where name = 'f'\"\n"
            "  cttool sql request.ct --format csv 'select * from functions' >functions.csv\n",
            define_sql},
+      Verb{"export", "Open it in the viewer that I know.",
+           "  cttool export request.ct --to speedscope -o request.speedscope.json\n"
+           "  cttool export request.ct --to chrome         on a terminal: request.trace.json\n"
+           "  cttool export request.ct --to callgrind --no-builtin\n"
+           "  cttool export request.ct --to csv --table functions >functions.csv\n"
+           "  cttool export request.ct --to folded --weight memory --under 'Note::html'\n",
+           define_export},
   };
   return table;
 }

@@ -10,7 +10,7 @@
 
 #include "codetrace/ct_trace.h"
 
-namespace CT::Tool {
+namespace CT {
 
 class NodeSet {
  public:
@@ -52,4 +52,4 @@ class NodeSet {
   std::vector<std::int32_t> before_;  // how many are in the words before each
 };
 
-}  // namespace CT::Tool
+}  // namespace CT

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+#include "ctexport/ct_export_formats.h"
+
+#include <algorithm>
+#include <array>
+
+namespace CT::Export {
+
+std::span<const Format> formats() {
+  static constexpr std::array table = {
+      Format{.name = "speedscope",
+             .meaning = "flame graphs of time and memory: speedscope.app",
+             .prefix = "",
+             .suffix = ".speedscope.json",
+             .takes_weight = false,
+             .takes_values = false,
+             .takes_table = false,
+             .is_zipped_at_will = true,
+             .write = write_speedscope},
+      Format{.name = "folded",
+             .meaning = "a stack a line: flamegraph.pl and its kin",
+             .prefix = "",
+             .suffix = ".folded",
+             .takes_weight = true,
+             .takes_values = false,
+             .takes_table = false,
+             .is_zipped_at_will = false,
+             .write = write_folded},
+  };
+  return table;
+}
+
+const Format* find_format(std::string_view name) {
+  const auto all = formats();
+  const auto found = std::find_if(all.begin(), all.end(),
+                                  [&](const Format& format) { return format.name == name; });
+  return found != all.end() ? &*found : nullptr;
+}
+
+std::string usual_name(const Format& format, const Options& options, std::string_view trace) {
+  static constexpr std::array<std::string_view, 5> endings = {".gz", ".xz", ".zst", ".zstd", ".ct"};
+  std::string_view base = trace.substr(trace.rfind('/') + 1);
+  for (const std::string_view ending : endings) {
+    if (base.size() > ending.size() && base.ends_with(ending)) base.remove_suffix(ending.size());
+  }
+  std::string name = format.prefix;
+  name += trace == "-" || base.empty() ? "trace" : base;
+  if (format.takes_table) (name += ".") += options.table;
+  return name += format.suffix;
+}
+
+}  // namespace CT::Export

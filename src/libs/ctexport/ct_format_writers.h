@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: MIT
+//
+// What writes each format, for the table of them. A writer that fails drops the rest.
+#pragma once
+
+#include "codetrace/render/ct_writer.h"
+#include "ctexport/ct_export_source.h"
+
+namespace CT::Export {
+
+void write_speedscope(const Source& source, const Options& options, Writer& out);
+void write_folded(const Source& source, const Options& options, Writer& out);
+
+}  // namespace CT::Export

@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: MIT
+//
+// cttool export: a trace in the format of another program.
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ctexport/ct_export_formats.h"
+#include "tools/cttool/ct_choice.h"
+#include "tools/cttool/ct_export_target.h"
+#include "tools/cttool/ct_input.h"
+#include "tools/cttool/ct_least_time.h"
+#include "tools/cttool/ct_nearest.h"
+#include "tools/cttool/ct_tree_filters.h"
+#include "tools/cttool/ct_verb.h"
+
+namespace CT::Tool {
+
+namespace {
+
+using Export::Format;
+using Export::Values;
+using Export::Weight;
+
+const Words<Weight> weight_words = {
+    {"own", Weight::own}, {"memory", Weight::memory}, {"calls", Weight::calls}};
+const Words<Values> value_words = {
+    {"none", Values::none}, {"short", Values::brief}, {"full", Values::full}};
+
+struct Options {
+  std::string file;
+  std::string format;
+  std::string output;
+  TreeFilters filters;
+  Export::Options how;
+  bool is_zipped = false;
+  // Asked whether they were given.
+  const CLI::Option* weight = nullptr;
+  const CLI::Option* values = nullptr;
+  const CLI::Option* table = nullptr;
+};
+
+std::string names_of_formats(const char* separator) {
+  std::string list;
+  for (const Format& format : Export::formats()) {
+    if (!list.empty()) list += separator;
+    list += format.name;
+  }
+  return list;
+}
+
+// Null after it was said why.
+const Format* format_of(const Options& options) {
+  const Format* const format = Export::find_format(options.format);
+  if (format != nullptr) return format;
+  std::vector<std::string> known;
+  for (const Format& one : Export::formats()) known.emplace_back(one.name);
+  std::fprintf(stderr, "there is no format %s%s\nThe formats are %s.\n", options.format.c_str(),
+               guess(options.format, known).c_str(), names_of_formats(", ").c_str());
+  return nullptr;
+}
+
+// Nobody should believe that an option did something.
+bool takes_options(const Format& format, const Options& options) {
+  const auto refuse = [&](const char* option) {
+    std::fprintf(stderr, "%s makes no difference to %s\n", option, format.name);
+    return false;
+  };
+  if (options.weight->count() != 0 && !format.takes_weight) return refuse("--weight");
+  if (options.values->count() != 0 && !format.takes_values) return refuse("--values");
+  if (options.table->count() != 0 && !format.takes_table) return refuse("--table");
+  if (options.is_zipped && !format.is_zipped_at_will) return refuse("--gzip");
+  return true;
+}
+
+// The name of the file to write; empty for standard output. A terminal is no place for an export:
+// there a file of the usual name is made, if there is none yet. False after it was said why.
+bool choose_output(const Format& format, const Options& options, std::string& name) {
+  name = options.output == "-" ? std::string() : options.output;
+  if (!options.output.empty() || isatty(STDOUT_FILENO) != 1) return true;
+  name = Export::usual_name(format, options.how, options.file);
+  if (options.is_zipped) name += ".gz";
+  if (access(name.c_str(), F_OK) != 0) return true;
+  std::fprintf(stderr, "%s is there already; -o %s writes it anew\n", name.c_str(), name.c_str());
+  return false;
+}
+
+// The nodes to export. A status other than `done` after it was said why there are none.
+int choose_nodes(const TreeFilters& filters, const Trace& trace, const Measures& measures,
+                 NodeSet& chosen) {
+  if (!find_visible(trace, measures, filters.nodes, chosen)) return failed;
+  if (!filters.is_cutting()) return done;
+  Scope scope;
+  if (!scope.find(trace, measures, filters.under)) return nothing_found;
+  std::int64_t whole_ns = 0;
+  for (const Scope::Range& range : scope.ranges()) whole_ns += measures[range.first].total_ns;
+  const auto least_ns = least_time(filters.least, whole_ns);
+  if (!least_ns) return failed;
+  chosen = with_lines(trace, measures, scope, chosen, filters.depth, *least_ns);
+  return done;
+}
+
+int run(const Options& options, Session& session) {
+  const Format* const format = format_of(options);
+  std::string name;
+  if (format == nullptr || !takes_options(*format, options) ||
+      !choose_output(*format, options, name)) {
+    return failed;
+  }
+  Input input(session);
+  if (!input.open(options.file)) return failed;
+  const Measures measures(input.trace());
+  NodeSet chosen;
+  const int choice = choose_nodes(options.filters, input.trace(), measures, chosen);
+  if (choice != done) return choice;
+  ExportTarget target(name, options.is_zipped, session);
+  if (!target.open(options.file)) return failed;
+  format->write({input.trace(), measures, chosen, options.file}, options.how, target.out());
+  const int status = target.finish(done);
+  if (status == done && options.output.empty() && !name.empty()) {
+    std::fprintf(stderr, "wrote %s\n", name.c_str());
+  }
+  input.say_damage();
+  return status;
+}
+
+}  // namespace
+
+VerbRun define_export(CLI::App& command) {
+  auto options = std::make_shared<Options>();
+  add_file(command, options->file);
+  command.add_option("--to", options->format, "The format.")
+      ->option_text(names_of_formats("|"))
+      ->required();
+  command
+      .add_option("-o,--output", options->output,
+                  "Write this file; - is standard output. On a\n"
+                  "                            terminal: a file named after the trace.")
+      ->option_text("OUT");
+  options->table = command.add_option("--table", options->how.table, "Of csv: which. (calls)")
+                       ->option_text("TABLE");
+  options->values = add_choice(command, "--values", options->how.values, value_words,
+                               "How much of the arguments.");
+  options->weight =
+      add_choice(command, "--weight", options->how.weight, weight_words, "Of folded: what counts.");
+  command.add_flag("--gzip", options->is_zipped, "Compress JSON, which viewers can read.");
+  add_tree_filters(command, options->filters);
+  return [options](Session& session) { return run(*options, session); };
+}
+
+}  // namespace CT::Tool

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+#include "tools/cttool/ct_export_target.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "tools/common/ct_failure.h"
+
+namespace CT::Tool {
+
+namespace {
+
+bool is_same_file(const std::string& name, const std::string& trace) {
+  struct stat a = {};
+  struct stat b = {};
+  return stat(name.c_str(), &a) == 0 && S_ISREG(a.st_mode) &&
+         (trace == "-" ? fstat(STDIN_FILENO, &b) : stat(trace.c_str(), &b)) == 0 &&
+         a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+}  // namespace
+
+ExportTarget::ExportTarget(const std::string& name, bool is_zipped, Session& session)
+    : name_(name), is_zipped_(is_zipped), session_(session) {}
+
+QString ExportTarget::shown_name() const {
+  return name_.empty() ? Output::standard_output_name() : QString::fromStdString(name_);
+}
+
+bool ExportTarget::refuse(const QString& reason) {
+  fail(open_output_failed, shown_name(), reason);
+  return false;
+}
+
+bool ExportTarget::open(const std::string& trace) {
+  if (!name_.empty()) {
+    if (is_same_file(name_, trace)) {
+      return refuse(QStringLiteral("it is the Code Trace file itself"));
+    }
+    if (!whole_.emplace(name_).begin()) return refuse(qt_error_string(errno));
+  }
+  output_.emplace(whole_ ? QString::fromStdString(whole_->path()) : QString(), session_.standard);
+  if (!output_->open([](int) { return false; })) return refuse(output_->error_message());
+  if (is_zipped_) gzip_.emplace(*output_);
+  writer_.emplace(is_zipped_ ? static_cast<Sink&>(*gzip_) : *output_);
+  return true;
+}
+
+std::string ExportTarget::file() const {
+  return whole_ && !whole_->is_in_place() ? whole_->path() : std::string();
+}
+
+int ExportTarget::finish(int status) {
+  writer_->flush();
+  if (gzip_ && writer_->ok()) static_cast<void>(gzip_->finish());
+  if (!output_->close()) {
+    if (!output_->is_pipe_closed()) fail(write_failed, shown_name(), output_->error_message());
+    return failed;
+  }
+  if (whole_ && !whole_->finish()) {
+    fail(write_failed, shown_name(), qt_error_string(errno));
+    return failed;
+  }
+  return status;
+}
+
+int ExportTarget::give_up(const std::string& reason) {
+  fail(write_failed, shown_name(), QString::fromStdString(reason));
+  return failed;
+}
+
+}  // namespace CT::Tool

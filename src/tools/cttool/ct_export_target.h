@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+//
+// Where an export goes: standard output, or a file that is there only once it is whole.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "codetrace/render/ct_writer.h"
+#include "tools/common/ct_output.h"
+#include "tools/common/ct_whole_file.h"
+#include "tools/cttool/ct_gzip.h"
+#include "tools/cttool/ct_verb.h"
+
+namespace CT::Tool {
+
+class ExportTarget {
+ public:
+  // An empty name is standard output. Borrows: the session.
+  ExportTarget(const std::string& name, bool is_zipped, Session& session);
+
+  // False, after it was said why, if it cannot be written, or if it is the trace of this name.
+  [[nodiscard]] bool open(const std::string& trace);
+  [[nodiscard]] Writer& out() { return *writer_; }
+  // The file that is being written, for what can only be written by its name; empty for a stream.
+  [[nodiscard]] std::string file() const;
+
+  // The end of what was written: the file gets its name. Returns the status, or `failed` with a
+  // message if not all arrived.
+  [[nodiscard]] int finish(int status);
+  // The end of what could not be written, for this reason, which is said: there is no file.
+  [[nodiscard]] int give_up(const std::string& reason);
+
+ private:
+  [[nodiscard]] QString shown_name() const;
+  bool refuse(const QString& reason);
+
+  std::string name_;
+  std::optional<WholeFile> whole_;
+  std::optional<Output> output_;
+  std::optional<GzipSink> gzip_;
+  std::optional<StreamWriter> writer_;
+  bool is_zipped_;
+  Session& session_;
+};
+
+}  // namespace CT::Tool
