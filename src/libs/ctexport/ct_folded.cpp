@@ -3,6 +3,10 @@
 // Folded stacks: the frames from the request inwards with semicolons between them, a blank, and the
 // weight that was spent with exactly these frames open. A stack has one line, unless there are more
 // than a table holds; readers add them up.
+#include <string>
+#include <unordered_map>
+#include <vector>
+
 #include "codetrace/render/ct_number.h"
 #include "ctexport/ct_format_writers.h"
 #include "ctexport/ct_frame_names.h"
@@ -30,7 +34,7 @@ class FoldedStacks {
     ++depth_;
     if (depth_ > deepest) return;
     if (table_.is_full()) start_anew();
-    open_.push_back(table_.push(top(), frames_.of(id, measure)));
+    open_.push_back(table_.push(top(), frame_of(id, measure)));
   }
   void end(NodeId /*id*/, const Measure& measure, const OwnFigures& figures) {
     table_.add(top(), weight_of(measure, figures));
@@ -52,10 +56,13 @@ class FoldedStacks {
     }
     return 0;
   }
+  [[nodiscard]] std::int32_t frame_of(NodeId id, const Measure& measure);
   void start_anew();
 
   Frames frames_;
   FrameNames names_;
+  std::vector<std::int32_t> namesakes_;  // of each frame: the first of its name
+  std::unordered_map<std::string, std::int32_t> by_name_;
   Weight weight_;
   Writer& out_;
   StackTable table_;
@@ -63,6 +70,22 @@ class FoldedStacks {
   std::size_t depth_ = 0;
   PlainArray<std::int32_t> path_;
 };
+
+// All that a line tells of a frame is the name, so functions of one name are one.
+std::int32_t FoldedStacks::frame_of(NodeId id, const Measure& measure) {
+  const std::int32_t frame = frames_.of(id, measure);
+  const auto at = static_cast<std::size_t>(frame);
+  if (at == namesakes_.size()) {
+    std::int32_t first = frame;
+    if (frames_.has_short_name(frames_[frame])) {
+      MemoryWriter name;
+      frames_.put_name(frames_[frame], name, put_one_frame);
+      first = by_name_.try_emplace(std::string(name.view()), frame).first->second;
+    }
+    namesakes_.push_back(first);
+  }
+  return namesakes_[at];
+}
 
 void FoldedStacks::put_lines() {
   for (StackTable::Stack stack = 1; stack != table_.size() && out_.ok(); ++stack) {

@@ -9,9 +9,12 @@ namespace CT::Export {
 
 namespace {
 
-// What tells frames apart that are none of a function's: the kind, and of includes the place of the
-// file's name.
-enum Kind : std::uint64_t { of_function, of_include, of_type };
+enum Kind : std::uint64_t { of_function, of_include_at, of_type };
+
+// Tells frames apart: `what` is the number of a function or a type, or a place in ADD DATA.
+std::uint64_t key_of(Kind kind, std::uint64_t what, bool is_open) {
+  return (what << 3) | (std::uint64_t{kind} << 1) | (is_open ? 1 : 0);
+}
 
 bool is_nameless(const Checkpoint::Function& function) {
   return function.class_entry() == nullptr &&
@@ -26,19 +29,35 @@ std::int32_t Frames::of_other(NodeId id, const Measure& measure) {
   auto what = static_cast<std::uint64_t>(measure.function);
   if (measure.function < 0) {
     const Node::Type type = trace_.type(id);
+    if (type == Node::Type::INCLUDE_CALL) return of_include(id, measure, is_open);
     kind = of_type;
     what = static_cast<std::uint64_t>(type);
-    if (type == Node::Type::INCLUDE_CALL) {
-      const auto include = trace_.node(id).begin_as<Checkpoint::IncludeCall>();
-      const char* const name = include ? include->include().data : nullptr;
-      const char* const names = Section::as_chars(trace_.file().add_data().data());
-      kind = of_include;
-      what = name != nullptr ? static_cast<std::uint64_t>(name - names) + 1 : 0;
-    }
   }
-  const std::uint64_t key = (what << 3) | (std::uint64_t{kind} << 1) | (is_open ? 1 : 0);
-  const auto [place, is_new] = others_.try_emplace(key, size());
+  const auto [place, is_new] = others_.try_emplace(key_of(kind, what, is_open), size());
   return is_new ? add(id, measure, is_open) : place->second;
+}
+
+// One file may have its name at several places. Very long names, which only a hostile file has, are
+// known by their place.
+std::int32_t Frames::of_include(NodeId id, const Measure& measure, bool is_open) {
+  const auto include = trace_.node(id).begin_as<Checkpoint::IncludeCall>();
+  const std::string_view name = include ? include->include().view() : std::string_view();
+  bool is_new = false;
+  std::int32_t known = 0;
+  if (name.size() <= RenderedTexts::longest) {
+    std::string key(name);
+    if (is_open) key += '\0';
+    const auto place = includes_.try_emplace(std::move(key), size());
+    is_new = place.second;
+    known = place.first->second;
+  } else {
+    const auto* const names = Section::as_chars(trace_.file().add_data().data());
+    const auto at = static_cast<std::uint64_t>(name.data() - names);
+    const auto place = others_.try_emplace(key_of(of_include_at, at, is_open), size());
+    is_new = place.second;
+    known = place.first->second;
+  }
+  return is_new ? add(id, measure, is_open) : known;
 }
 
 std::int32_t Frames::add(NodeId id, const Measure& measure, bool is_open) {

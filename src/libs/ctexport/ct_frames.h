@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -66,12 +67,14 @@ class Frames {
 
  private:
   std::int32_t of_other(NodeId id, const Measure& measure);
+  std::int32_t of_include(NodeId id, const Measure& measure, bool is_open);
   std::int32_t add(NodeId id, const Measure& measure, bool is_open);
 
   const Trace& trace_;
   bool splits_open_;
   std::vector<std::int32_t> of_functions_;  // -1 for one without frame
   std::unordered_map<std::uint64_t, std::int32_t> others_;
+  std::unordered_map<std::string, std::int32_t> includes_;  // by the file's name, if it is short
   std::vector<Frame> frames_;
 };
 

@@ -17,7 +17,7 @@ class StackTable {
  public:
   using Stack = std::uint32_t;
   static constexpr Stack bottom = 0;  // the stack of no frame
-  static constexpr std::size_t most = std::size_t{1} << 16;
+  static constexpr std::size_t most = std::size_t{1} << 14;
 
   struct Entry {
     Stack below;         // the same without its innermost frame
