@@ -54,7 +54,7 @@ fi
 for script in speedscope_schema firefox_profiler callgrind duckdb; do
   "$node" "$work/$script.mjs" "$cttool" "${traces[@]}"
 done
-for script in json_lines csv_rows sqlite_shell; do
+for script in folded_weights json_lines csv_rows sqlite_shell; do
   python3 -B "$here/$script.py" "$cttool" "${traces[@]}"
 done
 # The browser takes long; one trace is enough for it.

@@ -1,19 +1,23 @@
 // SPDX-License-Identifier: MIT
 // speedscope's web page opens the exports that its users would open in it: the profile has its name, the
 // table shows the request's time, and the own times that the page holds are those of the calls.
+import { basename } from "node:path";
 import { exported, passed, request, rows, same, sameSums, stem, sums, traces } from "./cttool.mjs";
 import { spansOf } from "./speedscope_events.mjs";
 import { saved, startBrowser, tableRows, withPage } from "./speedscope_page.mjs";
 
-// What speedscope makes of each format. In Chrome's it takes a call's arguments for a part of its name; folded
+// What speedscope makes of each format, and the name of its first profile. In Chrome's it takes a call's arguments for a part of its name; folded
 // stacks have no single calls; what it works out from callgrind's sums is a guess, but for the total. Spans
 // without length are not kept.
+const titleOf = ({ method, uri, url }) => (method ? `${method} ${uri}` : url);
 const formats = [
-  { format: "speedscope", suffix: ".speedscope.json.gz", options: ["--gzip"], scale: 1, frame: (name) => name, calls: true },
-  { format: "chrome", suffix: ".trace.json.gz", options: ["--gzip"], scale: 1000,
+  { format: "speedscope", suffix: ".speedscope.json.gz", options: ["--gzip"], title: titleOf,
+    scale: 1, frame: (name) => name, calls: true },
+  { format: "chrome", suffix: ".trace.json.gz", options: ["--gzip"], title: titleOf, scale: 1000,
     frame: (name) => name.replace(/ \{("|\}).*$/s, ""), calls: true },
-  { format: "folded", suffix: ".folded.txt", options: [], scale: 1, frame: (name) => name, calls: false },
-  { format: "callgrind", prefix: "callgrind.out.", options: [], scale: 1 },
+  { format: "folded", suffix: ".folded.txt", options: [], title: (_, file) => basename(file),
+    scale: 1, frame: (name) => name, calls: false },
+  { format: "callgrind", prefix: "callgrind.out.", options: [], title: (_, file) => basename(file), scale: 1 },
 ];
 
 const units = { ns: 1, "µs": 1e3, ms: 1e6, s: 1e9 };
@@ -43,16 +47,19 @@ function checkOwnTimes(trace, spans, frame, calls) {
   return wanted.size;
 }
 
-async function check(browser, trace, { format, prefix = "", suffix = "", options, scale, frame, calls }) {
+async function check(browser, trace, { format, prefix = "", suffix = "", options, title, scale, frame, calls }) {
   const file = exported(trace, format, `${prefix}${stem(trace)}${suffix}`, ...options);
-  const { total_ns } = request(trace);
+  const facts = request(trace);
+  const { total_ns } = facts;
   const { text, table, document } = await withPage(browser, file, async (page, problems) => ({
     text: await page.evaluate(() => `${document.title}\n${document.body.innerText}`),
     table: await tableRows(page, problems),
     document: await saved(page, problems),
   }));
   const [times] = document.profiles;
-  if (!text.includes(times.name)) throw new Error(`speedscope does not show ${times.name}`);
+  for (const part of [times.name, title(facts, file)]) {
+    if (!text.includes(part)) throw new Error(`speedscope shows ${text} without ${part}`);
+  }
   checkShownTotal(table, total_ns);
   same("the profile's end", Math.round(times.endValue * scale), total_ns);
 
