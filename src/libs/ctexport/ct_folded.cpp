@@ -30,7 +30,7 @@ class FoldedStacks {
         weight_(weight),
         out_(out) {}
 
-  void begin(NodeId id, const Measure& measure) {
+  void begin(NodeId id, const Measure& measure, std::uint32_t /*depth*/) {
     ++depth_;
     if (depth_ > deepest) return;
     if (table_.is_full()) start_anew();
@@ -40,7 +40,7 @@ class FoldedStacks {
     table_.add(top(), weight_of(measure, figures));
     if (depth_-- <= deepest) open_.pop_back();
   }
-  void point(NodeId /*id*/, const Measure& /*measure*/) {}
+  void point(NodeId /*id*/, const Measure& /*measure*/, std::uint32_t /*depth*/) {}
 
   void put_lines();
 

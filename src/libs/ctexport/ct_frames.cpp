@@ -80,12 +80,16 @@ void put_function_name(const Checkpoint::Function& function, Writer& out, PutSto
   put(out, function.name().view());
 }
 
-bool Frames::has_short_name(const Frame& frame) const {
-  const Section& names = trace_.file().add_data();
-  if (frame.function == nullptr) return file(frame).length <= RenderedTexts::longest;
-  const Checkpoint::ClassEntry* entry = frame.function->class_entry();
-  return RenderedTexts::is_short(names, frame.function->name_place()) &&
+bool has_short_name(const Checkpoint::Function& function, const Section& names) {
+  const Checkpoint::ClassEntry* entry = function.class_entry();
+  return RenderedTexts::is_short(names, function.name_place()) &&
          (entry == nullptr || RenderedTexts::is_short(names, entry->name_place()));
+}
+
+bool Frames::has_short_name(const Frame& frame) const {
+  return frame.function != nullptr
+             ? Export::has_short_name(*frame.function, trace_.file().add_data())
+             : file(frame).length <= RenderedTexts::longest;
 }
 
 void Frames::put_name(const Frame& frame, Writer& out, PutStored put) const {

@@ -80,5 +80,7 @@ class Frames {
 
 // The name of a function as all verbs show it, "Class::method" or "function".
 void put_function_name(const Checkpoint::Function& function, Writer& out, PutStored put);
+// Whether it is short enough to be kept for all who show it.
+bool has_short_name(const Checkpoint::Function& function, const Section& names);
 
 }  // namespace CT::Export

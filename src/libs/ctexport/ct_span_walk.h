@@ -22,8 +22,9 @@ struct OwnFigures {
   std::int64_t growth = 0;
 };
 
-// Calls sink.begin(id, measure), sink.end(id, measure, figures) and sink.point(id, measure). Takes
-// time linear in the nodes, and memory for the spans that are open at once.
+// Calls sink.begin(id, measure, depth), sink.end(id, measure, figures) and sink.point(id, measure,
+// depth), where the depth counts all nodes around it, chosen or not. Takes time linear in the
+// nodes, and memory for the spans that are open at once.
 template <class Sink>
 class SpanWalk {
  public:
@@ -38,10 +39,10 @@ class SpanWalk {
       const Measure& measure = source_.measures[id];
       const bool is_chosen = source_.chosen.has(id);
       if (!measure.has(Measure::is_span)) {
-        if (is_chosen) sink_.point(id, measure);
+        if (is_chosen) sink_.point(id, measure, depth());
         continue;
       }
-      if (is_chosen) sink_.begin(id, measure);
+      if (is_chosen) sink_.begin(id, measure, depth());
       open_.push_back({id, is_chosen, 0, 0});
     }
     while (!open_.empty()) close();
@@ -54,6 +55,8 @@ class SpanWalk {
     std::int64_t children_ns;      // of the chosen spans next under it
     std::int64_t children_memory;  // their deltas
   };
+
+  [[nodiscard]] std::uint32_t depth() const { return static_cast<std::uint32_t>(open_.size()); }
 
   void close() {
     const Open span = open_.back();

@@ -53,7 +53,7 @@ class TimeEvents {
  public:
   TimeEvents(Frames& frames, Writer& out) : frames_(frames), events_(out) {}
 
-  void begin(NodeId id, const Measure& measure) {
+  void begin(NodeId id, const Measure& measure, std::uint32_t /*depth*/) {
     if (!has_begun_) extent_.first = measure.start_ns;
     has_begun_ = true;
     events_.put('O', frames_.of(id, measure), measure.start_ns);
@@ -62,7 +62,7 @@ class TimeEvents {
     extent_.last = measure.end_ns();
     events_.put('C', frames_.of(id, measure), extent_.last);
   }
-  void point(NodeId /*id*/, const Measure& /*measure*/) {}
+  void point(NodeId /*id*/, const Measure& /*measure*/, std::uint32_t /*depth*/) {}
 
   [[nodiscard]] const Extent& extent() const { return extent_; }
 
@@ -78,14 +78,14 @@ class MemoryEvents {
  public:
   MemoryEvents(Frames& frames, Writer& out) : frames_(frames), events_(out) {}
 
-  void begin(NodeId id, const Measure& measure) {
+  void begin(NodeId id, const Measure& measure, std::uint32_t /*depth*/) {
     events_.put('O', frames_.of(id, measure), extent_.last);
   }
   void end(NodeId id, const Measure& measure, const OwnFigures& figures) {
     extent_.last = bounded_sum(extent_.last, figures.growth);
     events_.put('C', frames_.of(id, measure), extent_.last);
   }
-  void point(NodeId /*id*/, const Measure& /*measure*/) {}
+  void point(NodeId /*id*/, const Measure& /*measure*/, std::uint32_t /*depth*/) {}
 
   [[nodiscard]] const Extent& extent() const { return extent_; }
 

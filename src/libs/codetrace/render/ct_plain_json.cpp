@@ -25,16 +25,15 @@ void write_object(const ValueTape& tape, ValueTape::Index i, JsonWriter& out) {
   out.end_object();
 }
 
-void write_resource(const ValueTape& tape, ValueTape::Index i, JsonWriter& out) {
-  out.begin_object();
-  out.key("resource");
-  out.text(tape.resource_name(i).view());
-  out.key("handle");
-  out.number(tape.resource_handle(i));
-  out.end_object();
-}
-
 }  // namespace
+
+void write_exact(std::int64_t value, JsonWriter& out) {
+  constexpr std::int64_t exact = std::int64_t{1} << 53;
+  if (value >= -exact && value <= exact) return out.number(value);
+  out.out().put('"');
+  out.number(value);
+  out.out().put('"');
+}
 
 void PlainJsonWriter::write(const ValueRef& value, JsonWriter& out) {
   if (value.tape() == nullptr) return out.null();
@@ -61,7 +60,7 @@ void PlainJsonWriter::begin_value(const ValueTape& tape, ValueTape::Index i, Jso
     case ValueType::null: out.null(); break;
     case ValueType::false_: out.boolean(false); break;
     case ValueType::true_: out.boolean(true); break;
-    case ValueType::long_: out.number(tape.as_long(i)); break;
+    case ValueType::long_: write_whole(tape.as_long(i), out); break;
     case ValueType::double_: write_double(tape.as_double(i), out); break;
     case ValueType::string: write_text(tape.string(i), out); break;
     case ValueType::object: write_object(tape, i, out); break;
@@ -76,6 +75,20 @@ void PlainJsonWriter::begin_value(const ValueTape& tape, ValueTape::Index i, Jso
       }
       break;
   }
+}
+
+void PlainJsonWriter::write_whole(std::int64_t value, JsonWriter& out) const {
+  large_as_text_ ? write_exact(value, out) : out.number(value);
+}
+
+void PlainJsonWriter::write_resource(const ValueTape& tape, ValueTape::Index i,
+                                     JsonWriter& out) const {
+  out.begin_object();
+  out.key("resource");
+  out.text(tape.resource_name(i).view());
+  out.key("handle");
+  write_whole(tape.resource_handle(i), out);
+  out.end_object();
 }
 
 void PlainJsonWriter::open_map(const ValueTape& tape, ValueTape::Index i) {

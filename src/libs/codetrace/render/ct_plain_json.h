@@ -21,10 +21,18 @@
 
 namespace CT::Checkpoint {
 
+// As a number, or as a text where a double would lose digits.
+void write_exact(std::int64_t value, JsonWriter& out);
+
 // Writes values; keeps its working memory from one to the next.
 class PlainJsonWriter {
  public:
-  PlainJsonWriter() = default;
+  // Many readers of JSON keep numbers as doubles, which lose digits beyond 2^53; for them such
+  // whole numbers can be texts.
+  enum class LargeNumbers : bool { numbers, texts };
+
+  explicit PlainJsonWriter(LargeNumbers large = LargeNumbers::numbers)
+      : large_as_text_(large == LargeNumbers::texts) {}
   PlainJsonWriter(const PlainJsonWriter&) = delete;
   PlainJsonWriter& operator=(const PlainJsonWriter&) = delete;
 
@@ -50,11 +58,14 @@ class PlainJsonWriter {
   void put_key(const ValueTape& tape, ValueTape::Index key);
   bool begin_next(const ValueTape& tape, JsonWriter& out, ValueTape::Index& value);
   void close_array(const ValueTape& tape, JsonWriter& out);
+  void write_whole(std::int64_t value, JsonWriter& out) const;
+  void write_resource(const ValueTape& tape, ValueTape::Index i, JsonWriter& out) const;
   void write_double(double value, JsonWriter& out);
   [[nodiscard]] std::string_view key_of(const Member& member) const {
     return texts_.view().substr(member.text, member.size);
   }
 
+  bool large_as_text_;
   PlainArray<OpenArray> open_;
   PlainArray<Member> members_;         // of all open maps
   PlainArray<std::uint32_t> by_text_;  // of one map, while it is opened
