@@ -34,11 +34,13 @@ const counted = (spans) =>
 
 for (const trace of traces) {
   const file = exported(trace, "chrome", `${stem(trace)}.trace.json.gz`, "--gzip");
-  const markers = markersOf(file);
-  const calls = rows(trace, "select name, start_ns as start, total_ns as length from calls");
-  const names = new Set(calls.map(({ name }) => name));
-  const spans = markers.filter(({ duration }) => duration !== undefined).map((marker) =>
+  const spans = markersOf(file).filter(({ duration }) => duration !== undefined).map((marker) =>
     ({ name: marker.name, start: nanoseconds(marker.start), length: nanoseconds(marker.duration) }));
-  sameSums("slices", counted(spans.filter(({ name }) => names.has(name))), counted(calls));
+  const wanted = rows(trace, `select n.start_ns as start, n.total_ns as length,
+      coalesce(c.name, 'include ' || i.path, n.kind) as name
+    from nodes n left join calls c on c.id = n.id left join includes i on i.id = n.id
+    where n.kind in ('request', 'call', 'include', 'write')`);
+  same("slices", spans.length, wanted.length);
+  sameSums("slices", counted(spans), counted(wanted));
   passed("Firefox Profiler", trace, `${spans.length} slices with their begins and lengths`);
 }
