@@ -12,31 +12,35 @@ trace=$(readlink -f -- "$2")
 install_packages kcachegrind graphviz xvfb xauth xdotool imagemagick dbus-daemon pngquant fonts-dejavu-core \
   fonts-noto-color-emoji breeze-icon-theme
 # This installs what the browser's part needs.
-"$root/tests/readers/run.sh" "$cttool" "$root/examples/notes.ct"
+"$root/tests/readers/run.sh" "$cttool" "$root/examples/notes.ct" >&2
 
 folder=$(mktemp -d)
 trap 'rm -rf -- "$folder"' EXIT
 cd -- "$folder"
 "$root/build/readers/node_modules/.bin/node" "$root/build/readers/pictures.mjs" "$cttool" "$trace"
 
+# KCachegrind on a screen of its own: a function is chosen, then the map and the graph of what it calls.
 mkdir -m 700 config run
 printf '[TipOfDay]\nRunOnStart=false\n' >config/kcachegrindrc
 "$cttool" export "$trace" --to callgrind -o callgrind.out.webapp
-# shellcheck disable=SC2016
-XDG_CONFIG_HOME=$folder/config XDG_RUNTIME_DIR=$folder/run QT_SCALE_FACTOR=1 \
-  xvfb-run -s '-screen 0 1000x640x24' dbus-run-session -- bash -c '
-    set -e
-    kcachegrind callgrind.out.webapp &
-    sleep 8
-    window=$(xdotool search --onlyvisible --name " — KCachegrind$")
-    xdotool windowmove "$window" 0 0 windowsize "$window" 1000 640
-    sleep 2
-    for place in $1; do
-      xdotool mousemove "${place%,*}" "${place#*,}" click 1
-      sleep 2
-    done
-    import -window "$window" kcachegrind.png
-    kill "$!"' -- "${CLICKS-}" 2>/dev/null
+cat >look.sh <<'END'
+set -e
+kcachegrind callgrind.out.webapp &
+viewer=$!
+sleep 6
+window=$(xdotool search --onlyvisible --class kcachegrind)
+xdotool windowmove "$window" 0 0 windowsize "$window" 1000 640
+sleep 2
+for place in '240 199' '615 103' '521 596'; do
+  # shellcheck disable=SC2086
+  xdotool mousemove $place click 1
+  sleep 2
+done
+import -window "$window" kcachegrind.png
+kill "$viewer"
+END
+XDG_CONFIG_HOME=$folder/config XDG_RUNTIME_DIR=$folder/run xvfb-run -a -s '-screen 0 1000x640x24' \
+  dbus-run-session -- bash look.sh >look.log 2>&1 || die "KCachegrind: $(<look.log)"
 
 mkdir -p -- "$root/docs/pictures"
 for name in speedscope devtools kcachegrind; do
