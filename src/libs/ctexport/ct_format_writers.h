@@ -11,6 +11,7 @@ namespace CT::Export {
 void write_speedscope(const Source& source, const Options& options, Writer& out);
 void write_chrome(const Source& source, const Options& options, Writer& out);
 void write_jsonl(const Source& source, const Options& options, Writer& out);
+void write_callgrind(const Source& source, const Options& options, Writer& out);
 void write_folded(const Source& source, const Options& options, Writer& out);
 
 }  // namespace CT::Export
