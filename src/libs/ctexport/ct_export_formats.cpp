@@ -53,6 +53,15 @@ std::span<const Format> formats() {
              .takes_table = false,
              .is_zipped_at_will = true,
              .write = write_jsonl},
+      Format{.name = "csv",
+             .meaning = "one table: spreadsheets, DuckDB",
+             .prefix = "",
+             .suffix = ".csv",
+             .takes_weight = false,
+             .takes_values = true,
+             .takes_table = true,
+             .is_zipped_at_will = false,
+             .write = write_csv},
   };
   return table;
 }

@@ -13,5 +13,7 @@ void write_chrome(const Source& source, const Options& options, Writer& out);
 void write_jsonl(const Source& source, const Options& options, Writer& out);
 void write_callgrind(const Source& source, const Options& options, Writer& out);
 void write_folded(const Source& source, const Options& options, Writer& out);
+// Requires: options that name a table with rows of its own.
+void write_csv(const Source& source, const Options& options, Writer& out);
 
 }  // namespace CT::Export

@@ -4,12 +4,36 @@
 #include <new>
 
 #include "ctsql/ct_plan.h"
+#include "ctsql/ct_sqlite.h"
 #include "ctsql/ct_tables.h"
 #include "ctsql/ct_walk.h"
 
 namespace CT::Sql {
 
 namespace {
+
+// The result of one column.
+class Result final : public Cells {
+ public:
+  explicit Result(sqlite3_context* context) : context_(context) {}
+
+  void null() override { sqlite3_result_null(context_); }
+  void integer(std::int64_t value) override { sqlite3_result_int64(context_, value); }
+  void real(double value) override { sqlite3_result_double(context_, value); }
+  void kept_text(std::string_view text) override { put(text, SQLITE_STATIC); }
+  void text(std::string_view text) override { put(text, SQLITE_TRANSIENT); }
+  void json(std::string_view text) override {
+    constexpr unsigned json_subtype = 'J';  // by which SQLite's own functions know JSON
+    put(text, SQLITE_TRANSIENT);
+    sqlite3_result_subtype(context_, json_subtype);
+  }
+
+ private:
+  void put(std::string_view text, sqlite3_destructor_type lifetime) {
+    sqlite3_result_text64(context_, text.data(), text.size(), lifetime, SQLITE_UTF8);
+  }
+  sqlite3_context* context_;
+};
 
 struct OpenTable : sqlite3_vtab {
   TableSource source;
@@ -133,7 +157,8 @@ int column(sqlite3_vtab_cursor* at, sqlite3_context* context, int number) {
     Cursor& cursor = cursor_of(at);
     const auto put = cursor.columns[static_cast<std::size_t>(number)].put;
     if (put == nullptr) return SQLITE_OK;
-    cursor.row.put_into(context);
+    Result result(context);
+    cursor.row.put_into(result);
     put(cursor.row);
     return SQLITE_OK;
   });

@@ -18,9 +18,9 @@ inline constexpr std::array place = {
            },
            Key::parent},
     Column{"last", integer_type, "the last node under it: id+1 to last lie under it",
-           [](Row& row) { row.integer(row.trace().last(row.number())); }},
+           [](Row& row) { row.integer(row.last()); }},
     Column{"depth", integer_type, "how many nodes are around it",
-           [](Row& row) { row.integer(row.trace().depth(row.number())); }},
+           [](Row& row) { row.integer(row.depth()); }},
 };
 
 inline constexpr std::array outcome = {

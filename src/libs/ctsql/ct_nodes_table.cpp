@@ -18,8 +18,21 @@ constexpr std::array own_columns = {
            }},
 };
 
+void put_marks(Row& row) {
+  const Measure& measure = row.measure();
+  const bool is_untimed = measure.has(Measure::untimed) || measure.has(Measure::end_untimed);
+  if (!is_untimed) return row.word(measure.has(Measure::moved) ? "moved" : "");
+  row.word(measure.has(Measure::moved) ? "untimed moved" : "untimed");
+}
+
+constexpr std::array mark_columns = {
+    Column{"marks", text_type,
+           "untimed: begin or end has no time; moved: its time was made to fit; NULL for neither",
+           put_marks},
+};
+
 constexpr auto columns =
-    joined(Columns::place, own_columns, Columns::outcome, Columns::span_measures);
+    joined(Columns::place, own_columns, Columns::outcome, Columns::span_measures, mark_columns);
 
 constexpr std::array ancestor_columns = {
     Column{"id", integer_type, "the number of a node around it, the request first",

@@ -10,7 +10,7 @@ namespace CT::Sql {
 void Row::unsigned_integer(std::uint64_t value) {
   constexpr auto most = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
   if (value <= most) return integer(static_cast<std::int64_t>(value));
-  sqlite3_result_double(context_, static_cast<double>(value));
+  cells_->real(static_cast<double>(value));
 }
 
 void Row::word(std::string_view text) { text.empty() ? null() : kept_text(text); }
@@ -45,7 +45,7 @@ void Row::json(const Checkpoint::ValueRef& value) {
   text_.clear();
   JsonWriter out(text_, JsonWriter::Form::compact);
   json_.write(value, out);
-  put_json();
+  cells_->json(text_.view());
 }
 
 void Row::json_array(const Checkpoint::Values& values) {
@@ -57,13 +57,7 @@ void Row::json_array(const Checkpoint::Values& values) {
     json_.write(value, out);
   }
   out.end_array();
-  put_json();
-}
-
-void Row::put_json() {
-  constexpr unsigned json_subtype = 'J';  // by which SQLite's own functions know JSON
-  put_text();
-  sqlite3_result_subtype(context_, json_subtype);
+  cells_->json(text_.view());
 }
 
 }  // namespace CT::Sql

@@ -12,7 +12,8 @@
 #include "codetrace/render/ct_node_text.h"
 #include "codetrace/render/ct_plain_json.h"
 #include "codetrace/render/ct_writer.h"
-#include "ctsql/ct_sqlite.h"
+#include "ctsql/ct_cells.h"
+#include "ctsql/ct_shape_walk.h"
 #include "ctsql/ct_trace_data.h"
 
 namespace CT::Sql {
@@ -20,7 +21,10 @@ namespace CT::Sql {
 class Row {
  public:
   // Borrows: the data.
-  explicit Row(TraceData& data) : data_(data) {}
+  explicit Row(TraceData& data) : data_(data), reader_(data.trace().storage()) {}
+  // For whoever goes through all nodes in their order. Borrows: the shape, which stands on the node
+  // that this row is of.
+  Row(TraceData& data, const ShapeWalk& shape) : Row(data) { shape_ = &shape; }
 
   // Stands on the row of this number from now on.
   void place(std::int32_t number) {
@@ -28,7 +32,7 @@ class Row {
     is_read_ = false;
   }
   // The next column goes there.
-  void put_into(sqlite3_context* context) { context_ = context; }
+  void put_into(Cells& cells) { cells_ = &cells; }
 
   [[nodiscard]] TraceData& data() { return data_; }
   [[nodiscard]] const Trace& trace() const { return data_.trace(); }
@@ -37,31 +41,35 @@ class Row {
   [[nodiscard]] const Measure& measure() const { return data_.measures()[number_]; }
   // Decoded once a row, and not before somebody asks.
   [[nodiscard]] const Node::Base& node() {
-    if (!is_read_) node_ = trace().node(number_);
+    if (!is_read_) node_ = &reader_.read(number_);
     is_read_ = true;
-    return node_;
+    return *node_;
+  }
+  [[nodiscard]] std::uint32_t depth() const {
+    return shape_ != nullptr ? shape_->depth() : trace().depth(number_);
+  }
+  [[nodiscard]] NodeId last() const {
+    return shape_ != nullptr ? shape_->last() : trace().last(number_);
   }
   // Of a call.
   [[nodiscard]] const Checkpoint::Function& function() const {
     return trace().functions()[static_cast<std::size_t>(measure().function)];
   }
 
-  void null() { sqlite3_result_null(context_); }
-  void integer(std::int64_t value) { sqlite3_result_int64(context_, value); }
+  void null() { cells_->null(); }
+  void integer(std::int64_t value) { cells_->integer(value); }
   // What SQLite has no whole number for is the nearest real one.
   void unsigned_integer(std::uint64_t value);
   // Plain ASCII that lives for ever; an empty one is NULL.
   void word(std::string_view text);
   // UTF-8 that lives as long as the data.
-  void kept_text(std::string_view text) {
-    sqlite3_result_text64(context_, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8);
-  }
+  void kept_text(std::string_view text) { cells_->kept_text(text); }
   // What `write(Writer&)` writes, which is UTF-8.
   template <class Write>
   void text(const Write& write) {
     text_.clear();
     write(static_cast<Writer&>(text_));
-    put_text();
+    cells_->text(text_.view());
   }
   // A text of the trace, with the cut marker if it was cut; NULL if it is absent.
   void stored_text(const Checkpoint::String& stored);
@@ -81,17 +89,13 @@ class Row {
   [[nodiscard]] Node::TextRoom& text_room() { return text_room_; }
 
  private:
-  void put_text() {
-    sqlite3_result_text64(context_, text_.view().data(), text_.size(), SQLITE_TRANSIENT,
-                          SQLITE_UTF8);
-  }
-  void put_json();
-
   TraceData& data_;
-  sqlite3_context* context_ = nullptr;
+  Cells* cells_ = nullptr;
   std::int32_t number_ = 0;
   bool is_read_ = false;
-  Node::Base node_;
+  NodeReader reader_;
+  const Node::Base* node_ = nullptr;
+  const ShapeWalk* shape_ = nullptr;
   MemoryWriter text_;
   Checkpoint::PlainJsonWriter json_;
   Checkpoint::ValueTape tape_;

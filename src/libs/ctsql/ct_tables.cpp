@@ -3,6 +3,7 @@
 
 #include "ctsql/ct_entity_tables.h"
 #include "ctsql/ct_node_tables.h"
+#include "ctsql/ct_sqlite.h"
 
 namespace CT::Sql {
 

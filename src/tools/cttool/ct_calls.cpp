@@ -5,11 +5,11 @@
 #include <memory>
 
 #include "codetrace/render/ct_number.h"
+#include "ctexport/ct_csv_text.h"
 #include "ctmeasure/ct_grouping.h"
 #include "tools/cttool/ct_call_filter.h"
 #include "tools/cttool/ct_call_line.h"
 #include "tools/cttool/ct_choice.h"
-#include "tools/cttool/ct_csv.h"
 #include "tools/cttool/ct_format.h"
 #include "tools/cttool/ct_input.h"
 #include "tools/cttool/ct_node_json.h"
@@ -155,7 +155,7 @@ void CallPrinter::print_csv(NodeId id) {
     MemoryWriter text;
     JsonWriter json(text, JsonWriter::Form::compact);
     write(json);
-    if (text.view() != "null") put_csv(out_, text.view());
+    if (text.view() != "null") Export::put_csv(out_, text.view());
   };
   put_signed(out_, id);
   out_.put(',');
@@ -163,13 +163,13 @@ void CallPrinter::print_csv(NodeId id) {
   out_.put(',');
   put_unsigned(out_, trace_.depth(id));
   out_.put(',');
-  put_csv(out_, name_of(trace_.functions()[static_cast<std::size_t>(measure.function)]));
+  Export::put_csv(out_, name_of(trace_.functions()[static_cast<std::size_t>(measure.function)]));
   for (const std::int64_t figure : {measure.start_ns, measure.total_ns, measure.own_ns}) {
     out_.put(',');
     put_signed(out_, figure);
   }
   out_.put(',');
-  put_csv(out_, node.begin().filename().view());
+  Export::put_csv(out_, node.begin().filename().view());
   out_.put(',');
   if (node.begin().has_location()) put_unsigned(out_, node.begin().line_no());
   out_.put(',');

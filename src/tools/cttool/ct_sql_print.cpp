@@ -9,8 +9,8 @@
 
 #include "codetrace/render/ct_json.h"
 #include "codetrace/render/ct_text.h"
+#include "ctexport/ct_csv_text.h"
 #include "ctsql/ct_table.h"
-#include "tools/cttool/ct_csv.h"
 #include "tools/cttool/ct_json_check.h"
 #include "tools/cttool/ct_text_table.h"
 
@@ -77,7 +77,7 @@ class CsvPrinter final : public ResultPrinter {
  private:
   void put(int column, std::string_view text) {
     if (column != 0) out_.put(',');
-    put_csv(out_, text);
+    Export::put_csv(out_, text);
   }
 
   Writer& out_;

@@ -7,11 +7,11 @@
 
 #include "codetrace/render/ct_json.h"
 #include "codetrace/render/ct_number.h"
+#include "ctexport/ct_csv_text.h"
 #include "ctmeasure/ct_elapsed.h"
 #include "ctmeasure/ct_grouping.h"
 #include "ctmeasure/ct_profile.h"
 #include "tools/cttool/ct_choice.h"
-#include "tools/cttool/ct_csv.h"
 #include "tools/cttool/ct_format.h"
 #include "tools/cttool/ct_input.h"
 #include "tools/cttool/ct_names.h"
@@ -219,14 +219,14 @@ void write_json(const Result& result, const Options& options, Writer& out) {
 void write_csv(const Result& result, Writer& out) {
   out.put("name,own_ns,total_ns,calls,own_memory,builtin,file,line\n");
   for (const Row& row : result.rows) {
-    put_csv(out, row.group->name);
+    Export::put_csv(out, row.group->name);
     for (const std::int64_t figure :
          {row.sums.own_ns, row.sums.total_ns, row.sums.calls, row.sums.own_memory}) {
       out.put(',');
       put_signed(out, figure);
     }
     row.group->is_builtin ? out.put(",1,") : out.put(",0,");
-    put_csv(out, row.group->file);
+    Export::put_csv(out, row.group->file);
     out.put(',');
     if (!row.group->file.empty()) put_unsigned(out, row.group->line);
     out.put('\n');

@@ -3,20 +3,31 @@
 // Fields of comma-separated values, as RFC 4180 has them.
 #pragma once
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <string_view>
 
 #include "codetrace/render/ct_text.h"
 #include "codetrace/render/ct_writer.h"
 
-namespace CT::Tool {
+namespace CT::Export {
+
+// Whether a field has to stand in quotes.
+inline bool needs_quotes(std::string_view field) {
+  static constexpr auto special = [] {
+    std::array<bool, 256> table{};
+    for (const char c : {',', '"', '\r', '\n'}) table[static_cast<unsigned char>(c)] = true;
+    return table;
+  }();
+  return std::any_of(field.begin(), field.end(),
+                     [](char c) { return special[static_cast<unsigned char>(c)]; });
+}
 
 // In quotes where it must be; what is not UTF-8 is U+FFFD. Kept: a field that begins like a formula
 // is written as it is, so that programs get the text of the trace.
 inline void put_csv(Writer& out, std::string_view stored) {
-  if (stored.find_first_of(",\"\r\n") == std::string_view::npos) {
-    put_text(out, stored);
-    return;
-  }
+  if (!needs_quotes(stored)) return put_text(out, stored);
   out.put('"');
   for (std::size_t at = 0; at != stored.size();) {
     const std::size_t quote = stored.find('"', at);
@@ -28,4 +39,4 @@ inline void put_csv(Writer& out, std::string_view stored) {
   out.put('"');
 }
 
-}  // namespace CT::Tool
+}  // namespace CT::Export
