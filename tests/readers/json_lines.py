@@ -19,7 +19,12 @@ def output(*command):
 
 def compare(what, got, wanted):
     if not wanted or got != wanted:
-        sys.exit(f"{what}: {str(got)[:300]} instead of {str(wanted)[:300]}")
+        sys.exit(f"{what}: {got} instead of {wanted}")
+
+
+def compare_sums(what, got, wanted):
+    for name in wanted.keys() | got.keys():
+        compare(f"{what} of {name}", got.get(name), wanted.get(name))
 
 
 def profile(tool, trace):
@@ -62,7 +67,7 @@ def check(tool, trace, folder):
         if kind == "call":
             calls, before = got.get(name, (0, 0))
             got[name] = [calls + 1, before + own]
-    compare("own time by jq", got, sums)
+    compare_sums("calls and own time", got, sums)
     calls = check_values(tool, trace, path)
     compare("calls", calls, request["calls"])
     print(f"ok  {'jq -c':24} {pathlib.Path(trace).name:16} {len(records)} records, {len(sums)} functions "
