@@ -23,7 +23,10 @@ struct Format {
   bool takes_values;
   bool takes_table;
   bool is_zipped_at_will;  // those who read it also read it in gzip
+  // One of both: as a stream, or into a file that is there and empty; then the result is what went
+  // wrong, or nothing.
   void (*write)(const Source& source, const Options& options, Writer& out);
+  std::string (*write_file)(const Source& source, const Options& options, const std::string& path);
 };
 
 // In the order of the help.

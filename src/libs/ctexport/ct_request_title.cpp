@@ -52,28 +52,39 @@ std::string started_ns(const Trace& trace) {
   return std::to_string(nanoseconds);
 }
 
-void write_origin(const Source& source, JsonWriter& out) {
+Origin origin_of(const Source& source) {
   const Measures::Counts& counts = source.measures.counts();
   const Summary& found = source.trace.summary();
   const std::uint64_t damaged =
       found.skipped + found.damaged + found.rejected + found.repaired + (found.is_broken ? 1 : 0);
+  Origin origin;
+  origin.started_ns = started_ns(source.trace);
+  origin.request_id = source.trace.file().header().request_id;
+  origin.open = counts.open;
+  origin.untimed = counts.untimed;
+  origin.moved = counts.moved;
+  origin.damaged = static_cast<std::int64_t>(damaged);
+  return origin;
+}
+
+void write_origin(const Source& source, JsonWriter& out) {
+  const Origin origin = origin_of(source);
   out.key("exporter");
   out.word("cttool " CODETRACE_VERSION_STRING);
   out.key("trace");
   out.text(source.path);
-  const std::string started = started_ns(source.trace);
   out.key("started_ns");
-  started.empty() ? out.null() : out.word(started);
+  origin.started_ns.empty() ? out.null() : out.word(origin.started_ns);
   out.key("request_id");
-  out.number(std::int64_t{source.trace.file().header().request_id});
+  out.number(std::int64_t{origin.request_id});
   out.key("open");
-  out.number(std::int64_t{counts.open});
+  out.number(origin.open);
   out.key("untimed");
-  out.number(std::int64_t{counts.untimed});
+  out.number(origin.untimed);
   out.key("moved");
-  out.number(std::int64_t{counts.moved});
+  out.number(origin.moved);
   out.key("damaged");
-  out.number(static_cast<std::int64_t>(damaged));
+  out.number(origin.damaged);
 }
 
 }  // namespace CT::Export

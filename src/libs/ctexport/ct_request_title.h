@@ -3,6 +3,7 @@
 // What a viewer shows as the name of a request, and what every export says of the trace as a whole.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "codetrace/render/ct_json.h"
@@ -17,9 +18,18 @@ std::string request_title(const Trace& trace);
 // The start of the request in nanoseconds since 1970, in decimal; empty if the trace does not tell.
 std::string started_ns(const Trace& trace);
 
-// Members of an object: what made it, from which trace, when the request started, and how many
-// nodes never ended, had no time or one that had to be moved, and how many places are damaged.
-// Numbers that may be large are texts.
+// What an export says of the trace as a whole.
+struct Origin {
+  std::string started_ns;        // see above
+  std::uint32_t request_id = 0;  // that the tracer gave
+  std::int64_t open = 0;         // nodes that never ended
+  std::int64_t untimed = 0;      // nodes of which begin or end has no time
+  std::int64_t moved = 0;        // nodes whose time was made to fit
+  std::int64_t damaged = 0;      // places that are damaged or odd
+};
+Origin origin_of(const Source& source);
+
+// The same as members of an object, with what made it and from which trace.
 void write_origin(const Source& source, JsonWriter& out);
 
 }  // namespace CT::Export

@@ -4,7 +4,10 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <cerrno>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -104,6 +107,30 @@ int choose_nodes(const TreeFilters& filters, const Trace& trace, const Measures&
   return done;
 }
 
+int write_stream(const Format& format, const Export::Source& source, const Export::Options& how,
+                 ExportTarget& target) {
+  format.write(source, how, target.out());
+  return target.finish(done);
+}
+
+// What has to be a file on the way to a pipe is one for a while.
+int write_file(const Format& format, const Export::Source& source, const Export::Options& how,
+               ExportTarget& target) {
+  if (!target.file().empty()) {
+    const std::string error = format.write_file(source, how, target.file());
+    return error.empty() ? target.finish(done) : target.give_up(error);
+  }
+  const char* const folder = std::getenv("TMPDIR");
+  WholeFile file(std::string(folder != nullptr && *folder != '\0' ? folder : "/tmp") + "/export");
+  if (!file.begin()) return target.give_up(std::string("no file in TMPDIR: ") + strerror(errno));
+  const std::string error = format.write_file(source, how, file.path());
+  if (!error.empty()) return target.give_up(error);
+  if (const int failure = target.copy(file.path()); failure != 0) {
+    return target.give_up(strerror(failure));
+  }
+  return target.finish(done);
+}
+
 int run(const Options& options, Session& session) {
   const Format* const format = format_of(options);
   std::string name;
@@ -119,8 +146,9 @@ int run(const Options& options, Session& session) {
   if (choice != done) return choice;
   ExportTarget target(name, options.is_zipped, session);
   if (!target.open(options.file)) return failed;
-  format->write({input.trace(), measures, chosen, options.file}, options.how, target.out());
-  const int status = target.finish(done);
+  const Export::Source source = {input.trace(), measures, chosen, options.file};
+  const int status = format->write != nullptr ? write_stream(*format, source, options.how, target)
+                                              : write_file(*format, source, options.how, target);
   if (status == done && options.output.empty() && !name.empty()) {
     std::fprintf(stderr, "wrote %s\n", name.c_str());
   }

@@ -5,6 +5,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <vector>
 
 #include "tools/common/ct_failure.h"
 
@@ -50,6 +53,19 @@ bool ExportTarget::open(const std::string& trace) {
 
 std::string ExportTarget::file() const {
   return whole_ && !whole_->is_in_place() ? whole_->path() : std::string();
+}
+
+int ExportTarget::copy(const std::string& path) {
+  constexpr std::size_t piece = std::size_t{64} * 1024;
+  const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(std::fopen(path.c_str(), "rbe"),
+                                                                &std::fclose);
+  if (file == nullptr) return errno;
+  std::vector<char> bytes(piece);
+  std::size_t size = 0;
+  while (writer_->ok() && (size = std::fread(bytes.data(), 1, piece, file.get())) != 0) {
+    writer_->put(std::string_view(bytes.data(), size));
+  }
+  return std::ferror(file.get()) != 0 ? EIO : 0;
 }
 
 int ExportTarget::finish(int status) {

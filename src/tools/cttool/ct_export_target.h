@@ -25,6 +25,9 @@ class ExportTarget {
   // The file that is being written, for what can only be written by its name; empty for a stream.
   [[nodiscard]] std::string file() const;
 
+  // Writes what is in a file. An errno if that cannot be read, or 0.
+  [[nodiscard]] int copy(const std::string& path);
+
   // The end of what was written: the file gets its name. Returns the status, or `failed` with a
   // message if not all arrived.
   [[nodiscard]] int finish(int status);
