@@ -12,7 +12,7 @@ import tempfile
 TABLES = ["request", "nodes", "calls", "functions", "classes", "includes", "writes", "headers", "sent", "errors",
           "events", "repeats"]
 # Texts in hexadecimal, so that both programs print nothing that they would write each in its own way.
-FORM = "case typeof({0}) when 'text' then hex({0}) else quote({0}) end"
+FORM = "case typeof({0}) when 'text' then 'x' || hex({0}) else quote({0}) end"
 
 
 def output(*command):
@@ -49,7 +49,7 @@ def columns_of(database, name):
 def check_view(tool, trace, database, view):
     if view == "ancestors":
         # All at once would be every pair of nodes; and the deepest node has the most.
-        node = shell(database, "select id from nodes order by depth desc, id limit 1")[1]
+        node = next(iter(shell(database, "select id from nodes order by depth desc, id limit 1")[1:]), -1)
         return compare(tool, trace, database, view, ["id", "depth"], f'ancestors where "of" = {node}',
                        f"ancestors({node})")
     query = shell(database, f"select replace(sql, char(10), ' ') from sqlite_schema where name = '{view}'")[1]
