@@ -5,6 +5,7 @@
 #include "ctexport/ct_csv_text.h"
 #include "ctexport/ct_format_writers.h"
 #include "ctexport/ct_table_rows.h"
+#include "ctsql/ct_node_tables.h"
 #include "ctsql/ct_tables.h"
 
 namespace CT::Export {
@@ -34,7 +35,8 @@ class Fields final : public Sql::Cells {
 }  // namespace
 
 void write_csv(const Source& source, const Options& options, Writer& out) {
-  const Sql::Table& table = *Sql::find_table(options.table);
+  const Sql::Table& table =
+      options.table.empty() ? Sql::calls_table : *Sql::find_table(options.table);
   const auto columns = exported_columns(table, options.values);
   for (const Sql::Column* column : columns) {
     if (column != columns.front()) out.put(',');

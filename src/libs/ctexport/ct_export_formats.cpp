@@ -74,7 +74,7 @@ std::span<const Format> formats() {
              .suffix = ".sqlite",
              .takes_weight = false,
              .takes_values = false,
-             .takes_table = false,
+             .takes_table = true,
              .is_zipped_at_will = false,
              .write = nullptr,
              .write_file = write_sqlite},
@@ -97,7 +97,7 @@ std::string usual_name(const Format& format, const Options& options, std::string
   }
   std::string name = format.prefix;
   name += trace == "-" || base.empty() ? "trace" : base;
-  if (format.takes_table) (name += ".") += options.table;
+  if (!options.table.empty()) (name += ".") += options.table;
   return name += format.suffix;
 }
 

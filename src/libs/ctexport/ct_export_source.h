@@ -36,7 +36,7 @@ enum class Values : std::uint8_t { none, brief, full };
 struct Options {
   Weight weight = Weight::own;
   Values values = Values::full;
-  std::string table = "calls";  // one of ctsql's
+  std::string table = {};  // one of ctsql's; empty for the usual ones
 };
 
 }  // namespace CT::Export

@@ -2,7 +2,9 @@
 //
 // A database file: the tables of ctsql as real ones. What is not asked of a table but computed on
 // the way, the way up from a node, is a view.
+#include <deque>
 #include <string_view>
+#include <vector>
 
 #include "codetrace/ct_version.h"
 #include "ctexport/ct_format_writers.h"
@@ -10,6 +12,7 @@
 #include "ctexport/ct_sqlite_file.h"
 #include "ctexport/ct_sqlite_views.h"
 #include "ctexport/ct_table_rows.h"
+#include "ctsql/ct_node_tables.h"
 #include "ctsql/ct_tables.h"
 
 namespace CT::Export {
@@ -20,6 +23,11 @@ namespace {
 constexpr int schema_version = 1;
 // By which `file` and others know whose database it is: "CTrc".
 constexpr int application = 0x43547263;
+
+// Fewer and larger pages are written faster, and small files stay small with small ones.
+constexpr int usual_page = 4096;
+constexpr int large_page = 16384;
+constexpr std::size_t large_trace = std::size_t{8} << 20;
 
 std::string create_table(const Sql::Table& table, const std::vector<const Sql::Column*>& columns) {
   std::string sql = "create table \"";
@@ -44,22 +52,74 @@ std::string insert_into(std::string_view table, std::size_t columns) {
   return sql += ")";
 }
 
-void write_table(const Sql::Table& table, const Source& source, Sql::TraceData& data,
-                 SqliteFile& file) {
-  const auto columns = exported_columns(table, Values::full);
-  file.run(create_table(table, columns));
-  SqliteFile::Insert insert(file, insert_into(table.name, columns.size()));
-  TableRows rows(table, source, data);
-  while (file.ok() && rows.next()) {
-    for (const Sql::Column* column : columns) rows.put(*column, insert);
-    insert.put_row();
+// `wanted`: the name of the only table; empty for all.
+bool is_wanted(const Sql::Table& table, const std::string& wanted) {
+  return wanted.empty() || Sql::find_table(wanted) == &table;
+}
+
+// A table that is being filled.
+class Filling {
+ public:
+  Filling(const Sql::Table& table, SqliteFile& file)
+      : table_(table),
+        columns_(exported_columns(table, Values::full)),
+        insert_(file, create_table(table, columns_), insert_into(table.name, columns_.size())) {}
+
+  [[nodiscard]] const Sql::Table& table() const { return table_; }
+  // `put` puts a column of the row into cells.
+  template <class Put>
+  void put_row(const Put& put) {
+    for (const Sql::Column* column : columns_) put(*column, insert_);
+    insert_.put_row();
+  }
+
+ private:
+  const Sql::Table& table_;
+  std::vector<const Sql::Column*> columns_;
+  SqliteFile::Insert insert_;
+};
+
+// All tables of nodes at once, so that each node is read once.
+void write_node_tables(const Source& source, const std::string& wanted, Sql::TraceData& data,
+                       SqliteFile& file) {
+  std::deque<Filling> tables;
+  for (const Sql::Table* table : Sql::tables()) {
+    if (has_nodes(*table) && is_wanted(*table, wanted)) tables.emplace_back(*table, file);
+  }
+  Sql::ShapeWalk shape(source.trace);
+  Sql::Row row(data, shape);
+  for (NodeId id = 0; id != source.trace.node_count() && file.ok(); ++id) {
+    shape.next();
+    if (!source.chosen.has(id)) continue;
+    row.place(id);
+    for (Filling& filling : tables) {
+      if (!is_row(filling.table(), id, source.trace, source.measures)) continue;
+      filling.put_row([&](const Sql::Column& column, Sql::Cells& cells) {
+        row.put_into(cells);
+        column.put(row);
+      });
+    }
+  }
+}
+
+void write_other_tables(const Source& source, const std::string& wanted, Sql::TraceData& data,
+                        SqliteFile& file) {
+  for (const Sql::Table* table : Sql::tables()) {
+    if (table->rows != Sql::RowSet::numbered || !is_wanted(*table, wanted)) continue;
+    Filling filling(*table, file);
+    TableRows rows(*table, source, data);
+    while (file.ok() && rows.next()) {
+      filling.put_row(
+          [&](const Sql::Column& column, Sql::Cells& cells) { rows.put(column, cells); });
+    }
   }
 }
 
 // What the file was made from: a row a fact.
 void write_origin_table(const Source& source, SqliteFile& file) {
-  file.run("create table export (name TEXT PRIMARY KEY, value) without rowid");
-  SqliteFile::Insert insert(file, insert_into("export", 2));
+  SqliteFile::Insert insert(file,
+                            "create table export (name TEXT PRIMARY KEY, value) without rowid",
+                            insert_into("export", 2));
   const auto put_text = [&](std::string_view name, std::string_view value) {
     insert.text(name);
     value.empty() ? insert.null() : insert.text(value);
@@ -81,20 +141,25 @@ void write_origin_table(const Source& source, SqliteFile& file) {
 
 }  // namespace
 
-std::string write_sqlite(const Source& source, const Options& /*options*/,
-                         const std::string& path) {
-  SqliteFile file(path);
+std::string write_sqlite(const Source& source, const Options& options, const std::string& path) {
+  const bool is_large = source.trace.file().data().size() > large_trace;
+  SqliteFile file(path, is_large ? large_page : usual_page);
   file.run("pragma user_version = " + std::to_string(schema_version));
   file.run("pragma application_id = " + std::to_string(application));
   write_origin_table(source, file);
-  Sql::TraceData data(source.trace, source.measures, std::string(source.path));
-  for (const Sql::Table* table : Sql::tables()) {
-    if (table->rows != Sql::RowSet::above) write_table(*table, source, data, file);
+  {
+    Sql::TraceData data(source.trace, source.measures, std::string(source.path));
+    write_other_tables(source, options.table, data, file);
+    write_node_tables(source, options.table, data, file);
   }
-  file.run("create index nodes_parent on nodes (parent)");
-  file.run("create index calls_parent on calls (parent)");
-  file.run("create index calls_name on calls (name)");
-  for (const char* view : sqlite_views) file.run(view);
+  if (is_wanted(Sql::calls_table, options.table)) {
+    file.run("create index calls_parent on calls (parent)");
+    file.run("create index calls_name on calls (name)");
+  }
+  // Views look at several tables.
+  if (options.table.empty()) {
+    for (const char* view : sqlite_views) file.run(view);
+  }
   file.finish();
   return file.error();
 }

@@ -5,7 +5,7 @@
 
 namespace CT::Export {
 
-SqliteFile::SqliteFile(const std::string& path) {
+SqliteFile::SqliteFile(const std::string& path, int page_size) {
   sqlite3* handle = nullptr;
   // A name that begins with "file:" is a name all the same.
   const std::string name = path.starts_with('/') ? path : "./" + path;
@@ -14,6 +14,7 @@ SqliteFile::SqliteFile(const std::string& path) {
                       SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
   handle_.reset(handle);
   check(status);
+  run("pragma page_size = " + std::to_string(page_size));
   run("pragma journal_mode = off; pragma synchronous = off; pragma locking_mode = exclusive;"
       "begin");
 }
@@ -33,15 +34,20 @@ void SqliteFile::finish() {
   if (ok()) check(sqlite3_close(handle_.release()));
 }
 
-SqliteFile::Insert::Insert(SqliteFile& file, const std::string& sql) : file_(file) {
+SqliteFile::Insert::Insert(SqliteFile& file, const std::string& create, const std::string& insert)
+    : file_(file) {
+  file_.run(create);
   if (!file_.ok()) return;
   sqlite3_stmt* statement = nullptr;
-  file_.check(sqlite3_prepare_v2(file_.handle_.get(), sql.c_str(), -1, &statement, nullptr));
+  file_.check(sqlite3_prepare_v2(file_.handle_.get(), insert.c_str(), -1, &statement, nullptr));
   statement_.reset(statement);
 }
 
 void SqliteFile::Insert::put_row() {
+  for (const Kept& kept : kept_) bind(kept.column, texts_.view().substr(kept.begin, kept.size));
   column_ = 0;
+  kept_.clear();
+  texts_.clear();
   if (!file_.ok()) return;
   file_.check(sqlite3_step(statement_.get()));
   sqlite3_reset(statement_.get());

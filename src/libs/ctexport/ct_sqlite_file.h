@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "codetrace/bytes/ct_plain_array.h"
+#include "codetrace/render/ct_writer.h"
 #include "ctsql/ct_cells.h"
 #include "ctsql/ct_table.h"
 
@@ -17,9 +19,9 @@ namespace CT::Export {
 
 class SqliteFile {
  public:
-  // Opens a file that is empty. What goes wrong, here and below, is said by error(), and then
-  // nothing more is done. Throws std::bad_alloc.
-  explicit SqliteFile(const std::string& path);
+  // Opens a file that is empty. `page_size` is one of SQLite's. What goes wrong, here and below, is
+  // said by error(), and then nothing more is done. Throws std::bad_alloc.
+  SqliteFile(const std::string& path, int page_size);
 
   // Empty if all went well so far.
   [[nodiscard]] const std::string& error() const { return error_; }
@@ -33,8 +35,8 @@ class SqliteFile {
   // A row of values for an INSERT, from the first column on.
   class Insert final : public Sql::Cells {
    public:
-    // Borrows: the file.
-    Insert(SqliteFile& file, const std::string& sql);
+    // Creates the table first. Borrows: the file.
+    Insert(SqliteFile& file, const std::string& create, const std::string& insert);
 
     void null() override { check(sqlite3_bind_null(statement_.get(), ++column_)); }
     void integer(std::int64_t value) override {
@@ -43,15 +45,25 @@ class SqliteFile {
     void real(double value) override {
       check(sqlite3_bind_double(statement_.get(), ++column_, value));
     }
-    void kept_text(std::string_view text) override { bind(text, SQLITE_STATIC); }
-    void text(std::string_view text) override { bind(text, SQLITE_TRANSIENT); }
-    void json(std::string_view text) override { bind(text, SQLITE_TRANSIENT); }
+    void kept_text(std::string_view text) override { bind(++column_, text); }
+    void text(std::string_view text) override { keep(text); }
+    void json(std::string_view text) override { keep(text); }
     // The row is whole; another one begins.
     void put_row();
 
    private:
-    void bind(std::string_view text, sqlite3_destructor_type lifetime) {
-      check(sqlite3_bind_text64(statement_.get(), ++column_, text.data(), text.size(), lifetime,
+    // A text that is gone before the row is whole.
+    struct Kept {
+      int column;
+      std::size_t begin;
+      std::size_t size;
+    };
+    void keep(std::string_view text) {
+      kept_.push_back({++column_, texts_.size(), text.size()});
+      texts_.put(text);
+    }
+    void bind(int column, std::string_view text) {
+      check(sqlite3_bind_text64(statement_.get(), column, text.data(), text.size(), SQLITE_STATIC,
                                 SQLITE_UTF8));
     }
     void check(int status) {
@@ -64,6 +76,8 @@ class SqliteFile {
     SqliteFile& file_;
     std::unique_ptr<sqlite3_stmt, Finalize> statement_;
     int column_ = 0;
+    MemoryWriter texts_;
+    PlainArray<Kept> kept_;
   };
 
  private:

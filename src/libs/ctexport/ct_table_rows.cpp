@@ -12,25 +12,25 @@ std::vector<const Sql::Column*> exported_columns(const Sql::Table& table, Values
   return columns;
 }
 
+bool is_row(const Sql::Table& table, NodeId id, const Trace& trace, const Measures& measures) {
+  if (table.rows == Sql::RowSet::nodes) return true;
+  const bool is_call = measures[id].function >= 0;
+  if (table.rows == Sql::RowSet::calls) return is_call;
+  return !is_call && trace.type(id) == table.type;
+}
+
 bool TableRows::next() {
   while (next_ < count_) {
     const std::int32_t number = next_++;
     if (has_nodes(table_)) {
       shape_.next();
-      if (!is_row(number)) continue;
+      if (!source_.chosen.has(number)) continue;
+      if (!is_row(table_, number, source_.trace, source_.measures)) continue;
     }
     row_.place(number);
     return true;
   }
   return false;
-}
-
-bool TableRows::is_row(NodeId id) const {
-  if (!source_.chosen.has(id)) return false;
-  if (table_.rows == Sql::RowSet::nodes) return true;
-  const bool is_call = source_.measures[id].function >= 0;
-  if (table_.rows == Sql::RowSet::calls) return is_call;
-  return !is_call && source_.trace.type(id) == table_.type;
 }
 
 }  // namespace CT::Export

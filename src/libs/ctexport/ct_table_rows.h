@@ -29,13 +29,19 @@ inline bool has_values(const Sql::Column& column) {
 // The columns that an export has.
 std::vector<const Sql::Column*> exported_columns(const Sql::Table& table, Values values);
 
+// Whether a node is a row of a table of nodes.
+bool is_row(const Sql::Table& table, NodeId id, const Trace& trace, const Measures& measures);
+
+// One table.
 class TableRows {
  public:
   // Borrows all of it. Requires: a table whose rows do not depend on what is asked for.
   TableRows(const Sql::Table& table, const Source& source, Sql::TraceData& data)
-      : table_(table), source_(source), shape_(source.trace), row_(data, shape_), count_(0) {
-    count_ = table.rows == Sql::RowSet::numbered ? table.count(data) : source.trace.node_count();
-  }
+      : table_(table),
+        source_(source),
+        shape_(source.trace),
+        row_(data, shape_),
+        count_(has_nodes(table) ? source.trace.node_count() : table.count(data)) {}
 
   // To the next row; false behind the last one.
   [[nodiscard]] bool next();
@@ -46,8 +52,6 @@ class TableRows {
   }
 
  private:
-  [[nodiscard]] bool is_row(NodeId id) const;
-
   const Sql::Table& table_;
   const Source& source_;
   Sql::ShapeWalk shape_;

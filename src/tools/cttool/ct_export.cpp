@@ -169,7 +169,7 @@ VerbRun define_export(CLI::App& command) {
                   "Write this file; - is standard output. On a\n"
                   "                            terminal: a file named after the trace.")
       ->option_text("OUT");
-  options->table = command.add_option("--table", options->how.table, "Of csv: which. (calls)")
+  options->table = command.add_option("--table", options->how.table, "Of csv (calls) and sqlite (all): which.")
                        ->option_text("TABLE");
   options->values = add_choice(command, "--values", options->how.values, value_words,
                                "How much of the arguments.");
