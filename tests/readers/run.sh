@@ -37,8 +37,8 @@ esac
 
 make_large_trace() {
   install_packages "${build_packages[@]}"
-  cmake -S "$root" --preset release -DCODETRACE_BENCH=ON >&2
-  cmake --build "$root/build/release" --target make_trace >&2
+  cmake -S "$root" --preset release -DCODETRACE_BENCH=ON >/dev/null
+  cmake --build "$root/build/release" --target make_trace >/dev/null
   "$root/build/release/bench/make_trace" 100000 "$work/large.ct"
 }
 
