@@ -26,9 +26,9 @@ function annotated(file, ...options) {
   const [, table] = text.split(/^-+\nTime_ns.*file:function\n-+\n/m);
   if (table === undefined) throw new Error(`${basename(file)}: no table of functions`);
   return table.split("\n").filter((row) => row !== "").map((row) => {
-    const [, time, growth, calls, mark, label, count] = row.match(line) ?? [];
+    const [, time, , calls, mark, label, count] = row.match(line) ?? [];
     if (label === undefined) throw new Error(`${basename(file)}: a line ${row}`);
-    return { time: figure(time), growth: figure(growth), calls: figure(calls), mark, label, count: figure(count ?? "0") };
+    return { time: figure(time), calls: figure(calls), mark, label, count: figure(count ?? "0") };
   });
 }
 

@@ -2,60 +2,43 @@
 # SPDX-License-Identifier: MIT
 """csv_rows.py CTTOOL TRACE...: Python's csv reads every table, and each field is what SQL says."""
 import csv
-import json
-import pathlib
-import subprocess
+import itertools
 import sys
-import tempfile
+
+from companion import export, for_each_trace, output, passed, rows
 
 TABLES = ("request", "nodes", "calls", "functions", "classes", "includes", "writes", "headers", "sent",
           "errors", "events", "repeats")
 
 
-def columns_of(tool, trace, table):
-    said = subprocess.run([tool, "sql", trace, "--format", "csv", f"select name from pragma_table_info('{table}')"],
-                          check=True, stdout=subprocess.PIPE).stdout.decode()
-    return said.split()[1:]
-
-
 def rows_of_query(tool, trace, table):
     """As texts, with the columns' names first. JSON would be a value of the answer otherwise."""
-    columns = columns_of(tool, trace, table)
-    texts = ", ".join(f"{name} || ''" for name in columns)
-    query = f"select {texts} from {table}"
-    # Status 1 says that there are no rows.
-    said = subprocess.run([tool, "sql", trace, "--format", "json", query], check=False,
-                          stdout=subprocess.PIPE).stdout
-    rows = json.loads(said)["results"][0]["rows"]
-    return [columns] + [["" if value is None else value for value in row] for row in rows]
+    columns = output(tool, "sql", trace, "--format", "csv", f"select name from pragma_table_info('{table}')")[1:]
+    texts = ", ".join(f"{name} || '' as {name}" for name in columns)
+    answer = rows(tool, trace, f"select {texts} from {table}")
+    return [columns] + [["" if value is None else value for value in row.values()] for row in answer]
+
+
+def check_table(tool, trace, folder, table):
+    path = export(tool, trace, folder / f"{table}.csv", "csv", "--table", table)
+    fields = 0
+    with path.open(newline="", encoding="utf-8") as file:
+        read = csv.reader(file, strict=True)
+        for number, (got, wanted) in enumerate(itertools.zip_longest(read, rows_of_query(tool, trace, table))):
+            if got != wanted:
+                sys.exit(f"{trace}: {table}, row {number}: {got} instead of {wanted}")
+            fields += len(got)
+    return fields
 
 
 def check(tool, trace, folder):
-    fields = 0
-    for table in TABLES:
-        path = folder / f"{table}.csv"
-        subprocess.run([tool, "export", trace, "--to", "csv", "--table", table, "-o", path], check=True)
-        with path.open(newline="", encoding="utf-8") as file:
-            read = list(csv.reader(file, strict=True))
-        wanted = rows_of_query(tool, trace, table)
-        for number, (got, expected) in enumerate(zip(read, wanted)):
-            if got != expected:
-                sys.exit(f"{trace}: {table}, row {number}: {got} instead of {expected}")
-        if len(read) != len(wanted):
-            sys.exit(f"{trace}: {table} has {len(read)} rows instead of {len(wanted)}")
-        fields += sum(map(len, read))
+    fields = sum(check_table(tool, trace, folder, table) for table in TABLES)
     if fields < 100:
         sys.exit(f"{trace}: only {fields} fields")
-    print(f"ok  {'Python csv':24} {pathlib.Path(trace).name:16} {len(TABLES)} tables, {fields} fields as in SQL")
-
-
-def main():
-    # Values of a trace may be long.
-    csv.field_size_limit(2 ** 31 - 1)
-    with tempfile.TemporaryDirectory() as folder:
-        for trace in sys.argv[2:]:
-            check(sys.argv[1], trace, pathlib.Path(folder))
+    passed("Python csv", trace, f"{len(TABLES)} tables, {fields} fields as in SQL")
 
 
 if __name__ == "__main__":
-    main()
+    # Values of a trace may be long.
+    csv.field_size_limit(2 ** 31 - 1)
+    for_each_trace(check)

@@ -28,7 +28,8 @@ async function checkFormat(trace, what, table) {
 
 for (const trace of traces) {
   const jsonl = exported(trace, "jsonl", `${stem(trace)}.jsonl`);
-  await checkFormat(trace, "jsonl", `(select * from read_json(${quoted(jsonl)}, format = 'newline_delimited') where kind = 'call')`);
+  await checkFormat(trace, "jsonl",
+    `(select * from read_json(${quoted(jsonl)}, format = 'newline_delimited') where kind = 'call')`);
   const csv = exported(trace, "csv", `${stem(trace)}.csv`);
   await checkFormat(trace, "csv", `read_csv(${quoted(csv)}, strict_mode = true)`);
 }

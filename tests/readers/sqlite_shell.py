@@ -4,23 +4,14 @@
 for row and type for type, to the same query by `cttool sql`, and each view to the query that it is."""
 import csv
 import itertools
-import pathlib
-import subprocess
 import sys
-import tempfile
+
+from companion import export, for_each_trace, output, passed
 
 TABLES = ["request", "nodes", "calls", "functions", "classes", "includes", "writes", "headers", "sent", "errors",
           "events", "repeats"]
 # Texts in hexadecimal, so that both programs print nothing that they would write each in its own way.
 FORM = "case typeof({0}) when 'text' then 'x' || hex({0}) else quote({0}) end"
-
-
-def output(*command):
-    run = subprocess.run(command, stdout=subprocess.PIPE, check=False)
-    # cttool says by status 1 that there are no rows.
-    if run.returncode not in (0, 1 if "sql" in command else 0):
-        sys.exit(f"{command} ended with status {run.returncode}")
-    return run.stdout.decode().splitlines()
 
 
 def shell(database, query):
@@ -35,7 +26,7 @@ def compare(tool, trace, database, name, columns, source, same):
     """Rows of `source` in the database and of `same` in the trace; how many there are."""
     fields = ", ".join(FORM.format(f'"{column}"') for column in columns)
     read = shell(database, f"select {fields} from {source}")[1:]
-    wanted = output(tool, "sql", trace, "--format", "csv", f"select {fields} from {same}")[1:]
+    wanted = output(tool, "sql", trace, "--format", "csv", f"select {fields} from {same}", may_find_nothing=True)[1:]
     for number, (got, expected) in enumerate(itertools.zip_longest(read, wanted)):
         if got != expected:
             sys.exit(f"{trace}: {name}, row {number}: {got} instead of {expected}")
@@ -57,8 +48,8 @@ def check_view(tool, trace, database, view):
     return compare(tool, trace, database, view, columns_of(database, view), view, f"({query})")
 
 
-def check(tool, trace, database):
-    subprocess.run([tool, "export", trace, "--to", "sqlite", "-o", database], check=True)
+def check(tool, trace, folder):
+    database = export(tool, trace, folder / "trace.sqlite", "sqlite")
     integrity = shell(database, "pragma integrity_check")[1:]
     if integrity != ["ok"]:
         sys.exit(f"{trace}: integrity_check says {integrity}")
@@ -70,15 +61,8 @@ def check(tool, trace, database):
     answers = sum(check_view(tool, trace, database, view) for view in views)
     if rows < 100 or not answers:
         sys.exit(f"{trace}: {rows} rows, {answers} in views")
-    print(f"ok  {'sqlite3':24} {pathlib.Path(trace).name:16} {len(TABLES)} tables with {rows} rows and {len(views)} views "
-          f"with {answers} as in SQL", flush=True)
-
-
-def main():
-    for trace in sys.argv[2:]:
-        with tempfile.TemporaryDirectory() as folder:
-            check(sys.argv[1], trace, pathlib.Path(folder) / "trace.sqlite")
+    passed("sqlite3", trace, f"{len(TABLES)} tables with {rows} rows and {len(views)} views with {answers} as in SQL")
 
 
 if __name__ == "__main__":
-    main()
+    for_each_trace(check)
