@@ -5,27 +5,29 @@
 set -euo pipefail
 # shellcheck source=tools/setup.sh
 source "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/setup.sh"
+# shellcheck source=tests/readers/install.sh
+source "$root/tests/readers/install.sh"
 
 (($# == 2)) || die "usage: tools/pictures.sh CTTOOL TRACE"
 cttool=$(readlink -f -- "$1")
 trace=$(readlink -f -- "$2")
 install_packages kcachegrind graphviz xvfb xauth xdotool imagemagick dbus-daemon pngquant fonts-dejavu-core \
   fonts-noto-color-emoji breeze-icon-theme
-# This installs what the browser's part needs.
-"$root/tests/readers/run.sh" "$cttool" "$root/examples/notes.ct" >&2
+install_readers
 
 folder=$(mktemp -d)
 trap 'rm -rf -- "$folder"' EXIT
 cd -- "$folder"
-"$root/build/readers/node_modules/.bin/node" "$root/build/readers/pictures.mjs" "$cttool" "$trace"
+"$node" "$readers/pictures.mjs" "$cttool" "$trace"
 
 # KCachegrind on a screen of its own: a function is chosen, then the map and the graph of what it calls.
 mkdir -m 700 config run
 printf '[TipOfDay]\nRunOnStart=false\n' >config/kcachegrindrc
-"$cttool" export "$trace" --to callgrind -o callgrind.out.webapp
+profile=callgrind.out.$(basename -- "$trace" .ct)
+"$cttool" export "$trace" --to callgrind -o "$profile"
 cat >look.sh <<'END'
 set -e
-kcachegrind callgrind.out.webapp &
+kcachegrind "$1" &
 viewer=$!
 sleep 6
 window=$(xdotool search --onlyvisible --class kcachegrind)
@@ -40,7 +42,7 @@ import -window "$window" kcachegrind.png
 kill "$viewer"
 END
 XDG_CONFIG_HOME=$folder/config XDG_RUNTIME_DIR=$folder/run xvfb-run -a -s '-screen 0 1000x640x24' \
-  dbus-run-session -- bash look.sh >look.log 2>&1 || die "KCachegrind: $(<look.log)"
+  dbus-run-session -- bash look.sh "$profile" >look.log 2>&1 || die "KCachegrind: $(<look.log)"
 
 mkdir -p -- "$root/docs/pictures"
 for name in speedscope devtools kcachegrind; do

