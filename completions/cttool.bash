@@ -12,6 +12,7 @@ _cttool_options() {
     show) options='-h --help --source --format -v --verbose --color --no-pager --full --max-size' ;;
     response) options='-h --help --body --blame --limit --format -v --verbose --color --no-pager --full --max-size' ;;
     sql) options='-h --help --format --timeout -v --verbose --color --no-pager --full --max-size' ;;
+    export) options='-h --help --to -o --output --table --values --weight --gzip --depth --min --under --hide --only --no-builtin -v --verbose --color --no-pager --full --max-size' ;;
     *) options='-V --version -h --help -v --verbose --color --no-pager --full --max-size' ;;
   esac
 }
@@ -63,6 +64,18 @@ _cttool_value() {
     sql--timeout) : ;;
     sql--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
     sql--max-size) : ;;
+    export--to) mapfile -t COMPREPLY < <(compgen -W 'speedscope chrome callgrind folded jsonl csv sqlite' -- "$cur") ;;
+    export-o|export--output) _filedir ;;
+    export--table) : ;;
+    export--values) mapfile -t COMPREPLY < <(compgen -W 'none short full' -- "$cur") ;;
+    export--weight) mapfile -t COMPREPLY < <(compgen -W 'own memory calls' -- "$cur") ;;
+    export--depth) : ;;
+    export--min) : ;;
+    export--under) : ;;
+    export--hide) : ;;
+    export--only) : ;;
+    export--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
+    export--max-size) : ;;
     *) return 1 ;;
   esac
 }
@@ -84,7 +97,7 @@ _cttool() {
     _cttool_options "$verb"
     mapfile -t COMPREPLY < <(compgen -W "$options" -- "$cur")
   elif [[ ! $verb || $verb == help ]]; then
-    mapfile -t COMPREPLY < <(compgen -W 'summary top tree calls show response sql help' -- "$cur")
+    mapfile -t COMPREPLY < <(compgen -W 'summary top tree calls show response sql export help' -- "$cur")
   else
     _filedir
   fi

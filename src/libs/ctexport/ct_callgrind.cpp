@@ -4,10 +4,12 @@
 // defined, those of its calls on the line of the call.
 #include "codetrace/ct_version.h"
 #include "codetrace/render/ct_number.h"
+#include "ctexport/ct_call_cycles.h"
 #include "ctexport/ct_call_graph.h"
 #include "ctexport/ct_callgrind_names.h"
 #include "ctexport/ct_format_writers.h"
 #include "ctexport/ct_one_line.h"
+#include "ctexport/ct_open_functions.h"
 #include "ctexport/ct_request_title.h"
 #include "ctexport/ct_span_walk.h"
 
@@ -39,11 +41,38 @@ void put_costs(std::uint32_t line, const Costs& costs, Writer& out) {
   out.put('\n');
 }
 
+// Who calls whom.
+class Callers {
+ public:
+  Callers(Frames& frames, CallgrindNames& names, CallCycles& cycles)
+      : frames_(frames), functions_(names), cycles_(cycles) {}
+
+  void begin(NodeId id, const Measure& measure, std::uint32_t /*depth*/) {
+    const OpenFunctions::Id function = functions_.begin(frames_.of(id, measure));
+    if (function == OpenFunctions::none) return;
+    if (!open_.empty()) cycles_.add(open_.back(), function);
+    open_.push_back(function);
+  }
+  void end(NodeId /*id*/, const Measure& /*measure*/, const OwnFigures& /*figures*/) {
+    if (!functions_.end()) open_.pop_back();
+  }
+  void point(NodeId /*id*/, const Measure& /*measure*/, std::uint32_t /*depth*/) {}
+
+ private:
+  Frames& frames_;
+  OpenFunctions functions_;
+  CallCycles& cycles_;
+  PlainArray<OpenFunctions::Id> open_;
+};
+
 class Callgrind {
  public:
-  Callgrind(const Source& source, Writer& out)
-      : frames_(source.trace, Frames::OpenSpans::like_others),
-        names_(source.trace, frames_),
+  Callgrind(const Source& source, Frames& frames, CallgrindNames& names, const CallCycles& cycles,
+            Writer& out)
+      : frames_(frames),
+        names_(names),
+        cycles_(cycles),
+        functions_(names),
         reader_(source.trace.storage()),
         out_(out) {}
 
@@ -57,27 +86,25 @@ class Callgrind {
  private:
   struct Open {
     CallGraph::Place function;
-    std::int32_t unit;
+    OpenFunctions::Id entry;
+    std::int32_t turn;  // of the cycle that it is in
+    std::int32_t frame;
     std::uint32_t line;  // of the call
     Costs inclusive;
   };
 
   [[nodiscard]] std::uint32_t line_of_call(NodeId id, std::int32_t caller);
-  [[nodiscard]] std::int32_t& level(std::int32_t unit) {
-    const auto at = static_cast<std::size_t>(unit);
-    if (levels_.size() <= at) levels_.resize(at + 1);
-    return levels_[at];
-  }
+  [[nodiscard]] std::int32_t turn_of(OpenFunctions::Id entry) const;
   void put_calls(const CallGraph::Node& node);
 
-  Frames frames_;
-  CallgrindNames names_;
+  Frames& frames_;
+  CallgrindNames& names_;
+  const CallCycles& cycles_;
+  OpenFunctions functions_;
   NodeReader reader_;
   Writer& out_;
   CallGraph graph_;
   PlainArray<Open> open_;
-  std::vector<std::int32_t> levels_;  // how often each unit is open
-  std::size_t too_deep_ = 0;          // spans that are open in too deep a recursion
 };
 
 // A call of a script's function stands in that one's file. Of others nobody knows the line, but of
@@ -92,15 +119,25 @@ std::uint32_t Callgrind::line_of_call(NodeId id, std::int32_t caller) {
   return is_there ? call.line_no() : 0;
 }
 
+// A call that leads back begins a new turn of the cycle, so that from turn to turn, and within one,
+// calls only lead on.
+std::int32_t Callgrind::turn_of(OpenFunctions::Id entry) const {
+  if (open_.empty() || !cycles_.are_together(open_.back().entry, entry)) return 1;
+  return open_.back().turn + (cycles_.leads_back(open_.back().entry, entry) ? 1 : 0);
+}
+
 void Callgrind::begin(NodeId id, const Measure& measure, std::uint32_t /*depth*/) {
-  const std::int32_t unit = names_.unit_of(frames_.of(id, measure));
-  if (too_deep_ != 0 || level(unit) == CallgrindNames::deepest) {
-    ++too_deep_;
+  const std::int32_t frame = frames_.of(id, measure);
+  const OpenFunctions::Id entry = functions_.begin(frame);
+  if (entry == OpenFunctions::none) return;
+  const std::int32_t turn = turn_of(entry);
+  if (turn > CallgrindNames::deepest) {
+    functions_.leave();
+    functions_.begin_too_deep();
     return;
   }
-  const CallGraph::Place function = names_.function(unit, ++level(unit));
-  const std::uint32_t line = open_.empty() ? 0 : line_of_call(id, open_.back().unit);
-  open_.push_back({function, unit, line, {}});
+  const std::uint32_t line = open_.empty() ? 0 : line_of_call(id, open_.back().frame);
+  open_.push_back({names_.function(entry, turn), entry, turn, frame, line, {}});
 }
 
 // What is too deep is part of the call that is not.
@@ -108,13 +145,9 @@ void Callgrind::end(NodeId /*id*/, const Measure& measure, const OwnFigures& fig
   const Costs own = costs_of(measure, figures);
   graph_.add_self(open_.back().function, own);
   open_.back().inclusive.add(own);
-  if (too_deep_ != 0) {
-    --too_deep_;
-    return;
-  }
+  if (functions_.end()) return;
   const Open span = open_.back();
   open_.pop_back();
-  --level(span.unit);
   if (open_.empty()) return;
   open_.back().inclusive.add(span.inclusive);
   if (graph_.is_full()) put_all();
@@ -193,7 +226,13 @@ void write_callgrind(const Source& source, const Options& /*options*/, Writer& o
   Totals totals;
   walk_spans(source, totals);
   put_head(source, totals.sum, out);
-  Callgrind callgrind(source, out);
+  Frames frames(source.trace, Frames::OpenSpans::like_others);
+  CallgrindNames names(source.trace, frames);
+  CallCycles cycles;
+  Callers callers(frames, names, cycles);
+  walk_spans(source, callers);
+  cycles.find();
+  Callgrind callgrind(source, frames, names, cycles, out);
   walk_spans(source, callgrind);
   callgrind.put_all();
 }

@@ -12,6 +12,12 @@ namespace {
 // In place of the file of what no script defines.
 constexpr std::string_view internal_file = "php:internal";
 
+std::uint64_t pair_of(std::int32_t first, std::int32_t second) {
+  constexpr unsigned upper_half = 32;
+  return (std::uint64_t{static_cast<std::uint32_t>(first)} << upper_half) |
+         static_cast<std::uint32_t>(second);
+}
+
 }  // namespace
 
 CallgrindNames::CallgrindNames(const Trace& trace, const Frames& frames) : frames_(frames) {
@@ -52,33 +58,42 @@ std::int32_t CallgrindNames::unit_of(std::int32_t frame) {
   return units_[at].frame = first;
 }
 
-CallgrindNames::Id CallgrindNames::function(std::int32_t unit, std::int32_t level) {
-  constexpr unsigned upper_half = 32;
-  const std::uint64_t key = (std::uint64_t{static_cast<std::uint32_t>(unit)} << upper_half) |
-                            static_cast<std::uint32_t>(level);
-  const auto next = static_cast<Id>(functions_.size());
-  const auto [place, is_new] = by_level_.try_emplace(key, next);
-  if (is_new) functions_.push_back({unit, level, false});
+CallgrindNames::Id CallgrindNames::entry(std::int32_t unit, std::int32_t level) {
+  const auto next = static_cast<Id>(entries_.size());
+  const auto [place, is_new] = by_level_.try_emplace(pair_of(unit, level), next);
+  if (is_new) entries_.push_back({unit, level});
   return place->second;
 }
 
-void CallgrindNames::put_function(Id function, Writer& out) {
-  Entry& entry = functions_[function];
+CallgrindNames::Id CallgrindNames::function(Id entry, std::int32_t turn) {
+  const auto next = static_cast<Id>(functions_.size());
+  const auto [place, is_new] =
+      by_turn_.try_emplace(pair_of(static_cast<std::int32_t>(entry), turn), next);
+  if (is_new) functions_.push_back({entry, turn, false});
+  return place->second;
+}
+
+void CallgrindNames::put_function(Id number, Writer& out) {
+  Function& function = functions_[number];
   out.put('(');
-  put_unsigned(out, function + 1);
+  put_unsigned(out, number + 1);
   out.put(')');
-  if (entry.is_named) return;
-  entry.is_named = true;
+  if (function.is_named) return;
+  function.is_named = true;
   out.put(' ');
+  const Entry& entry = entries_[function.entry];
   const Frame& frame = frames_[entry.unit];
   frames_.put_name(frame, out, put_one_line);
   if (has_namesakes(frame)) {
     out.put(':');
     put_unsigned(out, Frames::line(frame));
   }
-  if (entry.level == 1) return;
+  if (entry.level == 1 && function.turn == 1) return;
   out.put('\'');
   put_signed(out, entry.level);
+  if (function.turn == 1) return;
+  out.put('.');
+  put_signed(out, function.turn);
 }
 
 CallgrindNames::Id CallgrindNames::find_file(const Checkpoint::String& file, bool& is_new) {
@@ -94,7 +109,7 @@ CallgrindNames::Id CallgrindNames::find_file(const Checkpoint::String& file, boo
 }
 
 void CallgrindNames::put_file(Id function, Writer& out) {
-  const std::int32_t frame = functions_[function].unit;
+  const std::int32_t frame = unit_of_function(function);
   Unit& unit = units_[static_cast<std::size_t>(frame)];
   bool is_new = false;
   if (!unit.has_file) unit.file = find_file(frames_.file(frames_[frame]), is_new);

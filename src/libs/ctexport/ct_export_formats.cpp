@@ -4,6 +4,9 @@
 #include <algorithm>
 #include <array>
 
+#include "ctexport/ct_table_rows.h"
+#include "ctsql/ct_tables.h"
+
 namespace CT::Export {
 
 std::span<const Format> formats() {
@@ -14,6 +17,7 @@ std::span<const Format> formats() {
              .suffix = ".speedscope.json",
              .takes_weight = false,
              .takes_values = false,
+             .takes_brief_values = false,
              .takes_table = false,
              .is_zipped_at_will = true,
              .write = write_speedscope,
@@ -24,6 +28,7 @@ std::span<const Format> formats() {
              .suffix = ".trace.json",
              .takes_weight = false,
              .takes_values = true,
+             .takes_brief_values = true,
              .takes_table = false,
              .is_zipped_at_will = true,
              .write = write_chrome,
@@ -34,6 +39,7 @@ std::span<const Format> formats() {
              .suffix = "",
              .takes_weight = false,
              .takes_values = false,
+             .takes_brief_values = false,
              .takes_table = false,
              .is_zipped_at_will = false,
              .write = write_callgrind,
@@ -44,6 +50,7 @@ std::span<const Format> formats() {
              .suffix = ".folded",
              .takes_weight = true,
              .takes_values = false,
+             .takes_brief_values = false,
              .takes_table = false,
              .is_zipped_at_will = false,
              .write = write_folded,
@@ -54,6 +61,7 @@ std::span<const Format> formats() {
              .suffix = ".jsonl",
              .takes_weight = false,
              .takes_values = true,
+             .takes_brief_values = true,
              .takes_table = false,
              .is_zipped_at_will = true,
              .write = write_jsonl,
@@ -64,6 +72,7 @@ std::span<const Format> formats() {
              .suffix = ".csv",
              .takes_weight = false,
              .takes_values = true,
+             .takes_brief_values = false,
              .takes_table = true,
              .is_zipped_at_will = false,
              .write = write_csv,
@@ -74,6 +83,7 @@ std::span<const Format> formats() {
              .suffix = ".sqlite",
              .takes_weight = false,
              .takes_values = false,
+             .takes_brief_values = false,
              .takes_table = true,
              .is_zipped_at_will = false,
              .write = nullptr,
@@ -87,6 +97,23 @@ const Format* find_format(std::string_view name) {
   const auto found = std::find_if(all.begin(), all.end(),
                                   [&](const Format& format) { return format.name == name; });
   return found != all.end() ? &*found : nullptr;
+}
+
+std::string table_problem(const std::string& table, bool is_filtered) {
+  if (table.empty()) return {};
+  const Sql::Table* const found = Sql::find_table(table);
+  if (found == nullptr || found->rows == Sql::RowSet::above) {
+    std::string problem = "there is no table ";
+    problem += table;
+    problem += "; the tables are";
+    for (const Sql::Table* known : Sql::tables()) {
+      if (known->rows != Sql::RowSet::above) (problem += ' ') += known->name;
+    }
+    return problem;
+  }
+  if (has_nodes(*found) || !is_filtered) return {};
+  return std::string("the table ") + found->name +
+         " tells of the whole trace; of its rows none can be left out";
 }
 
 std::string usual_name(const Format& format, const Options& options, std::string_view trace) {

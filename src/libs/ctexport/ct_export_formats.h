@@ -21,6 +21,7 @@ struct Format {
   // What of the options it takes; others make no difference to it.
   bool takes_weight;
   bool takes_values;
+  bool takes_brief_values;
   bool takes_table;
   bool is_zipped_at_will;  // those who read it also read it in gzip
   // One of both: as a stream, or into a file that is there and empty; then the result is what went
@@ -34,6 +35,9 @@ std::span<const Format> formats();
 
 // The format of this name; null if there is none.
 const Format* find_format(std::string_view name);
+
+// Why a table cannot be exported, or one of which rows were not chosen; empty if it can.
+std::string table_problem(const std::string& table, bool is_filtered);
 
 // The usual name of a file: of the export of "/tmp/request.ct.gz" as "callgrind" it is
 // "callgrind.out.request".

@@ -24,11 +24,6 @@ constexpr int schema_version = 1;
 // By which `file` and others know whose database it is: "CTrc".
 constexpr int application = 0x43547263;
 
-// Fewer and larger pages are written faster, and small files stay small with small ones.
-constexpr int usual_page = 4096;
-constexpr int large_page = 16384;
-constexpr std::size_t large_trace = std::size_t{8} << 20;
-
 std::string create_table(const Sql::Table& table, const std::vector<const Sql::Column*>& columns) {
   std::string sql = "create table \"";
   sql += table.name;
@@ -142,8 +137,7 @@ void write_origin_table(const Source& source, SqliteFile& file) {
 }  // namespace
 
 std::string write_sqlite(const Source& source, const Options& options, const std::string& path) {
-  const bool is_large = source.trace.file().data().size() > large_trace;
-  SqliteFile file(path, is_large ? large_page : usual_page);
+  SqliteFile file(path);
   file.run("pragma user_version = " + std::to_string(schema_version));
   file.run("pragma application_id = " + std::to_string(application));
   write_origin_table(source, file);

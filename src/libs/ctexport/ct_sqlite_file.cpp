@@ -5,7 +5,7 @@
 
 namespace CT::Export {
 
-SqliteFile::SqliteFile(const std::string& path, int page_size) {
+SqliteFile::SqliteFile(const std::string& path) {
   sqlite3* handle = nullptr;
   // A name that begins with "file:" is a name all the same.
   const std::string name = path.starts_with('/') ? path : "./" + path;
@@ -14,8 +14,8 @@ SqliteFile::SqliteFile(const std::string& path, int page_size) {
                       SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
   handle_.reset(handle);
   check(status);
-  run("pragma page_size = " + std::to_string(page_size));
-  run("pragma journal_mode = off; pragma synchronous = off; pragma locking_mode = exclusive;"
+  run("pragma cache_size = -1000; pragma journal_mode = off; pragma synchronous = off; pragma "
+      "locking_mode = exclusive;"
       "begin");
 }
 

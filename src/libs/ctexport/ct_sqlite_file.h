@@ -19,9 +19,9 @@ namespace CT::Export {
 
 class SqliteFile {
  public:
-  // Opens a file that is empty. `page_size` is one of SQLite's. What goes wrong, here and below, is
+  // Opens a file that is empty. What goes wrong, here and below, is
   // said by error(), and then nothing more is done. Throws std::bad_alloc.
-  SqliteFile(const std::string& path, int page_size);
+  explicit SqliteFile(const std::string& path);
 
   // Empty if all went well so far.
   [[nodiscard]] const std::string& error() const { return error_; }

@@ -7,6 +7,7 @@
 
 #include <QHashFunctions>
 #include <algorithm>
+#include <array>
 #include <cassert>
 #include <string_view>
 #include <utility>
@@ -125,14 +126,41 @@ class RepeatTable {
   std::size_t seed_ = QHashSeed::globalSeed();
 };
 
+// Calls of different functions are never equal, so each part of the functions has a table of its
+// own, after the one before it is gone: that takes a part of the memory.
+constexpr std::uint8_t part_count = 8;
+
+// Parts with about as many calls each: a function goes to the one that has fewest so far.
+std::vector<std::uint8_t> parts_of_functions(const Trace& trace, const Measures& measures) {
+  std::vector<std::int32_t> calls(trace.functions().size());
+  for (NodeId id = 0; id != measures.node_count(); ++id) {
+    const std::int32_t function = measures[id].function;
+    if (function >= 0) ++calls[static_cast<std::size_t>(function)];
+  }
+  std::array<std::int64_t, part_count> sums{};
+  std::vector<std::uint8_t> parts;
+  for (const std::int32_t count : calls) {
+    auto* const least = std::min_element(sums.begin(), sums.end());
+    *least += count;
+    parts.push_back(static_cast<std::uint8_t>(least - sums.begin()));
+  }
+  return parts;
+}
+
 }  // namespace
 
 std::vector<Repeat> repeats(const Trace& trace, const Measures& measures) {
-  RepeatTable table(trace, measures);
-  for (NodeId id = 0; id != measures.node_count(); ++id) {
-    if (measures[id].function >= 0) table.add(id);
+  const std::vector<std::uint8_t> parts = parts_of_functions(trace, measures);
+  std::vector<Repeat> found;
+  for (std::uint8_t part = 0; part != part_count; ++part) {
+    RepeatTable table(trace, measures);
+    for (NodeId id = 0; id != measures.node_count(); ++id) {
+      const std::int32_t function = measures[id].function;
+      if (function >= 0 && parts[static_cast<std::size_t>(function)] == part) table.add(id);
+    }
+    const std::vector<Repeat> of_part = table.take();
+    found.insert(found.end(), of_part.begin(), of_part.end());
   }
-  std::vector<Repeat> found = table.take();
   std::sort(found.begin(), found.end(),
             [](const Repeat& a, const Repeat& b) { return a.first < b.first; });
   return found;

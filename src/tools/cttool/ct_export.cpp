@@ -44,13 +44,12 @@ struct Options {
   // Asked whether they were given.
   const CLI::Option* weight = nullptr;
   const CLI::Option* values = nullptr;
-  const CLI::Option* table = nullptr;
 };
 
-std::string names_of_formats(const char* separator) {
+std::string names_of_formats() {
   std::string list;
   for (const Format& format : Export::formats()) {
-    if (!list.empty()) list += separator;
+    if (!list.empty()) list += '|';
     list += format.name;
   }
   return list;
@@ -62,8 +61,12 @@ const Format* format_of(const Options& options) {
   if (format != nullptr) return format;
   std::vector<std::string> known;
   for (const Format& one : Export::formats()) known.emplace_back(one.name);
-  std::fprintf(stderr, "there is no format %s%s\nThe formats are %s.\n", options.format.c_str(),
-               guess(options.format, known).c_str(), names_of_formats(", ").c_str());
+  std::fprintf(stderr, "there is no format %s%s\n", options.format.c_str(),
+               guess(options.format, known).c_str());
+  constexpr int width = 12;
+  for (const Format& one : Export::formats()) {
+    std::fprintf(stderr, "  %-*s%s\n", width, one.name, one.meaning);
+  }
   return nullptr;
 }
 
@@ -75,9 +78,15 @@ bool takes_options(const Format& format, const Options& options) {
   };
   if (options.weight->count() != 0 && !format.takes_weight) return refuse("--weight");
   if (options.values->count() != 0 && !format.takes_values) return refuse("--values");
-  if (options.table->count() != 0 && !format.takes_table) return refuse("--table");
+  if (options.how.values == Values::brief && !format.takes_brief_values) {
+    return refuse("--values short");
+  }
+  if (!options.how.table.empty() && !format.takes_table) return refuse("--table");
   if (options.is_zipped && !format.is_zipped_at_will) return refuse("--gzip");
-  return true;
+  const bool is_filtered = options.filters.is_hiding() || options.filters.is_cutting();
+  const std::string problem = Export::table_problem(options.how.table, is_filtered);
+  if (!problem.empty()) std::fprintf(stderr, "%s\n", problem.c_str());
+  return problem.empty();
 }
 
 // The name of the file to write; empty for standard output. A terminal is no place for an export:
@@ -162,20 +171,17 @@ VerbRun define_export(CLI::App& command) {
   auto options = std::make_shared<Options>();
   add_file(command, options->file);
   command.add_option("--to", options->format, "The format.")
-      ->option_text(names_of_formats("|"))
+      ->option_text(names_of_formats())
       ->required();
-  command
-      .add_option("-o,--output", options->output,
-                  "Write this file; - is standard output. On a\n"
-                  "                            terminal: a file named after the trace.")
+  command.add_option("-o,--output", options->output, "Into this file; - is standard output.")
       ->option_text("OUT");
-  options->table = command.add_option("--table", options->how.table, "Of csv (calls) and sqlite (all): which.")
-                       ->option_text("TABLE");
+  command.add_option("--table", options->how.table, "Of csv (calls) and sqlite (all): which.")
+      ->option_text("TABLE");
   options->values = add_choice(command, "--values", options->how.values, value_words,
                                "How much of the arguments.");
   options->weight =
       add_choice(command, "--weight", options->how.weight, weight_words, "Of folded: what counts.");
-  command.add_flag("--gzip", options->is_zipped, "Compress JSON, which viewers can read.");
+  command.add_flag("--gzip", options->is_zipped, "Compress JSON; most viewers read that.");
   add_tree_filters(command, options->filters);
   return [options](Session& session) { return run(*options, session); };
 }

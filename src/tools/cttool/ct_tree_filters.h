@@ -19,6 +19,9 @@ struct TreeFilters {
   std::optional<std::uint32_t> depth;
   std::string least;
 
+  [[nodiscard]] bool is_hiding() const {
+    return !nodes.hidden.empty() || !nodes.only.empty() || nodes.no_builtin;
+  }
   [[nodiscard]] bool is_cutting() const {
     return !under.empty() || depth.has_value() || !least.empty();
   }

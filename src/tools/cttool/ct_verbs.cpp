@@ -49,11 +49,13 @@ std::span<const Verb> verbs() {
            "  cttool sql request.ct --format csv 'select * from functions' >functions.csv\n",
            define_sql},
       Verb{"export", "Open it in the viewer that I know.",
-           "  cttool export request.ct --to speedscope -o request.speedscope.json\n"
-           "  cttool export request.ct --to chrome         on a terminal: request.trace.json\n"
+           "  cttool export request.ct --to speedscope     on a terminal: into a file\n"
+           "  cttool export request.ct --to chrome -o request.trace.json\n"
            "  cttool export request.ct --to callgrind --no-builtin\n"
+           "  cttool export request.ct --to folded --weight memory >request.folded\n"
+           "  cttool export request.ct --to jsonl | jq -c 'select(.own_ns > 1e6)'\n"
            "  cttool export request.ct --to csv --table functions >functions.csv\n"
-           "  cttool export request.ct --to folded --weight memory --under 'Note::html'\n",
+           "  cttool export request.ct --to sqlite -o request.sqlite\n",
            define_export},
   };
   return table;
