@@ -7,10 +7,11 @@ import { exported, passed, profile, request, rows, run, same, sameSums, stem, su
 const sqlText = (text) => `'${text.replaceAll("'", "''")}'`;
 const figure = (text) => Number(text.replaceAll(",", ""));
 
-// Calls inside of a call of the same function have names of their own, such as f'2, and so have calls that
-// would close a cycle otherwise, such as f#2.
-const outermost = (label) => !/'\d+(#\d+)?$/.test(label);
-const plain = (label) => label.replace(/('\d+)?(#\d+)?$/, "");
+// Calls inside of a call of the same function have names of their own, such as f'2, and so have outermost ones
+// that would close a cycle otherwise, such as f'1.2.
+const suffix = /'(\d+)(\.\d+)?$/;
+const outermost = (label) => [undefined, "1"].includes(label.match(suffix)?.[1]);
+const plain = (label) => label.replace(suffix, "");
 
 // FILE:FUNCTION, as callgrind_annotate prints it; with the line where a file has several of that name.
 function labels(functions) {
