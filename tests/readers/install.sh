@@ -20,7 +20,7 @@ install_npm_packages() {
 }
 
 install_readers() {
-  local packages=(chromium valgrind jq sqlite3 python3)
+  local packages=(chromium valgrind jq sqlite3 python3 python3-jsonschema)
   # Some distributions of node have npm in it.
   command -v npm >/dev/null || packages+=(nodejs npm)
   install_packages "${packages[@]}"
