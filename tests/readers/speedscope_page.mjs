@@ -13,6 +13,15 @@ const types = { ".html": "text/html", ".js": "text/javascript", ".css": "text/cs
 // What Chromium says about drawing without a graphics card is not about the page.
 const aboutDrawing = /^\[\.WebGL-|WebGL initialized|GPU stall/;
 
+// It takes the arguments of a call in a Chrome trace for a part of its name, and wonders at every end, which
+// does not repeat them: Tried to end "f" when "f {"id":7}" was on the top of the stack. Ending f {"id":7} instead.
+// It ends the right one; of another one it would say so.
+function isAboutArguments(text) {
+  const pattern = /^ts=[\d.]+: Tried to end "(.*?)" when "(.*)" was on the top of the stack\. Ending /s;
+  const [, ended, top] = text.match(pattern) ?? [];
+  return top?.startsWith(`${ended} {`) ?? false;
+}
+
 // Serves the page, and below /file/ the one file.
 async function serve(file) {
   const server = createServer(async (asked, answer) => {
@@ -66,9 +75,9 @@ export async function withPage(browser, file, look) {
   page.on("dialog", (dialog) => { problems.push(`alert: ${dialog.message()}`); dialog.dismiss(); });
   page.on("requestfailed", (asked) => problems.push(`not loaded: ${asked.url()}`));
   page.on("console", (line) => {
-    if (["error", "warn"].includes(line.type()) && !aboutDrawing.test(line.text())) {
-      problems.push(`console: ${line.text()}`);
-    }
+    const text = line.text();
+    if (!["error", "warn"].includes(line.type()) || aboutDrawing.test(text) || isAboutArguments(text)) return;
+    problems.push(`console: ${text}`);
   });
   try {
     const home = `http://127.0.0.1:${server.address().port}`;
