@@ -5,6 +5,7 @@
 // that took no nanosecond is an instant: readers that sort begins and ends apart could not nest it.
 #include <cstring>
 
+#include "codetrace/bytes/ct_utf8.h"
 #include "codetrace/render/ct_digits.h"
 #include "codetrace/render/ct_rendered.h"
 #include "ctexport/ct_format_writers.h"
@@ -132,7 +133,7 @@ void ChromeEvents::put_name(NodeId id, const Measure& measure) {
 
 void ChromeEvents::put_point_name(const Node::Base& node) {
   if (const auto event = node.begin_as<Checkpoint::UserEvent>();
-      event && !event->event_name().is_empty()) {
+      event && !without_byte_order_mark(event->event_name().view()).empty()) {
     return put_json_text(out_, event->event_name().view());
   }
   if (const auto error = node.begin_as<Checkpoint::ScriptError>();

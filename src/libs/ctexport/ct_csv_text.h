@@ -29,12 +29,14 @@ inline bool needs_quotes(std::string_view field) {
 inline void put_csv(Writer& out, std::string_view stored) {
   if (!needs_quotes(stored)) return put_text(out, stored);
   out.put('"');
-  for (std::size_t at = 0; at != stored.size();) {
-    const std::size_t quote = stored.find('"', at);
-    const std::size_t end = quote == std::string_view::npos ? stored.size() : quote + 1;
-    put_text(out, stored.substr(at, end - at));
-    if (quote != std::string_view::npos) out.put('"');
-    at = end;
+  // Each piece but the first begins with a quote, so no byte-order mark inside of the text is lost.
+  std::size_t end = std::min(stored.find('"'), stored.size());
+  put_text(out, stored.substr(0, end));
+  while (end != stored.size()) {
+    const std::size_t begin = end;
+    end = std::min(stored.find('"', begin + 1), stored.size());
+    out.put('"');
+    put_text(out, stored.substr(begin, end - begin));
   }
   out.put('"');
 }

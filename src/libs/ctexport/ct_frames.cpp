@@ -107,11 +107,13 @@ void Frames::put_name(const Frame& frame, Writer& out, PutStored put) const {
 }
 
 Checkpoint::String Frames::file(const Frame& frame) const {
+  Checkpoint::String file;
   if (frame.function != nullptr) {
-    return frame.function->is_user() ? frame.function->filename() : Checkpoint::String();
+    if (frame.function->is_user()) file = frame.function->filename();
+  } else if (const auto include = trace_.node(frame.first).begin_as<Checkpoint::IncludeCall>()) {
+    file = include->include();
   }
-  const auto include = trace_.node(frame.first).begin_as<Checkpoint::IncludeCall>();
-  return include ? include->include() : Checkpoint::String();
+  return without_byte_order_mark(file.view()).empty() ? Checkpoint::String() : file;
 }
 
 std::uint32_t Frames::line(const Frame& frame) {

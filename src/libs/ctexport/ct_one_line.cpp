@@ -69,7 +69,7 @@ void put_escaped(Writer& out, std::string_view stored, char replaced, char by) {
 
 }  // namespace
 
-void put_one_line(Writer& out, std::string_view stored) { put_escaped(out, stored, '\n', ' '); }
+void put_one_line(Writer& out, std::string_view stored) { put_escaped(out, stored, ';', ';'); }
 
 void put_one_frame(Writer& out, std::string_view stored) { put_escaped(out, stored, ';', ':'); }
 

@@ -19,7 +19,7 @@ inline constexpr const char* sqlite_views[] = {
     // Who called a function?
     "create view callers as select c.name,"
     " coalesce(p.name, 'include ' || i.path, n.kind) as caller, count(*) as calls,"
-    " sum(c.own_ns) / 1e6 as own_ms, sum(c.total_ns) / 1e6 as total_ms"
+    " total(c.own_ns) / 1e6 as own_ms, total(c.total_ns) / 1e6 as total_ms"
     " from calls c left join calls p on p.id = c.parent left join includes i on i.id = c.parent"
     " left join nodes n on n.id = c.parent group by 1, 2 order by 1, calls desc, 2",
     // Which calls threw?
