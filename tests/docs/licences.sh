@@ -12,7 +12,7 @@ while IFS= read -r -d '' path; do
   case $path in
     *CMakeLists.txt) ;;
     # Formats without comments, and data.
-    LICENSE | *.json | *.case | *.expected | *.ct | *.txt | *.abi) continue ;;
+    LICENSE | *.json | *.case | *.expected | *.ct | *.txt | *.abi | *.png) continue ;;
     packaging/debian/changelog | packaging/debian/copyright) continue ;;
     fuzz/corpus/* | tests/data/*) continue ;;
   esac
