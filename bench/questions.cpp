@@ -23,10 +23,11 @@ namespace fs = std::filesystem;
 
 constexpr double mebibyte = 1 << 20;
 
-// One question, and how many times the time of one of the reader's outputs it may take.
+// One question, and how many times the time of one of the reader's outputs it may take. Exports go
+// to standard output, but for a database.
 struct Question {
   std::string name;
-  std::vector<std::string> words;  // "FILE" stands for the trace
+  std::vector<std::string> words;  // "FILE" stands for the trace, "OUT" for a file to write
   char output;
   double most;
 };
@@ -47,6 +48,17 @@ const std::vector<Question>& questions() {
       {"calls x::y", {"calls", "FILE", "x::y"}, 'S', 2.5},
       {"show 500", {"show", "FILE", "500"}, 'S', 2.5},
       {"tree", {"tree", "FILE"}, 'S', 6},
+      {"export speedscope", {"export", "FILE", "--to", "speedscope"}, 'J', 1},
+      {"export folded", {"export", "FILE", "--to", "folded"}, 'J', 1},
+      {"export callgrind", {"export", "FILE", "--to", "callgrind"}, 'J', 1},
+      {"export csv, no values", {"export", "FILE", "--to", "csv", "--values", "none"}, 'J', 1},
+      {"export chrome", {"export", "FILE", "--to", "chrome"}, 'J', 1.5},
+      {"export jsonl", {"export", "FILE", "--to", "jsonl"}, 'J', 1.5},
+      {"export sqlite, calls",
+       {"export", "FILE", "--to", "sqlite", "--table", "calls", "-o", "OUT"},
+       'J',
+       6},
+      {"export sqlite", {"export", "FILE", "--to", "sqlite", "-o", "OUT"}, 'J', 10},
   };
   return rows;
 }
@@ -84,6 +96,7 @@ class Questions {
   std::string tool_;
   std::string cttool_;
   TemporaryFile file_{"questions.ct"};
+  TemporaryFile out_{"questions.out"};
   std::string trace_ = file_.path().string();
   std::uint64_t calls_ = 0;
   bool is_within_limits_ = true;
@@ -110,7 +123,9 @@ Usage Questions::run_once(const std::vector<std::string>& command) const {
 // Reader and companion in turn, so that both meet the same weather.
 Cost Questions::measure(const Question& question, int runs) const {
   std::vector<std::string> command = {cttool_};
-  for (const std::string& word : question.words) command.push_back(word == "FILE" ? trace_ : word);
+  for (const std::string& word : question.words) {
+    command.push_back(word == "FILE" ? trace_ : word == "OUT" ? out_.path().string() : word);
+  }
   const std::vector<std::string> reader = {tool_, std::string("-") + question.output, trace_};
   std::vector<double> times;
   std::vector<double> reader_times;

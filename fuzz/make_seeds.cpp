@@ -98,6 +98,7 @@ std::size_t values_at(const CheckpointView& view) {
 void add_trace(Seeds& seeds, const std::string& bytes) {
   seeds.add("file", bytes);
   seeds.add("queries", bytes);
+  seeds.add("exports", bytes);
   seeds.add_program(bytes);
   File file{QString()};
   const void* const begin = bytes.data();

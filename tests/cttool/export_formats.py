@@ -208,7 +208,7 @@ def jsonl(data):
     """What the first record says of the trace, and the records of nodes."""
     assert data.endswith(b"\n")
     first, *rows = [json_of(line) for line in data.split(b"\n")[:-1]]
-    assert first["schema"] == "cttool.export.jsonl/1"
+    assert first["schema"] == "cttool.export/1"
     return first, rows
 
 

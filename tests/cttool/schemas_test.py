@@ -37,6 +37,12 @@ DOCUMENTS = [
 LINES = [
     ("calls", "calls", "--format", "jsonl"),
 ]
+# A verb, and options with which it prints a record a line, each of them described by the schema.
+RECORDS = [
+    ("export", "--to", "jsonl"),
+    ("export", "--to", "jsonl", "--values", "short"),
+    ("export", "--to", "jsonl", "--values", "none", "--no-builtin"),
+]
 # Texts that stand for a kind of thing, not for what a trace says.
 WORDS = {"kind", "outcome", "by", "of", "schema"}
 
@@ -119,6 +125,18 @@ def check_strict(validator, document):
     return changes
 
 
+def check_record(validator, record):
+    """It keeps to the schema; a key more is a fault, a figure less is, and no figure may be a text."""
+    found = faults(validator, record)
+    assert not found, (record, found[:3])
+    assert faults(validator, {**record, "a key that nobody knows": None}), record
+    for key, value in record.items():
+        if key.endswith("_ns") or key in ("id", "depth", "open", "nodes"):
+            assert faults(validator, {name: record[name] for name in record if name != key}), key
+        if isinstance(value, int) and key not in ("this", "returned", "thrown"):
+            assert faults(validator, {**record, key: str(value)}), (record, key)
+
+
 def main():
     cttool, share, *traces = sys.argv[1:]
     validators = {}
@@ -126,7 +144,7 @@ def main():
         schema = json.loads(path.read_text(encoding="utf-8"))
         Draft202012Validator.check_schema(schema)
         validators[path.name.split("-")[1].split(".")[0]] = Draft202012Validator(schema)
-    verbs = {verb for verb, *_ in DOCUMENTS + LINES}
+    verbs = {verb for verb, *_ in DOCUMENTS + LINES + RECORDS}
     assert verbs == validators.keys(), (verbs, validators.keys())
     count = changes = 0
     strict = set()
@@ -151,6 +169,12 @@ def main():
             document = outline({"schema": f"cttool.{verb}/1", "trace": trace, key: lines})
             found = faults(validators[verb], document)
             assert not found, (trace, verb, options, found[:3])
+            count += 1
+        for verb, *options in RECORDS:
+            lines = [json.loads(line) for line in run(cttool, trace, verb, *options).splitlines()]
+            assert lines[0]["schema"] == f"cttool.{verb}/1" and lines[0]["trace"] == trace, trace
+            for record in {shape(line): line for line in lines}.values():
+                check_record(validators[verb], record)
             count += 1
     assert count >= len(traces) * len(LINES) and changes > 100, (count, changes)
     print(f"{count} documents, {changes} changed ones")

@@ -131,7 +131,7 @@ void write_jsonl(const Source& source, const Options& options, Writer& out) {
   JsonWriter json(out, JsonWriter::Form::compact);
   json.begin_object();
   json.key("schema");
-  json.word("cttool.export.jsonl/1");
+  json.word("cttool.export/1");
   write_origin(source, json);
   json.key("title");
   json.text(request_title(source.trace));
