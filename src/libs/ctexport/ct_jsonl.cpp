@@ -2,6 +2,9 @@
 //
 // One record of JSON a line: the first tells of the trace, each other one of a node, in the order
 // in which they began.
+#include <array>
+#include <utility>
+
 #include "codetrace/render/ct_rendered.h"
 #include "ctexport/ct_format_writers.h"
 #include "ctexport/ct_frames.h"
@@ -14,18 +17,22 @@ namespace CT::Export {
 
 namespace {
 
-void put_number_or_null(bool is_there, std::int64_t value, JsonWriter& json) {
+// A member of an object, which is not its first: with the comma and the name.
+template <std::size_t Size>
+void put_member(const char (&start)[Size], bool is_there, std::int64_t value, JsonWriter& json) {
+  json.out().put(start);
   is_there ? Checkpoint::write_exact(value, json) : json.null();
 }
 
 void put_memory(const Measure& measure, JsonWriter& json) {
   constexpr std::uint64_t exact = std::uint64_t{1} << 53;
-  json.key("memory");
-  if (!measure.has(Measure::has_memory)) return json.null();
-  const bool is_exact = measure.memory <= exact;
-  if (!is_exact) json.out().put('"');
+  if (measure.memory <= exact) {
+    const auto memory = static_cast<std::int64_t>(measure.memory);
+    return put_member(",\"memory\":", measure.has(Measure::has_memory), memory, json);
+  }
+  json.out().put(",\"memory\":\"");
   put_unsigned(json.out(), measure.memory);
-  if (!is_exact) json.out().put('"');
+  json.out().put('"');
 }
 
 class Records {
@@ -39,8 +46,8 @@ class Records {
 
  private:
   void put(NodeId id, const Measure& measure, std::uint32_t depth);
-  void put_name(const Measure& measure, JsonWriter& json);
-  void put_place(const Checkpoint::Base& record, JsonWriter& json);
+  void put_name(const Measure& measure);
+  void put_file(const Checkpoint::Base& record);
 
   const Trace& trace_;
   NodeReader reader_;
@@ -49,80 +56,71 @@ class Records {
   Writer& out_;
 };
 
-void put_marks(const Measure& measure, JsonWriter& json) {
-  json.key("marks");
-  json.begin_array();
-  const auto put = [&](Measure::Mark mark, std::string_view word) {
-    if (!measure.has(mark)) return;
-    json.element();
-    json.word(word);
-  };
-  put(Measure::untimed, "untimed");
-  put(Measure::end_untimed, "end_untimed");
-  put(Measure::moved, "moved");
-  json.end_array();
+void put_marks(const Measure& measure, Writer& out) {
+  static constexpr std::array<std::pair<Measure::Mark, std::string_view>, 3> words = {
+      {{Measure::untimed, "\"untimed\""},
+       {Measure::end_untimed, "\"end_untimed\""},
+       {Measure::moved, "\"moved\""}}};
+  out.put(",\"marks\":[");
+  bool is_first = true;
+  for (const auto& [mark, word] : words) {
+    if (!measure.has(mark)) continue;
+    if (!is_first) out.put(',');
+    is_first = false;
+    out.put(word);
+  }
+  out.put(']');
 }
 
+// What every record has is put in blocks.
 void Records::put(NodeId id, const Measure& measure, std::uint32_t depth) {
   const Node::Base& node = reader_.read(id);
+  const bool has_delta = measure.has(Measure::has_delta);
   JsonWriter json(out_, JsonWriter::Form::compact);
   json.begin_object();
   json.key("id");
   json.number(std::int64_t{id});
-  json.key("parent");
-  put_number_or_null(node.parent_id() >= 0, node.parent_id(), json);
-  json.key("depth");
-  json.number(std::int64_t{depth});
-  json.key("kind");
-  json.word(kind_of(node.type()));
-  put_name(measure, json);
-  json.key("start_ns");
-  Checkpoint::write_exact(measure.start_ns, json);
-  json.key("total_ns");
-  Checkpoint::write_exact(measure.total_ns, json);
-  json.key("own_ns");
-  Checkpoint::write_exact(measure.own_ns, json);
+  put_member(",\"parent\":", node.parent_id() >= 0, node.parent_id(), json);
+  put_member(",\"depth\":", true, depth, json);
+  out_.put(",\"kind\":\"");
+  out_.put(kind_of(node.type()));
+  put_name(measure);
+  put_member(",\"start_ns\":", true, measure.start_ns, json);
+  put_member(",\"total_ns\":", true, measure.total_ns, json);
+  put_member(",\"own_ns\":", true, measure.own_ns, json);
   put_memory(measure, json);
-  json.key("memory_delta");
-  put_number_or_null(measure.has(Measure::has_delta), measure.memory_delta, json);
-  json.key("own_memory");
-  put_number_or_null(measure.has(Measure::has_delta), measure.own_memory, json);
-  put_place(node.begin(), json);
-  json.key("outcome");
+  put_member(",\"memory_delta\":", has_delta, measure.memory_delta, json);
+  put_member(",\"own_memory\":", has_delta, measure.own_memory, json);
+  put_file(node.begin());
+  put_member(",\"line\":", node.begin().has_location(), node.begin().line_no(), json);
+  out_.put(",\"outcome\":");
   const std::string_view outcome = outcome_of(node);
   outcome.empty() ? json.null() : json.word(outcome);
-  put_marks(measure, json);
+  put_marks(measure, out_);
   members_.write_details(node, json);
   members_.write_values(node, json);
   json.end_object();
   out_.put('\n');
 }
 
-void Records::put_name(const Measure& measure, JsonWriter& json) {
-  json.key("name");
-  if (measure.function < 0) return json.null();
+void Records::put_name(const Measure& measure) {
+  if (measure.function < 0) return out_.put("\",\"name\":null");
   const auto& function = trace_.functions()[static_cast<std::size_t>(measure.function)];
-  out_.put('"');
+  out_.put("\",\"name\":\"");
   texts_.put(
       &function, out_, [&] { return has_short_name(function, trace_.file().add_data()); },
       [&](Writer& out) { put_function_name(function, out, put_json_text); });
   out_.put('"');
 }
 
-void Records::put_place(const Checkpoint::Base& record, JsonWriter& json) {
+void Records::put_file(const Checkpoint::Base& record) {
   const unsigned char* const place = record.filename_place();
-  json.key("file");
-  if (place == nullptr || record.filename().is_empty()) {
-    json.null();
-  } else {
-    out_.put('"');
-    texts_.put(
-        place, out_, [&] { return RenderedTexts::is_short(trace_.file().add_data(), place); },
-        [&](Writer& out) { put_json_text(out, record.filename().view()); });
-    out_.put('"');
-  }
-  json.key("line");
-  put_number_or_null(record.has_location(), record.line_no(), json);
+  if (place == nullptr || record.filename().is_empty()) return out_.put(",\"file\":null");
+  out_.put(",\"file\":\"");
+  texts_.put(
+      place, out_, [&] { return RenderedTexts::is_short(trace_.file().add_data(), place); },
+      [&](Writer& out) { put_json_text(out, record.filename().view()); });
+  out_.put('"');
 }
 
 }  // namespace
