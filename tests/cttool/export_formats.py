@@ -199,9 +199,11 @@ def folded(data):
     for line in lines_of(data):
         stack, weight = re.fullmatch(r"(.+) (\d+)", line).groups()
         frames = stack.split(";")
-        assert all(frames) and int(weight) > 0, line
+        assert all(frames), line
         weights[tuple(frames)] += int(weight)
-    return weights
+    # A trace without any weight has one line.
+    assert all(weights.values()) or len(weights) == 1
+    return +weights
 
 
 def jsonl(data):

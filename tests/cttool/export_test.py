@@ -69,8 +69,9 @@ class Truth:
     def name(self, node):
         """What a span is called where functions have names and calls have none."""
         if node["kind"] == "call":
-            return self.calls[node["id"]]["name"] or "(no name)"
-        return f'include {self.paths[node["id"]] or ""}' if node["kind"] == "include" else node["kind"]
+            name = self.calls[node["id"]]["name"]
+            return name if name.strip(" ") else "(no name)"
+        return f'include {(self.paths[node["id"]] or "").strip(" ") and self.paths[node["id"]]}' if node["kind"] == "include" else node["kind"]
 
 
 class Chosen:
@@ -226,7 +227,8 @@ def check_callgrind(chosen, data):
 def check_top(truth, said, inclusive):
     """Calls, own and total time of each function are those of cttool top."""
     for row in truth.rows:
-        file = escaped(row["file"]) if row["file"] else "php:internal"
+        file = (escaped(row["file"]) if row["file"] else
+                "php:internal" if row["builtin"] else "(no file)")
         name = escaped(row["name"])
         same = [other for other in truth.rows
                 if (other["name"], other["file"]) == (row["name"], row["file"])]

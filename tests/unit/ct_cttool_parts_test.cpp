@@ -6,7 +6,7 @@
 #include <limits>
 #include <string>
 
-#include "tools/cttool/ct_csv.h"
+#include "ctexport/ct_csv_text.h"
 #include "tools/cttool/ct_format.h"
 #include "tools/cttool/ct_nearest.h"
 #include "tools/cttool/ct_text_table.h"
@@ -92,7 +92,7 @@ TEST(Guess, IsTheNearestWordIfOneIsNear) {
 
 TEST(Csv, QuotesWhatMustBeQuoted) {
   const auto csv = [](std::string_view text) {
-    return CT::Test::written([&](Writer& out) { put_csv(out, text); });
+    return CT::Test::written([&](Writer& out) { Export::put_csv(out, text); });
   };
   EXPECT_EQ(csv("plain; text"), "plain; text");
   EXPECT_EQ(csv("a,b"), "\"a,b\"");

@@ -189,6 +189,11 @@ TEST(Exports, AFunctionWithoutNameHasOne) {
   const std::string trace = of_function("", 1, ByteOrder::little);
   EXPECT_EQ(exported_file(trace, "folded"), "request 2\nrequest;(no name) 1\n");
   EXPECT_THAT(exported_file(trace, "callgrind"), HasSubstr("cfn=(2) (no name)\n"));
+  const std::string blank = of_function("  ", 1, ByteOrder::little);
+  EXPECT_EQ(exported_file(blank, "folded"), "request 2\nrequest;(no name) 1\n");
+  const std::string_view no_file =
+      "F: function user \"f\" file \" \" line 3\nstartup @10\ncall @10 fn F\n";
+  EXPECT_THAT(exported(no_file, "callgrind"), HasSubstr("cfi=(2) (no file)\ncfn=(2) f\n"));
 }
 
 // What is too deep counts for the last that is not, and the whole stays the whole.
@@ -202,6 +207,10 @@ TEST(Exports, StacksAndRecursionsHaveAnEnd) {
   EXPECT_THAT(callgrind, HasSubstr(" f'1000\n"));
   EXPECT_THAT(callgrind, Not(HasSubstr("f'1001")));
   EXPECT_THAT(callgrind, testing::EndsWith("\n3 4001 0 2001\n"));
+}
+
+TEST(Exports, WithoutAnyWeightThereIsALine) {
+  EXPECT_EQ(exported("startup @10\nshutdown @10\n", "folded"), "request 0\n");
 }
 
 TEST(Exports, OfNothing) {

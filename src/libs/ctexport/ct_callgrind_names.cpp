@@ -9,8 +9,13 @@ namespace CT::Export {
 
 namespace {
 
-// In place of the file of what no script defines.
+// In place of the file of what no script defines, and of what some script does.
 constexpr std::string_view internal_file = "php:internal";
+constexpr std::string_view unknown_file = "(no file)";
+
+Checkpoint::String as_text(std::string_view text) {
+  return {text.data(), static_cast<std::uint32_t>(text.size())};
+}
 
 std::uint64_t pair_of(std::int32_t first, std::int32_t second) {
   constexpr unsigned upper_half = 32;
@@ -34,9 +39,17 @@ std::string CallgrindNames::key_of(const Frame& frame) const {
   MemoryWriter key;
   frames_.put_name(frame, key, put_one_line);
   key.put('\n');
-  const Checkpoint::String file = frames_.file(frame);
+  const Checkpoint::String file = file_of(frame);
   if (file.length <= RenderedTexts::longest) put_one_line(key, file.view());
   return std::string(key.view());
+}
+
+Checkpoint::String CallgrindNames::file_of(const Frame& frame) const {
+  const Checkpoint::String file = frames_.file(frame);
+  if (!file.is_empty()) return file;
+  const bool is_of_script = frame.function != nullptr ? frame.function->is_user()
+                                                      : frame.type == Node::Type::INCLUDE_CALL;
+  return as_text(is_of_script ? unknown_file : internal_file);
 }
 
 bool CallgrindNames::has_namesakes(const Frame& frame) const {
@@ -112,15 +125,15 @@ void CallgrindNames::put_file(Id function, Writer& out) {
   const std::int32_t frame = unit_of_function(function);
   Unit& unit = units_[static_cast<std::size_t>(frame)];
   bool is_new = false;
-  if (!unit.has_file) unit.file = find_file(frames_.file(frames_[frame]), is_new);
+  const Checkpoint::String file = file_of(frames_[frame]);
+  if (!unit.has_file) unit.file = find_file(file, is_new);
   unit.has_file = true;
   out.put('(');
   put_unsigned(out, unit.file);
   out.put(')');
   if (!is_new) return;
   out.put(' ');
-  const Checkpoint::String file = frames_.file(frames_[frame]);
-  file.is_empty() ? out.put(internal_file) : put_one_line(out, file.view());
+  put_one_line(out, file.view());
 }
 
 }  // namespace CT::Export

@@ -67,6 +67,7 @@ class CallgrindNames {
   }
   [[nodiscard]] bool has_namesakes(const Frame& frame) const;
   [[nodiscard]] std::string key_of(const Frame& frame) const;
+  [[nodiscard]] Checkpoint::String file_of(const Frame& frame) const;
   [[nodiscard]] Id find_file(const Checkpoint::String& file, bool& is_new);
 
   const Frames& frames_;

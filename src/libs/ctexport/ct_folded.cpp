@@ -43,6 +43,12 @@ class FoldedStacks {
   void point(NodeId /*id*/, const Measure& /*measure*/, std::uint32_t /*depth*/) {}
 
   void put_lines();
+  // A trace without any weight has a line all the same: readers take no empty file.
+  void put_anything() {
+    if (has_lines_ || frames_.size() == 0) return;
+    names_.put(0, out_);
+    out_.put(" 0\n");
+  }
 
  private:
   [[nodiscard]] StackTable::Stack top() const {
@@ -68,6 +74,7 @@ class FoldedStacks {
   StackTable table_;
   PlainArray<StackTable::Stack> open_;  // down to the deepest that has one of its own
   std::size_t depth_ = 0;
+  bool has_lines_ = false;
   PlainArray<std::int32_t> path_;
 };
 
@@ -91,6 +98,7 @@ void FoldedStacks::put_lines() {
   for (StackTable::Stack stack = 1; stack != table_.size() && out_.ok(); ++stack) {
     const std::int64_t weight = table_[stack].weight;
     if (weight == 0) continue;
+    has_lines_ = true;
     path_.clear();
     for (StackTable::Stack at = stack; at != StackTable::bottom; at = table_[at].below) {
       path_.push_back(table_[at].frame);
@@ -121,6 +129,7 @@ void write_folded(const Source& source, const Options& options, Writer& out) {
   FoldedStacks stacks(source, options.weight, out);
   walk_spans(source, stacks);
   stacks.put_lines();
+  stacks.put_anything();
 }
 
 }  // namespace CT::Export

@@ -16,9 +16,13 @@ std::uint64_t key_of(Kind kind, std::uint64_t what, bool is_open) {
   return (what << 3) | (std::uint64_t{kind} << 1) | (is_open ? 1 : 0);
 }
 
+// Names of nothing but blanks are none to readers either.
+bool is_blank(std::string_view stored) {
+  return without_byte_order_mark(stored).find_first_not_of(' ') == std::string_view::npos;
+}
+
 bool is_nameless(const Checkpoint::Function& function) {
-  return function.class_entry() == nullptr &&
-         without_byte_order_mark(function.name().view()).empty();
+  return function.class_entry() == nullptr && is_blank(function.name().view());
 }
 
 }  // namespace
@@ -113,7 +117,7 @@ Checkpoint::String Frames::file(const Frame& frame) const {
   } else if (const auto include = trace_.node(frame.first).begin_as<Checkpoint::IncludeCall>()) {
     file = include->include();
   }
-  return without_byte_order_mark(file.view()).empty() ? Checkpoint::String() : file;
+  return is_blank(file.view()) ? Checkpoint::String() : file;
 }
 
 std::uint32_t Frames::line(const Frame& frame) {

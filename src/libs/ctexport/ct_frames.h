@@ -61,7 +61,8 @@ class Frames {
   // Whether that is short enough to be kept for all who show it.
   [[nodiscard]] bool has_short_name(const Frame& frame) const;
   // The script that a frame's code is in: of a function that a script defines, and of an include;
-  // absent for others. And the line where it begins, 0 where there is no file.
+  // absent for others, and where the name is blank. And the line where it begins, 0 where there is
+  // no file.
   [[nodiscard]] Checkpoint::String file(const Frame& frame) const;
   [[nodiscard]] static std::uint32_t line(const Frame& frame);
 
