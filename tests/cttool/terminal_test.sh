@@ -106,4 +106,20 @@ interrupted=$(seen 'PAGER="$work/stubborn" "$cttool" calls "$notes"; echo status
 # A body with control characters reaches a file as it is, and a terminal escaped.
 seen '"$cttool" --no-pager response "$notes" --body' >"$work/out"
 grep -q '<title>Notes</title>' "$work/out" || complain "no body on the terminal"
+# A terminal is no place for an export: it goes to a file named after the trace, if there is none.
+for pair in speedscope:notes.speedscope.json chrome:notes.trace.json callgrind:callgrind.out.notes \
+  folded:notes.folded jsonl:notes.jsonl csv:notes.csv sqlite:notes.sqlite; do
+  export format=${pair%%:*} name=${pair#*:}
+  seen 'cd -- "$work" && "$cttool" export "$notes" --to "$format"' >"$work/out"
+  grep -q "wrote $name" "$work/out" || complain "export --to $format does not say where it went"
+  "$cttool" export "$notes" --to "$format" | cmp - "$work/$name" || complain "$name is another export"
+  echo mine >"$work/$name"
+  seen 'cd -- "$work" && "$cttool" export "$notes" --to "$format"; echo "status $?"' >"$work/out"
+  grep -q "$name is there already; -o $name writes it anew" "$work/out" || complain "$name is not spared"
+  grep -q "status 2" "$work/out" || complain "no status for a $name that is there"
+  [[ $(<"$work/$name") == mine ]] || complain "$name was written over"
+done
+seen '"$cttool" export "$notes" --to folded -o -' >"$work/out"
+grep -q '^request;' "$work/out" || complain "-o - does not write to a terminal"
+
 exit "$((failures != 0))"
