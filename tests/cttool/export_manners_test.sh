@@ -122,6 +122,7 @@ expect 2 "there is no table nothing; the tables are request nodes calls" \
 expect 2 "there is no table ancestors" "$cttool" export "$notes" --to sqlite --table ancestors
 expect 2 "the table functions tells of the whole trace" \
   "$cttool" export "$notes" --to csv --table functions --no-builtin
+expect 1 "no node is left to export" "$cttool" export "$notes" --to folded --only nothing
 expect 2 "soon is no time" "$cttool" export "$notes" --to folded --min soon
 expect 2 "is no regular expression" "$cttool" export "$notes" --to folded --hide '/(/'
 ((failures == 0))

@@ -304,10 +304,10 @@ def check_filters(cttool, path, truth, filters):
     """The nodes of an export are those that cttool tree has lines for, if it folds none."""
     for options in filters:
         said = output(cttool, "tree", path, "--fold", "none", "--format", "json", *options)
-        if not said:
+        ids = {fold["id"] for fold in json.loads(said)["folds"]} if said else set()
+        if not ids:
             assert not export(cttool, path, "jsonl", *options), (path, options)
             continue
-        ids = {fold["id"] for fold in json.loads(said)["folds"]}
         chosen = Chosen(truth, ids)
         check_all(cttool, path, truth, chosen, *options)
         rows = list(csv.DictReader(io.StringIO(

@@ -37,9 +37,9 @@ class ChromeEvents {
 
   void begin(NodeId id, const Measure& measure, std::uint32_t /*depth*/) {
     if (measure.total_ns != 0) {
-      put_begin("{\"ph\":\"B\",\"pid\":1,\"tid\":1,\"ts\":", measure.start_ns);
+      put_begin(R"({"ph":"B","pid":1,"tid":1,"ts":)", measure.start_ns);
     } else {
-      put_begin("{\"ph\":\"i\",\"s\":\"t\",\"pid\":1,\"tid\":1,\"ts\":", measure.start_ns);
+      put_begin(R"({"ph":"i","s":"t","pid":1,"tid":1,"ts":)", measure.start_ns);
     }
     put_name(id, measure);
     put_args(reader_.read(id), measure);
@@ -48,7 +48,7 @@ class ChromeEvents {
 
   void end(NodeId id, const Measure& measure, const OwnFigures& /*figures*/) {
     if (measure.total_ns != 0) {
-      put_begin("{\"ph\":\"E\",\"pid\":1,\"tid\":1,\"ts\":", measure.end_ns());
+      put_begin(R"({"ph":"E","pid":1,"tid":1,"ts":)", measure.end_ns());
       put_name(id, measure);
       out_.put('}');
     }
@@ -58,10 +58,10 @@ class ChromeEvents {
 
   void point(NodeId id, const Measure& measure, std::uint32_t /*depth*/) {
     const Node::Base& node = reader_.read(id);
-    put_begin("{\"ph\":\"i\",\"s\":\"t\",\"pid\":1,\"tid\":1,\"ts\":", measure.start_ns);
-    out_.put(",\"name\":\"");
+    put_begin(R"({"ph":"i","s":"t","pid":1,"tid":1,"ts":)", measure.start_ns);
+    out_.put(R"(,"name":")");
     put_point_name(node);
-    out_.put("\",\"cat\":\"");
+    out_.put(R"(","cat":")");
     out_.put(kind_of(node.type()));
     out_.put('"');
     put_args(node, measure);
@@ -95,12 +95,12 @@ class ChromeEvents {
 };
 
 void ChromeEvents::put_title(std::string_view what, std::string_view title) {
-  put_begin("{\"ph\":\"M\",\"pid\":1,\"tid\":1,\"ts\":", 0);
-  out_.put(",\"name\":\"");
+  put_begin(R"({"ph":"M","pid":1,"tid":1,"ts":)", 0);
+  out_.put(R"(,"name":")");
   out_.put(what);
-  out_.put("\",\"args\":{\"name\":\"");
+  out_.put(R"(","args":{"name":")");
   put_json_text(out_, title);
-  out_.put("\"}}");
+  out_.put(R"("}})");
 }
 
 // Times are microseconds with three decimals: whole nanoseconds.
@@ -122,10 +122,10 @@ void ChromeEvents::put_begin(std::string_view start, std::int64_t at) {
 
 void ChromeEvents::put_name(NodeId id, const Measure& measure) {
   const std::int32_t frame = frames_.of(id, measure);
-  out_.put(",\"name\":\"");
+  out_.put(R"(,"name":")");
   names_.put(frame, out_);
   const Checkpoint::Function* const function = frames_[frame].function;
-  out_.put("\",\"cat\":\"");
+  out_.put(R"(","cat":")");
   out_.put(function != nullptr && !function->is_user() ? std::string_view("builtin")
                                                        : kind_of(frames_[frame].type));
   out_.put('"');
@@ -145,7 +145,7 @@ void ChromeEvents::put_point_name(const Node::Base& node) {
 
 void ChromeEvents::put_args(const Node::Base& node, const Measure& measure) {
   JsonWriter json(out_, JsonWriter::Form::compact);
-  out_.put(",\"args\":");
+  out_.put(R"(,"args":)");
   json.begin_object();
   json.key("id");
   json.number(std::int64_t{node.id()});
@@ -180,8 +180,8 @@ void ChromeEvents::put_place(const Checkpoint::Base& record, JsonWriter& json) {
 void ChromeEvents::put_memory(std::int64_t at, std::uint64_t bytes) {
   if (bytes == memory_) return;
   memory_ = bytes;
-  put_begin("{\"ph\":\"C\",\"pid\":1,\"ts\":", at);
-  out_.put(",\"name\":\"memory\",\"args\":{\"bytes\":");
+  put_begin(R"({"ph":"C","pid":1,"ts":)", at);
+  out_.put(R"(,"name":"memory","args":{"bytes":)");
   put_unsigned(out_, bytes);
   out_.put("}}");
 }

@@ -28,9 +28,9 @@ void put_memory(const Measure& measure, JsonWriter& json) {
   constexpr std::uint64_t exact = std::uint64_t{1} << 53;
   if (measure.memory <= exact) {
     const auto memory = static_cast<std::int64_t>(measure.memory);
-    return put_member(",\"memory\":", measure.has(Measure::has_memory), memory, json);
+    return put_member(R"(,"memory":)", measure.has(Measure::has_memory), memory, json);
   }
-  json.out().put(",\"memory\":\"");
+  json.out().put(R"(,"memory":")");
   put_unsigned(json.out(), measure.memory);
   json.out().put('"');
 }
@@ -58,10 +58,10 @@ class Records {
 
 void put_marks(const Measure& measure, Writer& out) {
   static constexpr std::array<std::pair<Measure::Mark, std::string_view>, 3> words = {
-      {{Measure::untimed, "\"untimed\""},
-       {Measure::end_untimed, "\"end_untimed\""},
-       {Measure::moved, "\"moved\""}}};
-  out.put(",\"marks\":[");
+      {{Measure::untimed, R"("untimed")"},
+       {Measure::end_untimed, R"("end_untimed")"},
+       {Measure::moved, R"("moved")"}}};
+  out.put(R"(,"marks":[)");
   bool is_first = true;
   for (const auto& [mark, word] : words) {
     if (!measure.has(mark)) continue;
@@ -80,20 +80,20 @@ void Records::put(NodeId id, const Measure& measure, std::uint32_t depth) {
   json.begin_object();
   json.key("id");
   json.number(std::int64_t{id});
-  put_member(",\"parent\":", node.parent_id() >= 0, node.parent_id(), json);
-  put_member(",\"depth\":", true, depth, json);
-  out_.put(",\"kind\":\"");
+  put_member(R"(,"parent":)", node.parent_id() >= 0, node.parent_id(), json);
+  put_member(R"(,"depth":)", true, depth, json);
+  out_.put(R"(,"kind":")");
   out_.put(kind_of(node.type()));
   put_name(measure);
-  put_member(",\"start_ns\":", true, measure.start_ns, json);
-  put_member(",\"total_ns\":", true, measure.total_ns, json);
-  put_member(",\"own_ns\":", true, measure.own_ns, json);
+  put_member(R"(,"start_ns":)", true, measure.start_ns, json);
+  put_member(R"(,"total_ns":)", true, measure.total_ns, json);
+  put_member(R"(,"own_ns":)", true, measure.own_ns, json);
   put_memory(measure, json);
-  put_member(",\"memory_delta\":", has_delta, measure.memory_delta, json);
-  put_member(",\"own_memory\":", has_delta, measure.own_memory, json);
+  put_member(R"(,"memory_delta":)", has_delta, measure.memory_delta, json);
+  put_member(R"(,"own_memory":)", has_delta, measure.own_memory, json);
   put_file(node.begin());
-  put_member(",\"line\":", node.begin().has_location(), node.begin().line_no(), json);
-  out_.put(",\"outcome\":");
+  put_member(R"(,"line":)", node.begin().has_location(), node.begin().line_no(), json);
+  out_.put(R"(,"outcome":)");
   const std::string_view outcome = outcome_of(node);
   outcome.empty() ? json.null() : json.word(outcome);
   put_marks(measure, out_);
@@ -104,9 +104,9 @@ void Records::put(NodeId id, const Measure& measure, std::uint32_t depth) {
 }
 
 void Records::put_name(const Measure& measure) {
-  if (measure.function < 0) return out_.put("\",\"name\":null");
+  if (measure.function < 0) return out_.put(R"(","name":null)");
   const auto& function = trace_.functions()[static_cast<std::size_t>(measure.function)];
-  out_.put("\",\"name\":\"");
+  out_.put(R"(","name":")");
   texts_.put(
       &function, out_, [&] { return has_short_name(function, trace_.file().add_data()); },
       [&](Writer& out) { put_function_name(function, out, put_json_text); });
@@ -115,8 +115,8 @@ void Records::put_name(const Measure& measure) {
 
 void Records::put_file(const Checkpoint::Base& record) {
   const unsigned char* const place = record.filename_place();
-  if (place == nullptr || record.filename().is_empty()) return out_.put(",\"file\":null");
-  out_.put(",\"file\":\"");
+  if (place == nullptr || record.filename().is_empty()) return out_.put(R"(,"file":null)");
+  out_.put(R"(,"file":")");
   texts_.put(
       place, out_, [&] { return RenderedTexts::is_short(trace_.file().add_data(), place); },
       [&](Writer& out) { put_json_text(out, record.filename().view()); });

@@ -23,7 +23,7 @@ class Events {
 
   void put(char kind, std::int32_t frame, std::int64_t at) {
     static constexpr std::string_view start = ",\n{\"type\":\"O\",\"frame\":";
-    static constexpr std::string_view middle = ",\"at\":";
+    static constexpr std::string_view middle = R"(,"at":)";
     constexpr std::size_t kind_place = 11;
     constexpr std::size_t longest_numbers = 40;
     char* p = out_.room(start.size() + middle.size() + longest_numbers + 1);

@@ -101,11 +101,20 @@ bool choose_output(const Format& format, const Options& options, std::string& na
   return false;
 }
 
+// Of a trace without nodes there is a document that says so.
+int status_of(const Trace& trace, const NodeSet& chosen) {
+  NodeId first = 0;
+  while (first != trace.node_count() && !chosen.has(first)) ++first;
+  if (trace.node_count() == 0 || first != trace.node_count()) return done;
+  std::fputs("no node is left to export\n", stderr);
+  return nothing_found;
+}
+
 // The nodes to export. A status other than `done` after it was said why there are none.
 int choose_nodes(const TreeFilters& filters, const Trace& trace, const Measures& measures,
                  NodeSet& chosen) {
   if (!find_visible(trace, measures, filters.nodes, chosen)) return failed;
-  if (!filters.is_cutting()) return done;
+  if (!filters.is_cutting()) return status_of(trace, chosen);
   Scope scope;
   if (!scope.find(trace, measures, filters.under)) return nothing_found;
   std::int64_t whole_ns = 0;
@@ -113,7 +122,7 @@ int choose_nodes(const TreeFilters& filters, const Trace& trace, const Measures&
   const auto least_ns = least_time(filters.least, whole_ns);
   if (!least_ns) return failed;
   chosen = with_lines(trace, measures, scope, chosen, filters.depth, *least_ns);
-  return done;
+  return status_of(trace, chosen);
 }
 
 int write_stream(const Format& format, const Export::Source& source, const Export::Options& how,
