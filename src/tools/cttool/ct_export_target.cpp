@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "tools/common/ct_failure.h"
@@ -25,8 +26,8 @@ bool is_same_file(const std::string& name, const std::string& trace) {
 
 }  // namespace
 
-ExportTarget::ExportTarget(const std::string& name, bool is_zipped, Session& session)
-    : name_(name), is_zipped_(is_zipped), session_(session) {}
+ExportTarget::ExportTarget(std::string name, bool is_zipped, Session& session)
+    : name_(std::move(name)), is_zipped_(is_zipped), session_(session) {}
 
 QString ExportTarget::shown_name() const {
   return name_.empty() ? Output::standard_output_name() : QString::fromStdString(name_);

@@ -17,7 +17,7 @@ namespace CT::Tool {
 class ExportTarget {
  public:
   // An empty name is standard output. Borrows: the session.
-  ExportTarget(const std::string& name, bool is_zipped, Session& session);
+  ExportTarget(std::string name, bool is_zipped, Session& session);
 
   // False, after it was said why, if it cannot be written, or if it is the trace of this name.
   [[nodiscard]] bool open(const std::string& trace);
