@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <filesystem>
 #include <new>
 #include <string>
 #include <vector>
@@ -159,7 +160,8 @@ void check_csv(const Source& source) {
 }
 
 void check_sqlite(const Source& source) {
-  static const std::string path = "/tmp/codetrace_fuzz_" + std::to_string(getpid()) + ".sqlite";
+  static const std::string path =
+      std::filesystem::temp_directory_path() / (std::to_string(getpid()) + ".fuzz.sqlite");
   unlink(path.c_str());
   const std::string error = Export::find_format("sqlite")->write_file(source, {}, path);
   Fuzz::expect_equal("a database", error, "");

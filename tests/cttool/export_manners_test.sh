@@ -5,7 +5,8 @@
 set -euo pipefail
 cttool=$1 examples=$2
 work=$(mktemp -d)
-trap 'rm -rf -- "$work"' EXIT
+# Not by jobs that are ended before they are another program.
+trap '[[ $BASHPID != "$$" ]] || rm -rf -- "$work"' EXIT
 notes=$work/notes.ct
 cp -- "$examples/notes.ct" "$notes"
 formats=(speedscope chrome callgrind folded jsonl csv sqlite)
