@@ -61,7 +61,7 @@ def check(tool, trace, folder):
     path = export(tool, trace, folder / "trace.jsonl", "jsonl")
     request, = rows(tool, trace, "select * from request")
     (schema, *_), *records = map(json.loads, output("jq", "-c", FILTER, path))
-    compare("schema", schema, "cttool.export.jsonl/1")
+    compare("schema", schema, "cttool.export/1")
     compare("records", len(records), request["nodes"])
     functions = profile(tool, trace)
     check_sums(records, functions)
