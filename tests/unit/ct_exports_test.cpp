@@ -43,7 +43,9 @@ std::string exported(std::string_view text, const char* format, const Options& h
 
 std::string from(const std::string& text, std::string_view begin) {
   const std::size_t at = text.find(begin);
-  return at != std::string::npos ? text.substr(at) : "not there: " + std::string(begin);
+  if (at != std::string::npos) return text.substr(at);
+  std::string missing = "not there: ";
+  return missing.append(begin);
 }
 
 constexpr std::string_view unfinished =

@@ -24,6 +24,11 @@ bool is_same_file(const std::string& name, const std::string& trace) {
          a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
+// To close a file that was only read; nothing can be lost then.
+struct CloseFile {
+  void operator()(std::FILE* file) const { static_cast<void>(std::fclose(file)); }
+};
+
 }  // namespace
 
 ExportTarget::ExportTarget(std::string name, bool is_zipped, Session& session)
@@ -58,8 +63,7 @@ std::string ExportTarget::file() const {
 
 int ExportTarget::copy(const std::string& path) {
   constexpr std::size_t piece = std::size_t{64} * 1024;
-  const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(std::fopen(path.c_str(), "rbe"),
-                                                                &std::fclose);
+  const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "rbe"));
   if (file == nullptr) return errno;
   std::vector<char> bytes(piece);
   std::size_t size = 0;
