@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
+#include <set>
 
 #include "ctmeasure/ct_exceptions.h"
 #include "tools/cttool/ct_format.h"
@@ -96,13 +97,12 @@ void CallFilter::say_other_classes() const {
   constexpr std::size_t most = 5;
   if (wanted_class_.empty()) return;
   std::vector<std::string> classes;
+  std::set<const Checkpoint::ClassEntry*> known;
   for (const Exception& exception : exceptions(trace_, measures_)) {
-    if (exception.class_entry == nullptr) continue;
-    std::string name = shown_text(exception.class_entry->name().view());
-    if (is_thrown_class(exception.class_entry->name().view())) return;
-    if (std::find(classes.begin(), classes.end(), name) == classes.end()) {
-      classes.push_back(std::move(name));
-    }
+    const Checkpoint::ClassEntry* const entry = exception.class_entry;
+    if (entry == nullptr || !known.insert(entry).second) continue;
+    if (is_thrown_class(entry->name().view())) return;
+    classes.push_back(shown_text(entry->name().view()));
   }
   std::string thrown = classes.empty() ? "; nothing was thrown" : "; thrown were ";
   for (std::size_t i = 0; i != std::min(most, classes.size()); ++i) {

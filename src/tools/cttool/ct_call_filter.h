@@ -64,6 +64,7 @@ class CallFilter {
   [[nodiscard]] bool add_argument(const std::string& text);
   [[nodiscard]] bool has_arguments(const Checkpoint::FunctionCall& call);
   [[nodiscard]] bool ends_so(const Node::Base& node);
+  [[nodiscard]] bool is_thrown_class(std::string_view name) const;
   [[nodiscard]] std::string_view text_of(Checkpoint::ValueCursor& values);
 
   const Trace& trace_;
@@ -72,8 +73,6 @@ class CallFilter {
   std::vector<Argument> arguments_;
   std::optional<TextCondition> returned_;
   bool threw_ = false;
-  [[nodiscard]] bool is_thrown_class(std::string_view name) const;
-
   std::string wanted_class_;
   NamePattern thrown_class_;
   bool open_ = false;

@@ -24,14 +24,18 @@ CallPrinter::CallPrinter(const CallFormat& format, std::string file, const Trace
       json_(printer.out(), format.form == CallForm::json ? JsonWriter::Form::indented
                                                          : JsonWriter::Form::compact) {}
 
+// One exception ends any number of calls, so it is kept once, and what a line shows of it is short.
 void CallPrinter::find_messages() {
+  constexpr std::size_t most_columns = 200;
   for (const Exception& exception : exceptions(trace_, measures_)) {
     if (!exception.message.is_present()) continue;
-    std::string words = ": \"" + shown_text(exception.message.view());
+    std::string words = ": \"";
+    words += shortened(exception.message.view(), most_columns);
     words += exception.message.is_cut() ? "\"\xE2\x80\xA6" : "\"";
     for (const Exception::Pass& pass : exception.passes) {
-      for (const NodeId id : pass.calls) messages_[id] = words;
+      for (const NodeId id : pass.calls) message_of_[id] = messages_.size();
     }
+    messages_.push_back(std::move(words));
   }
 }
 
@@ -94,7 +98,9 @@ void CallPrinter::print_text(NodeId id) {
   // Of a terminal's line the call has most.
   line += place.empty() ? "-" : width_ == 0 ? place : end_of(place, width_ / 4);
   line += "  " + lines_.line(id);
-  if (const auto message = messages_.find(id); message != messages_.end()) line += message->second;
+  if (const auto known = message_of_.find(id); known != message_of_.end()) {
+    line += messages_[known->second];
+  }
   out_.put(fitted(line, width_));
   out_.put('\n');
 }

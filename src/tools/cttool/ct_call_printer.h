@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "codetrace/render/ct_json.h"
 #include "ctmeasure/ct_exceptions.h"
@@ -21,7 +22,7 @@ enum class CallForm : std::uint8_t { text, json, jsonl, csv };
 struct CallFormat {
   CallForm form = CallForm::text;
   bool path = false;      // with the way down to each
-  bool messages = false;  // with what exceptions say, in text
+  bool messages = false;  // with what exceptions say, in text; the beginning of it
 };
 
 class CallPrinter {
@@ -50,7 +51,8 @@ class CallPrinter {
   NodeLines lines_;
   NodeJson nodes_;
   JsonWriter json_;
-  std::map<NodeId, std::string> messages_;  // of the calls that exceptions ended
+  std::vector<std::string> messages_;         // of the exceptions
+  std::map<NodeId, std::size_t> message_of_;  // of the calls that they ended
 };
 
 }  // namespace CT::Tool

@@ -97,11 +97,6 @@ std::string call_text(const SummaryFacts& facts, NodeId id, const PageSize& page
   return text += ")";
 }
 
-std::string shortened(std::string_view text, std::size_t width) {
-  // A character has four bytes at most, and what is shown of one ten.
-  return fitted(shown_text(text.substr(0, 4 * width + 4)), width);
-}
-
 void put_id(JsonWriter& json, std::string_view key, NodeId id) {
   json.key(key);
   id == Storage::no_node ? json.null() : json.number(std::int64_t{id});

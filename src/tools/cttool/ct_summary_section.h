@@ -91,8 +91,6 @@ std::string at_place(const std::string& line, const std::string& place, const Pa
 std::string short_label(const SummaryFacts& facts, NodeId id);
 // A call, so called, with its arguments and without what came of it.
 std::string call_text(const SummaryFacts& facts, NodeId id, const PageSize& page);
-// A long text's beginning, for a place in a line.
-std::string shortened(std::string_view text, std::size_t width);
 
 // Members of JSON objects.
 void put_id(JsonWriter& json, std::string_view key, NodeId id);

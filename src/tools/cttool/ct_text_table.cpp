@@ -72,6 +72,11 @@ std::size_t terminal_width(int descriptor) {
   return size.ws_col;
 }
 
+std::string shortened(std::string_view text, std::size_t width) {
+  // A character has four bytes at most, and what is shown of one ten.
+  return fitted(shown_text(text.substr(0, 4 * width + 4)), width);
+}
+
 std::string end_of(const std::string& path, std::size_t width) {
   const std::size_t shown = shown_width(path);
   if (shown <= width) return path;

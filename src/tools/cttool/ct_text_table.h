@@ -53,4 +53,7 @@ std::string fitted(std::string_view text, std::size_t width);
 // the beginning of a part of it, if one is near.
 std::string end_of(const std::string& path, std::size_t width);
 
+// A long text's beginning, for a place in a line.
+std::string shortened(std::string_view text, std::size_t width);
+
 }  // namespace CT::Tool
