@@ -3,6 +3,7 @@
 
 #include "codetrace/ct_version.h"
 #include "ctexport/ct_one_line.h"
+#include "ctmeasure/ct_request_facts.h"
 
 namespace CT::Export {
 
@@ -54,16 +55,13 @@ std::string started_ns(const Trace& trace) {
 
 Origin origin_of(const Source& source) {
   const Measures::Counts& counts = source.measures.counts();
-  const Summary& found = source.trace.summary();
-  const std::uint64_t damaged =
-      found.skipped + found.damaged + found.rejected + found.repaired + (found.is_broken ? 1 : 0);
   Origin origin;
   origin.started_ns = started_ns(source.trace);
   origin.request_id = source.trace.file().header().request_id;
   origin.open = counts.open;
   origin.untimed = counts.untimed;
   origin.moved = counts.moved;
-  origin.damaged = static_cast<std::int64_t>(damaged);
+  origin.damaged = damaged_places(source.trace.summary());
   return origin;
 }
 

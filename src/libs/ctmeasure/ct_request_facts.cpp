@@ -59,6 +59,12 @@ RequestFacts request_facts(const Trace& trace, const Measures& measures) {
   return facts;
 }
 
+std::int64_t damaged_places(const Summary& found) {
+  const std::uint64_t places =
+      found.skipped + found.damaged + found.rejected + found.repaired + (found.is_broken ? 1 : 0);
+  return static_cast<std::int64_t>(places);
+}
+
 std::string iso_time(const KTime::Timestamp& time) {
   constexpr std::uint32_t second = 1'000'000'000;
   constexpr std::int64_t first_second = -62'167'219'200;  // the year 0

@@ -37,6 +37,9 @@ struct RequestFacts {
 // Borrows nothing of the measures.
 RequestFacts request_facts(const Trace& trace, const Measures& measures);
 
+// Places that are damaged or odd, as far as reading found any.
+std::int64_t damaged_places(const Summary& found);
+
 // Such as "2026-05-17T09:30:00.000000123Z" (ISO 8601, UTC); empty for a time that no such text has:
 // before the year 0 or after 9999.
 std::string iso_time(const KTime::Timestamp& time);

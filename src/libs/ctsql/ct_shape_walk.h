@@ -20,27 +20,23 @@ class ShapeWalk {
   // To the next node, 0 first. Requires: each node in turn.
   void next() {
     ++id_;
-    while (!around_.empty() && around_.back().last < id_) around_.pop_back();
+    while (!around_.empty() && around_.back() < id_) around_.pop_back();
     depth_ = static_cast<std::uint32_t>(around_.size());
     last_ = id_;
     const bool has_children = id_ + 1 < trace_.node_count() && trace_.parent(id_ + 1) == id_;
     if (!has_children) return;
     last_ = find_last();
-    around_.push_back({last_});
+    around_.push_back(last_);
   }
 
   [[nodiscard]] std::uint32_t depth() const { return depth_; }
   [[nodiscard]] NodeId last() const { return last_; }
 
  private:
-  struct Open {
-    NodeId last;
-  };
-
   // What began before a node ended lies under it; what never ended goes on as long as what is
   // around it.
   [[nodiscard]] NodeId find_last() const {
-    const NodeId limit = around_.empty() ? trace_.node_count() - 1 : around_.back().last;
+    const NodeId limit = around_.empty() ? trace_.node_count() - 1 : around_.back();
     const std::uint32_t end = trace_.end_offset(id_);
     if (end == Storage::no_end) return limit;
     NodeId within = id_;  // begins before the end
@@ -58,7 +54,7 @@ class ShapeWalk {
   }
 
   const Trace& trace_;
-  PlainArray<Open> around_;
+  PlainArray<NodeId> around_;  // the last ones under the nodes that are open
   NodeId id_ = Storage::no_node;
   std::uint32_t depth_ = 0;
   NodeId last_ = Storage::no_node;

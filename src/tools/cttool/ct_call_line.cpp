@@ -44,7 +44,12 @@ std::string NodeLines::line(NodeId id) {
 std::string NodeLines::place(NodeId id) const {
   const Node::Base node = trace_.node(id);
   if (!node.begin().has_location()) return {};
-  return shown_text(node.begin().filename().view()) + ":" + std::to_string(node.begin().line_no());
+  std::string place = shown_text(node.begin().filename().view());
+  if (const auto line = node.begin().line_no(); line != 0) {
+    place += ':';
+    place += std::to_string(line);
+  }
+  return place;
 }
 
 std::vector<NodeId> NodeLines::way_to(NodeId id) const {

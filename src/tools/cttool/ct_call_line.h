@@ -23,7 +23,8 @@ class NodeLines {
   [[nodiscard]] std::string label(NodeId id);
   // A call with its arguments and what came of it; of other nodes the label.
   [[nodiscard]] std::string line(NodeId id);
-  // From where a node was made, as "file:line"; empty if that is not known.
+  // From where a node was made, as "file:line", without a line that is not known; empty if neither
+  // is.
   [[nodiscard]] std::string place(NodeId id) const;
   // The nodes from the request down to this one, itself not included.
   [[nodiscard]] std::vector<NodeId> way_to(NodeId id) const;

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "codetrace/render/ct_document.h"
+#include "ctmeasure/ct_request_facts.h"
 #include "tools/common/ct_failure.h"
 #include "tools/common/ct_progress.h"
 #include "tools/cttool/ct_format.h"
@@ -99,10 +100,9 @@ void Input::say_damage() const {
   }
   const Summary& found = trace_.summary();
   if (found.is_clean() || session_.lists_findings) return;
-  const std::uint64_t places =
-      found.skipped + found.damaged + found.rejected + found.repaired + (found.is_broken ? 1 : 0);
-  std::fprintf(stderr, "%s: %llu %s damaged or odd; -v lists %s\n", name_.c_str(),
-               static_cast<unsigned long long>(places), places == 1 ? "place is" : "places are",
+  const std::int64_t places = damaged_places(found);
+  std::fprintf(stderr, "%s: %lld %s damaged or odd; -v lists %s\n", name_.c_str(),
+               static_cast<long long>(places), places == 1 ? "place is" : "places are",
                places == 1 ? "it" : "them");
 }
 

@@ -60,7 +60,7 @@ SectionText errors_text(const SummaryFacts& facts, const PageSize& page) {
     line += ": ";
     const std::size_t room = page.room_behind(line + std::string(place_room, ' '));
     line += shortened(group.message.view(), room);
-    line = at_place(line, place_of(facts, group.first), page);
+    line = at_place(line, facts.lines.place(group.first), page);
     if (text.lines.size() == page.most(usual_lines)) {
       ++text.left_out;
     } else {

@@ -50,7 +50,7 @@ std::string origin_line(const SummaryFacts& facts, const Exception& exception,
                         const PageSize& page) {
   std::string line(indentation);
   line += "thrown by " + short_label(facts, exception.first_thrower());
-  return at_place(line, place_of(facts, origin_of(exception)), page);
+  return at_place(line, facts.lines.place(origin_of(exception)), page);
 }
 
 // The end stands first: a long way may be cut.

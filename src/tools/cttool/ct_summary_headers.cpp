@@ -36,7 +36,7 @@ SectionText headers_text(const SummaryFacts& facts, const PageSize& page) {
     const std::size_t room = page.room_behind(line + std::string(place_room, ' '));
     line +=
         step.line.data != nullptr ? shortened(step.line.view(), room) : std::string("an operation");
-    text.lines.push_back(at_place(line, place_of(facts, step.id), page));
+    text.lines.push_back(at_place(line, facts.lines.place(step.id), page));
   }
   text.left_out = late.size() - text.lines.size();
   text.more = "cttool response FILE";

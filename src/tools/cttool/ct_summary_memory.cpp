@@ -57,7 +57,7 @@ SectionText memory_text(const SummaryFacts& facts, const PageSize& page) {
     std::string line = right(bytes.append(as_bytes(growth[i])), 13);
     line.append("  ").append(id_text(way[i])).append(" ");
     line += end_of(facts.lines.label(way[i]), page.room_behind(line));
-    text.lines.push_back(at_place(line, place_of(facts, way[i]), page));
+    text.lines.push_back(at_place(line, facts.lines.place(way[i]), page));
   }
   text.more = "cttool top FILE --by memory";
   return text;

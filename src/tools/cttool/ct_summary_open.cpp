@@ -45,13 +45,13 @@ SectionText open_text(const SummaryFacts& facts, const PageSize& page) {
     if (text.lines.size() == page.most(usual_lines)) break;
     std::string line = ms_column(facts.measures[id].total_ns) + " open  " + id_text(id) + " ";
     line += end_of(facts.lines.label(id), page.room_behind(line));
-    text.lines.push_back(at_place(line, place_of(facts, id), page));
+    text.lines.push_back(at_place(line, facts.lines.place(id), page));
   }
   text.least = 2;
   text.left_out = static_cast<std::size_t>(facts.request.open) - text.lines.size();
   const NodeId exit = exit_of(facts);
   if (exit == Storage::no_node) return text;
-  const std::string place = place_of(facts, exit);
+  const std::string place = facts.lines.place(exit);
   text.lines.insert(text.lines.begin(),
                     at_place("the script ended itself by exit " + id_text(exit), place, page));
   return text;

@@ -9,11 +9,6 @@ namespace CT::Tool {
 
 namespace {
 
-std::uint64_t damaged_places(const Summary& found) {
-  return found.skipped + found.damaged + found.rejected + found.repaired +
-         (found.is_broken ? 1 : 0);
-}
-
 std::string asked_for(const RequestFacts& request) {
   std::string text = shown_text(request.method.view());
   const std::string url = shown_text(request.url.view());
@@ -42,14 +37,14 @@ std::string answered(const SummaryFacts& facts) {
 }
 
 std::string wholeness(const SummaryFacts& facts) {
-  const std::uint64_t places = damaged_places(facts.trace.summary());
+  const std::int64_t places = damaged_places(facts.trace.summary());
   std::string text = facts.request.open == 0
                          ? "complete"
                          : "NOT COMPLETE: " + as_count(facts.request.open) + " without end";
   if (facts.is_empty()) text = "EMPTY: no node is in it";
   if (places != 0) {
-    text += ", DAMAGED: " + as_count(static_cast<std::int64_t>(places)) +
-            (places == 1 ? " place" : " places") + " (-v lists them)";
+    text += ", DAMAGED: " + as_count(places) + (places == 1 ? " place" : " places") +
+            " (-v lists them)";
   }
   if (has_cuts(facts)) text += ", but some texts in it are cut (see the end)";
   return text;
@@ -106,7 +101,7 @@ void request_json(const SummaryFacts& facts, JsonWriter& json) {
   put_number(json, "open", request.open);
   json.key("complete");
   json.boolean(request.is_complete);
-  put_number(json, "damaged", static_cast<std::int64_t>(damaged_places(facts.trace.summary())));
+  put_number(json, "damaged", damaged_places(facts.trace.summary()));
   json.end_object();
 }
 

@@ -49,13 +49,6 @@ std::string ms_column(std::int64_t nanoseconds) {
   return right(as_ms(nanoseconds), columns) + " ms";
 }
 
-std::string place_of(const SummaryFacts& facts, NodeId id) {
-  constexpr std::string_view no_line = ":0";
-  std::string place = facts.lines.place(id);
-  if (place.ends_with(no_line)) place.resize(place.size() - no_line.size());
-  return place;
-}
-
 std::string at_place(const std::string& line, const std::string& place, const PageSize& page) {
   constexpr std::size_t least = 14;
   constexpr std::string_view word = " at ";

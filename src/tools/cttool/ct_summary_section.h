@@ -82,8 +82,6 @@ std::string right(const std::string& text, std::size_t columns);
 std::string id_text(NodeId id);
 // Milliseconds, to the right of ten columns.
 std::string ms_column(std::int64_t nanoseconds);
-// From where a node was made, as "/file.php:12"; without a line that is not known.
-std::string place_of(const SummaryFacts& facts, NodeId id);
 // A line with " at " and a place behind it, the end of that if there is no more room on the page;
 // the line alone if there is none at all.
 std::string at_place(const std::string& line, const std::string& place, const PageSize& page);

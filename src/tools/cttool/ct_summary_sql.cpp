@@ -52,7 +52,7 @@ std::string from_caller(const SummaryFacts& facts, const Query& query, const Pag
   line += id_text(query.id) + " from ";
   const std::size_t room = page.room_behind(line + std::string(place_room, ' '));
   line += caller == Storage::no_node ? "nowhere" : end_of(short_label(facts, caller), room);
-  return at_place(line, place_of(facts, query.entered_by), page);
+  return at_place(line, facts.lines.place(query.entered_by), page);
 }
 
 }  // namespace

@@ -61,7 +61,7 @@ SectionText way_text(const SummaryFacts& facts, const PageSize& page) {
     passed = 0;
     line += id_text(way[at]) + " ";
     line += end_of(facts.lines.label(way[at]), page.room_behind(line));
-    text.lines.push_back(at_place(line, place_of(facts, way[at]), page));
+    text.lines.push_back(at_place(line, facts.lines.place(way[at]), page));
   }
   text.title = "Slowest way down (skipped: wrappers that only hand on)";
   text.least = 3;
