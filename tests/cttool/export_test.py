@@ -289,6 +289,12 @@ def check_sqlite(cttool, path, truth, folder):
                                    f"select id from ancestors({of}) order by id"))
         assert [list(row) for row in around] == wanted["results"][0]["rows"], (path, of)
     database.close()
+    for options in ([], ["--no-builtin"]):
+        output(cttool, "export", path, "--to", "sqlite", "-o", str(name), "--table", "nodes", *options)
+        database = sqlite3.connect(f"file:{name}?mode=ro", uri=True)
+        said = database.execute("select value, (select count(*) from nodes) from export where name = 'left_out'")
+        assert sum(said.fetchone()) == len(truth.nodes), (path, options)
+        database.close()
     name.unlink()
 
 

@@ -75,6 +75,7 @@ TEST(Exports, SpansThatNeverEndedSaySo) {
                         "\"open\":true"));
   EXPECT_THAT(exported(unfinished, "jsonl"), HasSubstr("\"outcome\":\"open\",\"marks\":[]"));
   EXPECT_THAT(exported(unfinished, "callgrind"), HasSubstr("desc: Never ended: 2\n"));
+  EXPECT_THAT(exported(unfinished, "callgrind"), HasSubstr("desc: Damaged places: 0\n"));
 }
 
 constexpr std::string_view recursion =

@@ -12,6 +12,7 @@
 #include "ctexport/ct_open_functions.h"
 #include "ctexport/ct_request_title.h"
 #include "ctexport/ct_span_walk.h"
+#include "ctmeasure/ct_request_facts.h"
 
 namespace CT::Export {
 
@@ -206,6 +207,8 @@ void put_head(const Source& source, const Costs& totals, Writer& out) {
   put_signed(out, counts.untimed);
   out.put("\ndesc: With a time that was moved: ");
   put_signed(out, counts.moved);
+  out.put("\ndesc: Damaged places: ");
+  put_signed(out, damaged_places(source.trace.summary()));
   out.put(
       "\npositions: line\n"
       "event: Time_ns : Time in nanoseconds\n"

@@ -110,6 +110,12 @@ void write_other_tables(const Source& source, const std::string& wanted, Sql::Tr
   }
 }
 
+std::int64_t nodes_left_out(const Source& source) {
+  std::int64_t count = 0;
+  for (NodeId id = 0; id != source.trace.node_count(); ++id) count += source.chosen.has(id) ? 0 : 1;
+  return count;
+}
+
 // What the file was made from: a row a fact.
 void write_origin_table(const Source& source, SqliteFile& file) {
   SqliteFile::Insert insert(file,
@@ -132,6 +138,7 @@ void write_origin_table(const Source& source, SqliteFile& file) {
   put_number("untimed", origin.untimed);
   put_number("moved", origin.moved);
   put_number("damaged", origin.damaged);
+  put_number("left_out", nodes_left_out(source));
 }
 
 }  // namespace
