@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: MIT
 //
-// A flat table with linear probing, of which at least half is empty. A slot is eight bytes: a part
-// of the hash, and the only call so far or the place of its repeat. Records are compared where that
-// part is equal. The hash is seeded for each process, so no file can choose what collides.
+// A flat table with linear probing, of which at least half is empty. A slot is eight bytes: the
+// hash, and the only call so far or the place of its repeat. Records are compared where hashes are
+// equal. The hash is seeded for each process, so no file can choose what collides.
 #include "ctmeasure/ct_repeats.h"
 
 #include <QHashFunctions>
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cassert>
+#include <numeric>
+#include <span>
 #include <string_view>
 #include <tuple>
 #include <utility>
@@ -26,33 +29,7 @@ class RepeatTable {
     for (std::size_t i = 0; i != first_size; ++i) slots_.push_back({});
   }
 
-  // Looks at a call now and at its slot a little later: by then that has come into the cache, which
-  // in a large table takes longer than all else.
-  void add(NodeId id) {
-    Waiting& place = waiting_[count_ % waiting_.size()];
-    if (count_ >= waiting_.size()) enter(place);
-    ++count_;
-    place = {id, hash_of(id)};
-    __builtin_prefetch(&slots_[place.hash & (slots_.size() - 1)], 1);
-  }
-
-  std::vector<Repeat> take() {
-    const std::size_t left = std::min(count_, waiting_.size());
-    for (std::size_t i = count_ - left; i != count_; ++i) enter(waiting_[i % waiting_.size()]);
-    count_ = 0;
-    return std::move(found_);
-  }
-
- private:
-  static constexpr std::size_t first_size = 1024;
-
-  struct Waiting {
-    NodeId id = 0;
-    std::uint32_t hash = 0;
-  };
-
-  void enter(const Waiting& call) {
-    const auto [id, hash] = call;
+  void add(NodeId id, std::uint32_t hash) {
     if (2 * (used_ + 1) > slots_.size()) grow();
     const std::size_t mask = slots_.size() - 1;
     std::size_t at = hash & mask;
@@ -74,6 +51,21 @@ class RepeatTable {
       repeat.results = together(repeat.results, result_of(repeat.first), result_of(id));
     }
   }
+
+  std::vector<Repeat> take() { return std::move(found_); }
+
+  // Of a call.
+  [[nodiscard]] std::uint32_t hash_of(NodeId id) const {
+    constexpr std::uint64_t odd = 0x9E37'79B9'7F4A'7C15;  // 2^64 over the golden ratio
+    const std::string_view said = said_to(id);
+    const auto function = static_cast<std::uint64_t>(measures_[id].function);
+    const std::uint64_t hash =
+        (::qHashBits(said.data(), said.size(), seed_) ^ function * odd) * odd;
+    return static_cast<std::uint32_t>(hash >> 32);
+  }
+
+ private:
+  static constexpr std::size_t first_size = 1024;
 
   struct Slot {
     std::uint32_t hash = 0;
@@ -142,15 +134,6 @@ class RepeatTable {
     return is_same ? so_far : Results::differ;
   }
 
-  [[nodiscard]] std::uint32_t hash_of(NodeId id) const {
-    constexpr std::uint64_t odd = 0x9E37'79B9'7F4A'7C15;  // 2^64 over the golden ratio
-    const std::string_view said = said_to(id);
-    const auto function = static_cast<std::uint64_t>(measures_[id].function);
-    const std::uint64_t hash =
-        (::qHashBits(said.data(), said.size(), seed_) ^ function * odd) * odd;
-    return static_cast<std::uint32_t>(hash >> 32);
-  }
-
   [[nodiscard]] bool is_equal(const Slot& slot, NodeId id) const {
     const NodeId other = slot.is_repeat() ? found_[slot.repeat()].first : slot.first_call();
     return measures_[other].function == measures_[id].function &&
@@ -186,8 +169,6 @@ class RepeatTable {
   const Measures& measures_;
   PlainArray<Slot> slots_;  // as many as a power of two
   std::size_t used_ = 0;
-  std::array<Waiting, 16> waiting_;  // a ring of the last calls
-  std::size_t count_ = 0;            // calls that were added
   std::vector<Repeat> found_;
   std::size_t seed_ = QHashSeed::globalSeed();
 };
@@ -196,37 +177,72 @@ auto rank_of(const Repeat& repeat) {
   return std::tuple(repeat.results == Results::differ, -repeat.spare_ns(), repeat.first);
 }
 
-// Calls of different functions are never equal, so each part of the functions has a table of its
-// own, after the one before it is gone: that takes a part of the memory.
-constexpr std::uint8_t part_count = 8;
+constexpr std::uint32_t no_call = 0;
+constexpr std::size_t ahead = 16;
 
-// Parts with about as many calls each: a function goes to the one that has fewest so far.
-std::vector<std::uint8_t> parts_of_functions(const Trace& trace, const Measures& measures) {
-  std::vector<std::int32_t> calls(trace.functions().size());
+// One for each node, so that the records are read once, in the order of the file.
+PlainArray<std::uint32_t> hashes_of_calls(const Trace& trace, const Measures& measures) {
+  const RepeatTable table(trace, measures);
+  PlainArray<std::uint32_t> hashes;
   for (NodeId id = 0; id != measures.node_count(); ++id) {
-    const std::int32_t function = measures[id].function;
-    if (function >= 0) ++calls[static_cast<std::size_t>(function)];
+    hashes.push_back(measures[id].function < 0 ? no_call
+                                               : std::max(table.hash_of(id), no_call + 1));
   }
-  std::array<std::int64_t, part_count> sums{};
-  std::vector<std::uint8_t> parts;
-  for (const std::int32_t count : calls) {
-    auto* const least = std::min_element(sums.begin(), sums.end());
-    *least += count;
-    parts.push_back(static_cast<std::uint8_t>(least - sums.begin()));
-  }
-  return parts;
+  return hashes;
 }
+
+// The calls in parts by the upper bits of their hashes, and in the order of the file within a part.
+// Calls of different parts are never equal, so each part has a table of its own, after the one
+// before it is gone: small enough for a cache.
+class Parts {
+ public:
+  Parts(const PlainArray<std::uint32_t>& hashes, std::size_t calls)
+      : shift_(hash_bits - static_cast<int>(std::bit_width(calls / calls_each))),
+        begins_((std::size_t{1} << (hash_bits - shift_)) + 1),
+        calls_(calls) {
+    for (const std::uint32_t hash : hashes) {
+      if (hash != no_call) ++begins_[part_of(hash) + 1];
+    }
+    std::partial_sum(begins_.begin(), begins_.end(), begins_.begin());
+    std::vector<std::size_t> ends = begins_;
+    for (NodeId id = 0; id != static_cast<NodeId>(hashes.size()); ++id) {
+      const std::uint32_t hash = hashes[static_cast<std::size_t>(id)];
+      if (hash != no_call) calls_[ends[part_of(hash)]++] = id;
+    }
+  }
+
+  [[nodiscard]] std::size_t size() const { return begins_.size() - 1; }
+  [[nodiscard]] std::span<const NodeId> operator[](std::size_t part) const {
+    return std::span(calls_).subspan(begins_[part], begins_[part + 1] - begins_[part]);
+  }
+
+ private:
+  static constexpr int hash_bits = 32;
+  static constexpr std::size_t calls_each = 16'384;
+
+  [[nodiscard]] std::size_t part_of(std::uint32_t hash) const {
+    return static_cast<std::size_t>(std::uint64_t{hash} >> shift_);
+  }
+
+  int shift_;
+  std::vector<std::size_t> begins_;  // of the parts, and the end of the last
+  std::vector<NodeId> calls_;
+};
 
 }  // namespace
 
 std::vector<Repeat> repeats(const Trace& trace, const Measures& measures) {
-  const std::vector<std::uint8_t> parts = parts_of_functions(trace, measures);
+  const PlainArray<std::uint32_t> hashes = hashes_of_calls(trace, measures);
+  const auto others = std::count(hashes.begin(), hashes.end(), no_call);
+  const Parts parts(hashes, hashes.size() - static_cast<std::size_t>(others));
   std::vector<Repeat> found;
-  for (std::uint8_t part = 0; part != part_count; ++part) {
+  for (std::size_t part = 0; part != parts.size(); ++part) {
     RepeatTable table(trace, measures);
-    for (NodeId id = 0; id != measures.node_count(); ++id) {
-      const std::int32_t function = measures[id].function;
-      if (function >= 0 && parts[static_cast<std::size_t>(function)] == part) table.add(id);
+    const std::span<const NodeId> calls = parts[part];
+    for (std::size_t i = 0; i != calls.size(); ++i) {
+      // What a call needs is in no cache; it is on its way while others are added.
+      if (i + ahead < calls.size()) __builtin_prefetch(&measures[calls[i + ahead]]);
+      table.add(calls[i], hashes[static_cast<std::size_t>(calls[i])]);
     }
     const std::vector<Repeat> of_part = table.take();
     found.insert(found.end(), of_part.begin(), of_part.end());

@@ -41,7 +41,8 @@ struct Repeat {
 
 // Those with most to spare first, and behind all others those whose results differ; alike ones in
 // the order of their first calls. Takes time in proportion to what the calls hold, whatever they
-// hold, and at most 32 bytes for each different call while it works. Throws std::bad_alloc.
+// hold, and some 10 bytes for each node and 32 for each repeat while it works. Throws
+// std::bad_alloc.
 std::vector<Repeat> repeats(const Trace& trace, const Measures& measures);
 
 // "same", "handle", "none", "unknown" or "differ".
