@@ -116,14 +116,18 @@ std::string table_problem(const std::string& table, bool is_filtered) {
          " tells of the whole trace; of its rows none can be left out";
 }
 
-std::string usual_name(const Format& format, const Options& options, std::string_view trace) {
+std::string base_name(std::string_view trace) {
   static constexpr std::array<std::string_view, 5> endings = {".gz", ".xz", ".zst", ".zstd", ".ct"};
   std::string_view base = trace.substr(trace.rfind('/') + 1);
   for (const std::string_view ending : endings) {
     if (base.size() > ending.size() && base.ends_with(ending)) base.remove_suffix(ending.size());
   }
+  return std::string(trace == "-" || base.empty() ? "trace" : base);
+}
+
+std::string usual_name(const Format& format, const Options& options, std::string_view trace) {
   std::string name = format.prefix;
-  name += trace == "-" || base.empty() ? "trace" : base;
+  name += base_name(trace);
   if (!options.table.empty()) (name += ".") += options.table;
   return name += format.suffix;
 }

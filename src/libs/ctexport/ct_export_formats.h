@@ -39,6 +39,10 @@ const Format* find_format(std::string_view name);
 // Why a table cannot be exported, or one of which rows were not chosen; empty if it can.
 std::string table_problem(const std::string& table, bool is_filtered);
 
+// The name of a trace without its folder and endings, of which files beside it are called after:
+// "request" of "/tmp/request.ct.gz".
+std::string base_name(std::string_view trace);
+
 // The usual name of a file: of the export of "/tmp/request.ct.gz" as "callgrind" it is
 // "callgrind.out.request".
 std::string usual_name(const Format& format, const Options& options, std::string_view trace);

@@ -18,7 +18,8 @@ namespace CT::Export {
 // What a span comes to beside the chosen spans under it.
 struct OwnFigures {
   std::int64_t own_ns = 0;  // never negative
-  // Bytes by which memory grew: own_memory of tools.md where that is positive, else 0.
+  std::int64_t own_memory = 0;  // as far as the spans have a delta; it may be negative
+  // Bytes by which memory grew: that where the span has a delta and it is positive, else 0.
   std::int64_t growth = 0;
 };
 
@@ -67,9 +68,9 @@ class SpanWalk {
       const Measure& measure = source_.measures[span.id];
       OwnFigures figures;
       figures.own_ns = measure.total_ns - span.children_ns;
+      figures.own_memory = wrapped_difference(measure.memory_delta, span.children_memory);
       if (measure.has(Measure::has_delta)) {
-        figures.growth = std::max<std::int64_t>(
-            0, wrapped_difference(measure.memory_delta, span.children_memory));
+        figures.growth = std::max<std::int64_t>(0, figures.own_memory);
       }
       sink_.end(span.id, measure, figures);
       total_ns = measure.total_ns;

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "tools/cttool/ct_body.h"
 
-#include <QByteArray>
 #include <algorithm>
 #include <string>
 
 #include "codetrace/bytes/ct_utf8.h"
 #include "codetrace/render/ct_text.h"
+#include "ctreport/ct_base64.h"
 #include "tools/cttool/ct_format.h"
 #include "tools/cttool/ct_text_table.h"
 
@@ -14,7 +14,7 @@ namespace CT::Tool {
 
 namespace {
 
-constexpr std::size_t block_size = std::size_t{48} * 1024;  // of which base64 leaves no rest
+constexpr std::size_t block_size = std::size_t{48} * 1024;
 
 // The length of the sequence that this byte begins, if it is UTF-8; 1 if it begins none.
 std::size_t promised_length(unsigned char lead) {
@@ -133,21 +133,13 @@ void put_body_json(const Response& response, Writer& out) {
 }
 
 void put_body_base64(const Response& response, Writer& out) {
-  std::string rest;
-  const auto put = [&](std::string_view bytes) {
-    const QByteArray text =
-        QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size())).toBase64();
-    out.put(std::string_view(text.constData(), static_cast<std::size_t>(text.size())));
-  };
+  Report::Base64 base64(out);
   out.put('"');
   for_each_block(response, [&](std::string_view block) {
-    rest += block;
-    const std::size_t whole = rest.size() - rest.size() % 3;
-    put(std::string_view(rest).substr(0, whole));
-    rest.erase(0, whole);
+    base64.put(block);
     return out.ok();
   });
-  put(rest);
+  base64.finish();
   out.put('"');
 }
 

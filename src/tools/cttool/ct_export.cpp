@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
 // cttool export: a trace in the format of another program.
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
 #include <cerrno>
 #include <cstdio>
@@ -14,9 +12,9 @@
 
 #include "ctexport/ct_export_formats.h"
 #include "tools/cttool/ct_choice.h"
+#include "tools/cttool/ct_chosen_nodes.h"
 #include "tools/cttool/ct_export_target.h"
 #include "tools/cttool/ct_input.h"
-#include "tools/cttool/ct_least_time.h"
 #include "tools/cttool/ct_nearest.h"
 #include "tools/cttool/ct_tree_filters.h"
 #include "tools/cttool/ct_verb.h"
@@ -89,42 +87,6 @@ bool takes_options(const Format& format, const Options& options) {
   return problem.empty();
 }
 
-// The name of the file to write; empty for standard output. A terminal is no place for an export:
-// there a file of the usual name is made, if there is none yet. False after it was said why.
-bool choose_output(const Format& format, const Options& options, std::string& name) {
-  name = options.output == "-" ? std::string() : options.output;
-  if (!options.output.empty() || isatty(STDOUT_FILENO) != 1) return true;
-  name = Export::usual_name(format, options.how, options.file);
-  if (options.is_zipped) name += ".gz";
-  if (access(name.c_str(), F_OK) != 0) return true;
-  std::fprintf(stderr, "%s is there already; -o %s writes it anew\n", name.c_str(), name.c_str());
-  return false;
-}
-
-// Of a trace without nodes there is a document that says so.
-int status_of(const Trace& trace, const NodeSet& chosen) {
-  NodeId first = 0;
-  while (first != trace.node_count() && !chosen.has(first)) ++first;
-  if (trace.node_count() == 0 || first != trace.node_count()) return done;
-  std::fputs("no node is left to export\n", stderr);
-  return nothing_found;
-}
-
-// The nodes to export. A status other than `done` after it was said why there are none.
-int choose_nodes(const TreeFilters& filters, const Trace& trace, const Measures& measures,
-                 NodeSet& chosen) {
-  if (!find_visible(trace, measures, filters.nodes, chosen)) return failed;
-  if (!filters.is_cutting()) return status_of(trace, chosen);
-  Scope scope;
-  if (!scope.find(trace, measures, filters.under)) return nothing_found;
-  std::int64_t whole_ns = 0;
-  for (const Scope::Range& range : scope.ranges()) whole_ns += measures[range.first].total_ns;
-  const auto least_ns = least_time(filters.least, whole_ns);
-  if (!least_ns) return failed;
-  chosen = with_lines(trace, measures, scope, chosen, filters.depth, *least_ns);
-  return status_of(trace, chosen);
-}
-
 int write_stream(const Format& format, const Export::Source& source, const Export::Options& how,
                  ExportTarget& target) {
   format.write(source, how, target.out());
@@ -152,15 +114,15 @@ int write_file(const Format& format, const Export::Source& source, const Export:
 int run(const Options& options, Session& session) {
   const Format* const format = format_of(options);
   std::string name;
-  if (format == nullptr || !takes_options(*format, options) ||
-      !choose_output(*format, options, name)) {
-    return failed;
-  }
+  if (format == nullptr || !takes_options(*format, options)) return failed;
+  std::string usual = Export::usual_name(*format, options.how, options.file);
+  if (options.is_zipped) usual += ".gz";
+  if (!choose_output(options.output, usual, name)) return failed;
   Input input(session);
   if (!input.open(options.file)) return failed;
   const Measures measures(input.trace());
   NodeSet chosen;
-  const int choice = choose_nodes(options.filters, input.trace(), measures, chosen);
+  const int choice = choose_nodes(options.filters, input.trace(), measures, "export", chosen);
   if (choice != done) return choice;
   ExportTarget target(name, options.is_zipped, session);
   if (!target.open(options.file)) return failed;

@@ -31,6 +31,15 @@ struct CloseFile {
 
 }  // namespace
 
+bool choose_output(const std::string& wanted, const std::string& usual, std::string& name) {
+  name = wanted == "-" ? std::string() : wanted;
+  if (!wanted.empty() || isatty(STDOUT_FILENO) != 1) return true;
+  name = usual;
+  if (access(name.c_str(), F_OK) != 0) return true;
+  std::fprintf(stderr, "%s is there already; -o %s writes it anew\n", name.c_str(), name.c_str());
+  return false;
+}
+
 ExportTarget::ExportTarget(std::string name, bool is_zipped, Session& session)
     : name_(std::move(name)), is_zipped_(is_zipped), session_(session) {}
 

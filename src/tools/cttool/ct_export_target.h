@@ -14,6 +14,12 @@
 
 namespace CT::Tool {
 
+// The name of the file to write, of what the user asked for: empty for standard output, which "-"
+// means too. A terminal is no place for an export: there, and if nothing was asked for, a file of
+// the usual name is made, if there is none yet. False after it was said why.
+[[nodiscard]] bool choose_output(const std::string& wanted, const std::string& usual,
+                                 std::string& name);
+
 class ExportTarget {
  public:
   // An empty name is standard output. Borrows: the session.

@@ -10,6 +10,7 @@
 #include "tools/cttool/ct_choice.h"
 #include "tools/cttool/ct_format.h"
 #include "tools/cttool/ct_input.h"
+#include "tools/cttool/ct_response_json.h"
 #include "tools/cttool/ct_response_page.h"
 #include "tools/cttool/ct_text_table.h"
 #include "tools/cttool/ct_verb.h"
@@ -63,7 +64,9 @@ int print(const Options& options, const Input& input, const Response& response, 
   std::optional<Sighting> sighting;
   if (options.has_text()) sighting = look_for(*options.blame, response, options.limit);
   if (options.form == Form::json) {
-    page.write_json(options.file, sighting ? &*sighting : nullptr);
+    ResponseJson json(input.trace(), measures, response, ResponseJson::Body::whole,
+                      JsonWriter::Form::indented, printer.out());
+    json.write(options.file, sighting ? &*sighting : nullptr);
   } else if (sighting) {
     page.write_sighting(*sighting);
   } else {

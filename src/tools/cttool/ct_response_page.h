@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 //
-// A response as text and as JSON, and who made which part of it.
+// A response as text, and who made which part of it.
 #pragma once
 
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "codetrace/render/ct_json.h"
 #include "ctmeasure/ct_measures.h"
 #include "ctmeasure/ct_response.h"
 #include "tools/cttool/ct_body_search.h"
@@ -46,20 +45,12 @@ class ResponsePage {
   void write_makers(bool each);
   // Where a text is and the way down to who wrote it.
   void write_sighting(const Sighting& sighting);
-  // Everything; the sighting if there is one.
-  void write_json(const std::string& file, const Sighting* sighting);
 
  private:
   void write_head();
   void write_notes(bool ends_line);
   void write_way(NodeId id);
   void write_body_matches(const Sighting& sighting);
-
-  void write_step(const HeaderStep& step, JsonWriter& json);
-  void write_maker(NodeId id, JsonWriter& json);
-  void write_headers(JsonWriter& json);
-  void write_body(JsonWriter& json);
-  void write_found(const Sighting& sighting, JsonWriter& json);
 
   [[nodiscard]] std::string status_text() const;
   [[nodiscard]] std::string status_and_maker();

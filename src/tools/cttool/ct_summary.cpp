@@ -8,6 +8,7 @@
 #include "tools/cttool/ct_format.h"
 #include "tools/cttool/ct_input.h"
 #include "tools/cttool/ct_printer.h"
+#include "tools/cttool/ct_summary_json.h"
 #include "tools/cttool/ct_summary_page.h"
 #include "tools/cttool/ct_text_table.h"
 #include "tools/cttool/ct_verb.h"
@@ -37,18 +38,6 @@ void write_text(const SummaryFacts& facts, const PageSize& page, Printer& printe
   printer.out().put(page_of(std::move(texts), page, printer.style()));
 }
 
-void write_json(const std::string& file, const SummaryFacts& facts, JsonWriter::Form form,
-                Printer& printer) {
-  JsonWriter json(printer.out(), form);
-  json.begin_object();
-  json.key("schema");
-  json.word("cttool.summary/1");
-  put_text(json, "trace", file);
-  for (const Section& section : sections()) section.json(facts, json);
-  json.end_object();
-  printer.out().put('\n');
-}
-
 int run_one(const Options& options, Session& session) {
   Input input(session);
   if (!input.open(options.files.front())) return failed;
@@ -57,7 +46,7 @@ int run_one(const Options& options, Session& session) {
   if (options.form == Form::text) {
     write_text(facts, page_for(session, printer), printer);
   } else {
-    write_json(options.files.front(), facts, JsonWriter::Form::indented, printer);
+    write_summary_json(options.files.front(), facts, JsonWriter::Form::indented, printer.out());
   }
   const int status = printer.finish(done);
   input.say_damage();
@@ -102,7 +91,7 @@ int run_many(const Options& options, Session& session) {
     if (options.form == Form::text) {
       table.add(cells_of(file, facts, session.full));
     } else {
-      write_json(file, facts, JsonWriter::Form::compact, printer);
+      write_summary_json(file, facts, JsonWriter::Form::compact, printer.out());
     }
     input.say_damage();
   }

@@ -58,6 +58,12 @@ std::span<const Verb> verbs() {
            "  cttool export request.ct --to csv --table functions >functions.csv\n"
            "  cttool export request.ct --to sqlite -o request.sqlite\n",
            define_export},
+      Verb{"report", "One offline page with pictures, to look at and to hand on.",
+           "  cttool report request.ct -o request.html     opens in any browser\n"
+           "  cttool report request.ct -o - --max-size 10M | gzip >request.html.gz\n"
+           "  cttool report request.ct -o part.html --under 'Note::html'\n"
+           "  cttool report request.ct -o slow.html --min 1% --no-builtin\n",
+           define_report},
   };
   return table;
 }
