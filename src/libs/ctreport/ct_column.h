@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "ctreport/ct_packer.h"
 
@@ -13,7 +14,10 @@ namespace CT::Report {
 
 class Column {
  public:
-  Column() : out_(packer_) {}
+  // The first bytes are packed with the usual effort; more of them with little.
+  static constexpr std::uint64_t packed_well = std::uint64_t{256} << 10;
+
+  Column() : out_(sink_) {}
 
   void put_byte(std::uint8_t byte) { out_.put(static_cast<char>(byte)); }
   // LEB128 without sign: seven bits a byte, the lowest first, the eighth bit set in all but the
@@ -44,11 +48,24 @@ class Column {
   // The whole column; nothing may be put behind it.
   [[nodiscard]] std::string finish() {
     out_.flush();
-    return packer_.finish();
+    return sink_.packer.finish();
   }
 
  private:
-  Packer packer_;
+  struct Hurrying final : Sink {
+    Packer packer;
+    std::uint64_t size = 0;
+
+    bool write(std::string_view bytes) override {
+      const bool had_time = size < packed_well;
+      size += bytes.size();
+      packer.write(bytes);
+      if (had_time && size >= packed_well) packer.hurry();
+      return true;
+    }
+  };
+
+  Hurrying sink_;
   StreamWriter out_;
 };
 

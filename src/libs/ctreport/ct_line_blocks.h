@@ -19,8 +19,8 @@ class LineBlocks final : public Writer {
  public:
   // Bytes of lines in a block.
   static constexpr std::size_t usual_size = std::size_t{128} * 1024;
-  // Of the first bytes, which are packed well; more of them are packed fast.
-  static constexpr std::uint64_t packed_well = std::uint64_t{16} << 20;
+  // The first bytes, which are packed with the usual effort; more of them with little.
+  static constexpr std::uint64_t packed_well = std::uint64_t{4} << 20;
 
   enum class Of { lines, one_long_line };
   // Takes a block of so many lines; false if nothing more is wanted.
@@ -46,8 +46,8 @@ class LineBlocks final : public Writer {
   std::uint64_t long_size_ = 0;  // bytes of it that have
   bool is_wanted_ = true;
   std::uint64_t total_ = 0;  // bytes of whole blocks
-  Packer well_{Packer::usual_level};
-  Packer fast_{Packer::fast_level};
+  Packer well_{Packer::Effort::usual};
+  Packer fast_{Packer::Effort::little};
 };
 
 }  // namespace CT::Report

@@ -15,25 +15,26 @@ namespace CT::Report {
 
 class Packer final : public Sink {
  public:
-  // Of zlib's levels. Higher ones take much longer and gain little.
-  static constexpr int usual_level = 6;
-  static constexpr int fast_level = 1;
+  // Whether time is spent on making the stream short. What a trace of usual length has, is small
+  // and worth it.
+  enum class Effort { usual, little };
 
   // Throws std::bad_alloc.
-  explicit Packer(int level = usual_level);
+  explicit Packer(Effort effort = Effort::usual);
   ~Packer() override;
 
   // Pieces of any size. True.
   bool write(std::string_view bytes) override;
-  // The stream of what was written since the last one; it can be written again.
+  // The stream of what was written since the last one; another one can be written behind it.
   [[nodiscard]] std::string finish();
-
-  // Bytes that the stream has so far, but for some that zlib still holds.
-  [[nodiscard]] std::size_t size() const { return packed_.size(); }
+  // Goes on with little effort; in what was hard to pack so far, repetitions that lie apart are not
+  // looked for any more. To be called once, within a stream that is the only one.
+  void hurry();
 
  private:
   struct State;
-  void run(std::string_view bytes, int flush);
+  template <class Step>
+  void run(std::string_view bytes, Step step);
 
   std::unique_ptr<State> state_;
   std::string packed_;

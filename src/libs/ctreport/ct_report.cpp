@@ -2,6 +2,7 @@
 #include "ctreport/ct_report.h"
 
 #include <iterator>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -65,21 +66,23 @@ void Report::add_document(const char* name, const Put& put) {
 }
 
 bool Report::add_nodes(const Export::Source& source) {
-  Columns columns(source);
-  Export::walk_spans(source, columns);
-  std::vector<Block> nodes = columns.finish();
+  // What it takes to make columns is given back before the values need room.
+  auto columns = std::make_unique<Columns>(source);
+  Export::walk_spans(source, *columns);
+  std::vector<Block> nodes = columns->finish();
+  const ValueOrder order = columns->values();
+  const std::uint64_t count = columns->node_count();
+  columns.reset();
   std::move(nodes.begin(), nodes.end(), std::back_inserter(blocks_));
   const auto meta = [&](const ValueBlocks& values) {
-    return packed([&](Writer& out) {
-      write_meta(source, columns.node_count(), values, max_size_, out);
-    });
+    return packed([&](Writer& out) { write_meta(source, count, values, max_size_, out); });
   };
   // What is said of the values is accounted for with them, but for a little.
   constexpr std::uint64_t figures = 128;
   const std::uint64_t without_values = size() + Block::size_of("meta", meta({}).size()) + figures;
   const bool fits = without_values <= max_size_;
   ValueBlocks values;
-  if (fits) values = value_blocks(source, columns.values(), max_size_ - without_values);
+  if (fits) values = value_blocks(source, order, max_size_ - without_values);
   blocks_.insert(blocks_.begin(), {"meta", meta(values)});
   std::move(values.blocks.begin(), values.blocks.end(), std::back_inserter(blocks_));
   left_out_ = values.left_out;
