@@ -19,16 +19,17 @@ std::uint8_t outcome_number(const Node::Base& node) {
   return outcome == "threw" ? threw : open;
 }
 
-// What a node has beside the columns. Of an include the path is its label.
+// What a node has beside the columns. Of an include the path is its label; values it has if it
+// threw, or where ends of others were taken for its own.
 bool has_line(const Node::Base& node) {
   switch (node.type()) {
     case Node::Type::STARTUP:
     case Node::Type::SAPI_FLUSH:
-    case Node::Type::SCRIPT_EXIT: return false;
+    case Node::Type::SCRIPT_EXIT: return node.end_as<Checkpoint::EndWithValue>().has_value();
     case Node::Type::INCLUDE_CALL: {
       const auto include = node.begin_as<Checkpoint::IncludeCall>();
       const bool is_shown = include && include->include().length <= TextNumbers::longest;
-      return !is_shown || outcome_number(node) == threw;
+      return !is_shown || node.end_as<Checkpoint::EndWithValue>().has_value();
     }
     default: return true;
   }
