@@ -17,7 +17,7 @@ namespace CT::Export {
 
 // What a span comes to beside the chosen spans under it.
 struct OwnFigures {
-  std::int64_t own_ns = 0;  // never negative
+  std::int64_t own_ns = 0;      // never negative
   std::int64_t own_memory = 0;  // as far as the spans have a delta; it may be negative
   // Bytes by which memory grew: that where the span has a delta and it is positive, else 0.
   std::int64_t growth = 0;

@@ -144,9 +144,8 @@ std::uint64_t Columns::label_of(const Node::Base& node) {
 
 std::vector<Block> Columns::finish() {
   // The files of definitions come behind those of nodes.
-  std::string functions = packed([&](Writer& out) {
-    write_functions(source_.trace, sums_.rows(), files_, out);
-  });
+  std::string functions =
+      packed([&](Writer& out) { write_functions(source_.trace, sums_.rows(), files_, out); });
   labels_.finish();
   files_.finish();
   std::vector<Block> blocks;

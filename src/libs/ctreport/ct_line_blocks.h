@@ -40,9 +40,9 @@ class LineBlocks final : public Writer {
 
   Take take_;
   std::unique_ptr<char[]> buffer_;
-  const char* line_;          // where the last line begins
-  std::int64_t lines_ = 0;    // whole ones in the buffer
-  bool is_long_ = false;      // the line has left the buffer
+  const char* line_;             // where the last line begins
+  std::int64_t lines_ = 0;       // whole ones in the buffer
+  bool is_long_ = false;         // the line has left the buffer
   std::uint64_t long_size_ = 0;  // bytes of it that have
   bool is_wanted_ = true;
   std::uint64_t total_ = 0;  // bytes of whole blocks

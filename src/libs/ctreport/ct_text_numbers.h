@@ -24,9 +24,7 @@ class TextNumbers {
   static constexpr std::size_t longest = 4096;
 
   // Borrows: the output, to which the array is written as texts are first seen.
-  explicit TextNumbers(Writer& out) : json_(out, JsonWriter::Form::compact) {
-    json_.begin_array();
-  }
+  explicit TextNumbers(Writer& out) : json_(out, JsonWriter::Form::compact) { json_.begin_array(); }
 
   // The number of a text, from 0. Of the trace: `stored` is borrowed, and so is `before`, which is
   // plain ASCII and stands before it, with a colon. What the tracer cut ends in its mark.
