@@ -30,6 +30,8 @@ struct Question {
   std::vector<std::string> words;  // "FILE" stands for the trace, "OUT" for a file to write
   char output;
   double most;
+  // Bytes of memory a call beside the file.
+  double most_bytes_a_call = 100;
 };
 
 const std::vector<Question>& questions() {
@@ -59,11 +61,12 @@ const std::vector<Question>& questions() {
        'J',
        6},
       {"export sqlite", {"export", "FILE", "--to", "sqlite", "-o", "OUT"}, 'J', 10},
+      // It holds what it packed, which is written only once it is known what has room.
+      {"report", {"report", "FILE", "-o", "OUT"}, 'J', 4, 140},
   };
   return rows;
 }
 
-constexpr double most_bytes_a_call = 100;
 constexpr double most_growth = 1.15;
 
 double median(std::vector<double> values) {
@@ -143,7 +146,7 @@ void Questions::print_row(const Question& question, const Cost& cost) {
   const double ratio = cost.seconds / cost.of_reader;
   const double bytes = (cost.mebibytes * mebibyte - static_cast<double>(fs::file_size(trace_))) /
                        static_cast<double>(calls_);
-  const bool is_good = ratio <= question.most && bytes <= most_bytes_a_call;
+  const bool is_good = ratio <= question.most && bytes <= question.most_bytes_a_call;
   is_within_limits_ = is_within_limits_ && is_good;
   std::printf("| %s | %.3f | %.2f x `-%c` | %.1f | %.0f | %s |\n", question.name.c_str(),
               cost.seconds, ratio, question.output, question.most, bytes, is_good ? "" : "!!");

@@ -13,6 +13,7 @@ _cttool_options() {
     response) options='-h --help --body --blame --limit --full --format -v --verbose --color --no-pager --full --max-size' ;;
     sql) options='-h --help --format --timeout -v --verbose --color --no-pager --full --max-size' ;;
     export) options='-h --help --to -o --output --table --values --weight --gzip --depth --min --under --hide --only --no-builtin -v --verbose --color --no-pager --full --max-size' ;;
+    report) options='-h --help -o --output --max-size --depth --min --under --hide --only --no-builtin -v --verbose --color --no-pager --full --max-size' ;;
     *) options='-V --version -h --help -v --verbose --color --no-pager --full --max-size' ;;
   esac
 }
@@ -78,6 +79,14 @@ _cttool_value() {
     export--only) : ;;
     export--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
     export--max-size) : ;;
+    report-o|report--output) _filedir ;;
+    report--max-size) : ;;
+    report--depth) : ;;
+    report--min) : ;;
+    report--under) : ;;
+    report--hide) : ;;
+    report--only) : ;;
+    report--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
     *) return 1 ;;
   esac
 }
@@ -99,7 +108,7 @@ _cttool() {
     _cttool_options "$verb"
     mapfile -t COMPREPLY < <(compgen -W "$options" -- "$cur")
   elif [[ ! $verb || $verb == help ]]; then
-    mapfile -t COMPREPLY < <(compgen -W 'summary top tree calls show response sql export help' -- "$cur")
+    mapfile -t COMPREPLY < <(compgen -W 'summary top tree calls show response sql export report help' -- "$cur")
   else
     _filedir
   fi
