@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A whole trace through every export: each is well-formed, nests and adds up, whatever the trace
-// says, with all nodes and with a part of them.
+// A whole trace through every export and into a report: each is well-formed, nests and adds up,
+// whatever the trace says, with all nodes and with a part of them.
 #include <sqlite3.h>
 
 #include <algorithm>
@@ -13,6 +13,7 @@
 
 #include "ctexport/ct_export_formats.h"
 #include "ctmeasure/ct_elapsed.h"
+#include "report_check.h"
 #include "support.h"
 #include "tools/cttool/ct_json_check.h"
 
@@ -187,6 +188,7 @@ void check_all(const Source& source, std::int64_t total) {
   check_folded(source, total);
   check_callgrind(source, total);
   check_csv(source);
+  Fuzz::check_report(source);
 }
 
 }  // namespace
