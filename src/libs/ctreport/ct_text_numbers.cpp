@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ctreport/ct_text_numbers.h"
 
-#include <bit>
+#include <cstring>
 #include <functional>
 
 #include "codetrace/render/ct_text.h"
@@ -13,6 +13,14 @@ namespace {
 
 constexpr std::string_view ellipsis = "\xE2\x80\xA6";
 
+// Neighbours in memory have different places, as far as that goes.
+std::size_t slot_of(const char* text) {
+  std::uintptr_t place = 0;
+  static_assert(sizeof place == sizeof text);
+  std::memcpy(&place, &text, sizeof place);
+  return (place >> 3 ^ place >> 13) % TextNumbers::places;
+}
+
 }  // namespace
 
 // The end of a text that is not shown makes no difference.
@@ -22,8 +30,7 @@ std::size_t TextNumbers::Hash::operator()(const Text& text) const {
 }
 
 std::uint32_t TextNumbers::of(std::string_view before, const Checkpoint::String& stored) {
-  const auto place = std::bit_cast<std::uintptr_t>(stored.data) / 8;
-  Known& known = known_[(place ^ place / known_.size()) % known_.size()];
+  Known& known = known_[slot_of(stored.data)];
   const bool is_usual = before.empty() && !stored.is_cut();
   if (is_usual && known.data == stored.data && known.size == stored.length) return known.number;
   Text text = {before, stored.view(), stored.is_cut()};

@@ -50,13 +50,14 @@ void add_documents(const std::string& file, const SummaryFacts& facts, Report::R
 // False after it was said why.
 bool fill(Report::Report& report, const Export::Source& source, const Options& options) {
   if (report.add_nodes(source)) return true;
+  constexpr std::uint64_t mebibyte = std::uint64_t{1} << 20;
+  const std::string enough = std::to_string(report.size() / mebibyte + 2);
   std::fprintf(stderr,
                "%s: without any values the page has %s, and --max-size allows %s\n"
-               "--max-size %lluM allows enough; --min 1%%, --depth, --under or --no-builtin leave "
-               "less to show\n",
+               "--max-size %sM is enough; --min 1%%, --depth, --under or --no-builtin leave less "
+               "to show\n",
                shown_text(options.file).c_str(), size_text(report.size()).c_str(),
-               size_text(options.max_size).c_str(),
-               static_cast<unsigned long long>((report.size() >> 20) + 2));
+               size_text(options.max_size).c_str(), enough.c_str());
   return false;
 }
 
