@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: MIT
+//
+// Values of nodes: a line of JSON each, in blocks that are unpacked when somebody looks at them.
+import { readBlock } from './blocks';
+import { Flag, Kind, Trace } from './trace';
+
+// So that a page of a large trace keeps to some memory: unpacked bytes, not counting the newest block.
+const mostKept = 96 << 20;
+
+const classes = 65;
+
+interface Block {
+  bytes: Uint8Array;
+  starts: Int32Array; // of lines, and where the last one ends
+}
+
+// The number of bits of a whole number that is not negative.
+function bitWidth(value: number): number {
+  const high = Math.floor(value / 2 ** 32);
+  return high > 0 ? 64 - Math.clz32(high) : 32 - Math.clz32(value);
+}
+
+function costClass(trace: Trace, index: number): number {
+  return trace.kind[index] === Kind.call ? bitWidth(trace.total[index]) : classes - 1;
+}
+
+export class Values {
+  private readonly position: Int32Array; // of a node's line in all of them, -1 none
+  private readonly firsts: number[] = []; // position of each block's first line
+  private readonly kept = new Map<number, Block>();
+  private readonly waited = new Map<number, Promise<Block>>();
+  private size = 0;
+  private readonly decoder = new TextDecoder();
+
+  constructor(private readonly trace: Trace) {
+    this.position = new Int32Array(trace.count).fill(-1);
+    const next = new Int32Array(classes);
+    for (let i = 0; i < trace.count; ++i) if (trace.flags[i] & Flag.hasValues) ++next[costClass(trace, i)];
+    let before = 0;
+    for (let c = classes - 1; c >= 0; --c) {
+      const many = next[c];
+      next[c] = before;
+      before += many;
+    }
+    for (let i = 0; i < trace.count; ++i)
+      if (trace.flags[i] & Flag.hasValues) this.position[i] = next[costClass(trace, i)]++;
+    let first = 0;
+    for (const lines of trace.meta.blocks) {
+      this.firsts.push(first);
+      first += Math.abs(lines);
+    }
+  }
+
+  get blockCount(): number {
+    return this.firsts.length;
+  }
+
+  // The block that has a node's line; -1 if the node has none.
+  blockOf(index: number): number {
+    const position = this.position[index];
+    if (position === undefined || position < 0) return -1;
+    let low = 0;
+    let high = this.firsts.length - 1;
+    while (low < high) {
+      const middle = (low + high + 1) >> 1;
+      if (this.firsts[middle] <= position) low = middle;
+      else high = middle - 1;
+    }
+    return high;
+  }
+
+  // True where a line is not in the page, because that would have been too large.
+  isLeftOut(index: number): boolean {
+    const block = this.blockOf(index);
+    return block >= 0 && this.trace.meta.blocks[block] < 0;
+  }
+
+  // Null if the node has no values here. Rejects where the page's data are damaged.
+  async line(index: number): Promise<string | null> {
+    const block = this.blockOf(index);
+    if (block < 0 || this.isLeftOut(index)) return null;
+    return this.lineIn(await this.block(block), index, block);
+  }
+
+  // What is unpacked already; undefined if it is not.
+  peek(index: number): string | null | undefined {
+    const block = this.blockOf(index);
+    if (block < 0 || this.isLeftOut(index)) return null;
+    const kept = this.kept.get(block);
+    return kept && this.lineIn(kept, index, block);
+  }
+
+  // Nodes in the order of their lines.
+  order(): Int32Array {
+    let many = 0;
+    for (let i = 0; i < this.position.length; ++i) if (this.position[i] >= 0) ++many;
+    const nodes = new Int32Array(many);
+    for (let i = 0; i < this.position.length; ++i) if (this.position[i] >= 0) nodes[this.position[i]] = i;
+    return nodes;
+  }
+
+  // A whole block's bytes and the lines in it, for searches; null where it was left out.
+  async lines(block: number): Promise<{ first: number; block: Block } | null> {
+    if (this.trace.meta.blocks[block] < 0) return null;
+    return { first: this.firsts[block], block: await this.block(block) };
+  }
+
+  private lineIn(block: Block, index: number, number: number): string | null {
+    const at = this.position[index] - this.firsts[number];
+    if (at + 1 >= block.starts.length) return null;
+    return this.decoder.decode(block.bytes.subarray(block.starts[at], block.starts[at + 1] - 1));
+  }
+
+  private block(number: number): Promise<Block> {
+    const kept = this.kept.get(number);
+    if (kept) return Promise.resolve(kept);
+    let waited = this.waited.get(number);
+    if (!waited) {
+      waited = this.unpack(number).finally(() => this.waited.delete(number));
+      this.waited.set(number, waited);
+    }
+    return waited;
+  }
+
+  private async unpack(number: number): Promise<Block> {
+    const bytes = await readBlock(`values-${number}`);
+    const starts = new Int32Array(Math.abs(this.trace.meta.blocks[number]) + 1);
+    let at = 0;
+    for (let line = 1; line < starts.length; ++line) {
+      const end = bytes.indexOf(10, at);
+      at = end < 0 ? bytes.length : end + 1;
+      starts[line] = at;
+    }
+    this.forget();
+    const block = { bytes, starts };
+    this.kept.set(number, block);
+    this.size += bytes.length;
+    return block;
+  }
+
+  // The oldest blocks go.
+  private forget(): void {
+    for (const [number, block] of this.kept) {
+      if (this.size <= mostKept) return;
+      this.kept.delete(number);
+      this.size -= block.bytes.length;
+    }
+  }
+}
+
+export { briefCall } from './brief';
