@@ -62,7 +62,7 @@ const std::vector<Question>& questions() {
        6},
       {"export sqlite", {"export", "FILE", "--to", "sqlite", "-o", "OUT"}, 'J', 10},
       // It holds what it packed, which is written only once it is known what has room.
-      {"report", {"report", "FILE", "-o", "OUT"}, 'J', 4, 140},
+      {"report", {"report", "FILE", "-o", "OUT"}, 'J', 2, 140},
   };
   return rows;
 }

@@ -33,7 +33,7 @@ expect 0 "" "$cttool" report "$notes"
 [[ ! -s $work/err ]] || fail "speaks of standard output: $(cat "$work/err")"
 cmp -- "$to" "$work/out" || fail "differs between runs"
 "$cttool" report "$notes" -o - | cmp -- "$to" - || fail "-o -"
-[[ $(head -n 1 "$to") == '<!DOCTYPE html>' ]] || fail "is no page"
+[[ $(head -n 1 "$to") == '<!doctype html>' ]] || fail "is no page"
 
 # What cannot be written is told, and what was there before stays.
 expect 2 "No space left on device" "$cttool" report "$notes" -o /dev/full
