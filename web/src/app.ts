@@ -17,6 +17,7 @@ export interface View {
   readonly root: HTMLElement;
   show(): void; // it is on the page now and has a size
   hide(): void;
+  focus?(): void; // takes the keys, after it was opened by one
   selected?(index: number): void; // -1: none
   found?(hits: Hits | null): void;
   argument?(said: string): void; // what it has to show, from the page's address; '' nothing in particular

@@ -2,10 +2,10 @@
 //
 // The selected node: what it is, its times and memory, whole values, the way down to it.
 import type { App } from './app';
-import { h, replace, text, type Child } from './dom';
+import { h, replace, text, visible, type Child } from './dom';
 import { bytes, count, many, ms, percent, signedBytes } from './format';
 import { members } from './json_text';
-import { functionLink, nodeLink, placeText } from './links';
+import { functionLink, nodeLink, placeText, short, tailed } from './links';
 import { Flag, Kind, Outcome, kindNames, nameOf, outcomeOf, type Trace } from './trace';
 import { valueView } from './value_view';
 
@@ -82,6 +82,21 @@ function factsOf(trace: Trace, index: number): HTMLElement {
   );
 }
 
+// What kind of node it is, where its name does not say so.
+function titleOf(trace: Trace, index: number): Child {
+  const kind = kindNames[trace.kind[index]].replace('_', ' ');
+  const name = nameOf(trace, index);
+  return [!name.startsWith(kind) && h('span', { class: 'soft' }, `${kind} `), kind === 'call' ? short(name, Infinity) : text(name)];
+}
+
+function calledAt(trace: Trace, index: number): Child {
+  const path = trace.files[trace.file[index]];
+  if (path === undefined) return null;
+  const element = tailed(path.slice(path.lastIndexOf('/') + 1), `:${trace.line[index]}`, 'soft');
+  element.title = visible(`${path}:${trace.line[index]}`);
+  return h('small', null, element);
+}
+
 function wayDown(app: App, index: number): HTMLElement {
   const { trace } = app;
   const way: number[] = [];
@@ -95,13 +110,16 @@ function wayDown(app: App, index: number): HTMLElement {
         'li',
         null,
         h('span', { class: 'figure' }, ms(trace.total[node])),
-        node === index ? h('b', { class: 'text' }, text(nameOf(trace, node))) : nodeLink(app, node),
+        node === index
+          ? h('b', null, short(nameOf(trace, node), 60))
+          : nodeLink(app, node, short(nameOf(trace, node), 60)),
+        calledAt(trace, node),
       ),
     );
   return h(
     'section',
     null,
-    h('h3', null, 'Way down'),
+    h('h3', null, 'Called through'),
     left ? h('p', { class: 'soft' }, `… ${many(left, 'level')} above`) : null,
     h('ol', { class: 'way' }, rows),
   );
@@ -114,20 +132,34 @@ function called(app: App, index: number): HTMLElement | null {
   if (children.length === 0) return null;
   const shown = children.sort((a, b) => trace.total[b] - trace.total[a] || a - b).slice(0, calledShown);
   const rows = shown.map((node) =>
-    h('li', null, h('span', { class: 'figure' }, ms(trace.total[node])), nodeLink(app, node)),
+    h('li', null, h('span', { class: 'figure' }, ms(trace.total[node])), nodeLink(app, node, short(nameOf(trace, node), 60)), calledAt(trace, node)),
   );
   const more = children.length > shown.length ? `, the slowest of ${count(children.length)}` : '';
   return h('section', null, h('h3', null, `Directly inside${more}`), h('ol', { class: 'way' }, rows));
+}
+
+// A text among values has its quotes, which are no part of it.
+function quoted(json: string): HTMLElement {
+  const view = valueView(json);
+  if (json[0] === '"') (view.matches('pre') ? view : view.querySelector('pre'))?.classList.add('quoted');
+  return view;
 }
 
 function valueParts(line: string): Child {
   return members(line).map(({ key, value }) => {
     const title = titles[key ?? ''] ?? key ?? '';
     if (key !== 'args')
-      return [h('h3', null, title), key === 'size' ? h('p', null, bytes(Number(value))) : valueView(value)];
+      return [
+        h('h3', null, title),
+        key === 'size'
+          ? h('p', null, bytes(Number(value)))
+          : key === 'returned'
+            ? quoted(value)
+            : valueView(value),
+      ];
     const args = members(value);
     if (args.length === 0) return h('h3', null, 'No arguments');
-    return [h('h3', null, `${title} (${args.length})`), args.map((arg) => valueView(arg.value))];
+    return [h('h3', null, `${title} (${args.length})`), args.map((arg) => quoted(arg.value))];
   });
 }
 
@@ -157,8 +189,7 @@ export class Details {
         h(
           'h2',
           null,
-          h('span', { class: 'soft' }, `${kindNames[trace.kind[index]].replace('_', ' ')} `),
-          text(nameOf(trace, index)),
+          titleOf(trace, index),
         ),
         h(
           'button',

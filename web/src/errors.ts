@@ -38,6 +38,7 @@ function exceptionTable(app: App): Table<Thrown> {
         startColumn(trace, node),
         {
           key: 'class',
+          main: true,
           title: 'Exception',
           width: '20%',
           of: (r) => r.class ?? '',
@@ -86,6 +87,7 @@ function errorTable(app: App): Table<number> {
         startColumn(trace, self),
         {
           key: 'message',
+          main: true,
           title: 'Error',
           of: (r) => labelOf(trace, r),
           cell: (r) => nodeLink(app, r, text(labelOf(trace, r))),
@@ -104,12 +106,16 @@ function errorTable(app: App): Table<number> {
   );
 }
 
+function someUncaught({ trace }: App): boolean {
+  return trace.summary.exceptions.some((each: Thrown) => each.uncaught);
+}
+
 export function errorsView(app: App): View {
   const table = errorTable(app);
   const exceptions = exceptionTable(app);
   const thrown = exceptions.length;
   const parts: Child[] = [];
-  if (thrown) parts.push(h('h2', { class: 'caption' }, many(thrown, 'exception')), exceptions.root);
+  if (thrown) parts.push(h('h2', { class: 'caption' }, `${many(thrown, 'exception')}${someUncaught(app) ? '' : ', all of them caught'}`), exceptions.root);
   if (table.length) parts.push(h('h2', { class: 'caption' }, many(table.length, 'PHP error')), table.root);
   if (parts.length === 0)
     parts.push(

@@ -2,20 +2,26 @@
 //
 // Events: flushes, exit, headers that were sent, marks of an application.
 import type { App, View } from './app';
+import { text } from './dom';
 import { nodeLink } from './links';
 import { listView, nodeTable, nodesOf, placeColumn, startColumn } from './node_table';
-import { Kind, kindNames, nameOf } from './trace';
+import { Kind, kindNames, labelOf, nameOf } from './trace';
+
+export const eventKinds = [Kind.event, Kind.flush, Kind.exit, Kind.send_headers];
 
 export function eventsView(app: App): View {
   const { trace } = app;
   const self = (row: number) => row;
+  // The column beside it says that it is an event.
+  const what = (row: number) =>
+    (trace.kind[row] === Kind.event && labelOf(trace, row)) || nameOf(trace, row);
   const table = nodeTable<number>(
     app,
     self,
     {
       label: 'Events',
       sort: 'start',
-      least: '440px',
+      least: '600px',
       empty: 'There are no events in this request: no flush, no exit, no mark of an application.',
       columns: [
         startColumn(trace, self),
@@ -26,7 +32,13 @@ export function eventsView(app: App): View {
           of: (r) => trace.kind[r],
           cell: (r) => kindNames[trace.kind[r]].replace('_', ' '),
         },
-        { key: 'name', title: 'What', of: (r) => nameOf(trace, r), cell: (r) => nodeLink(app, r) },
+        {
+          key: 'name',
+          main: true,
+          title: 'What',
+          of: what,
+          cell: (r) => nodeLink(app, r, text(what(r))),
+        },
         {
           key: 'in',
           title: 'In',
@@ -37,7 +49,7 @@ export function eventsView(app: App): View {
         placeColumn(trace, self),
       ],
     },
-    nodesOf(trace, Kind.event, Kind.flush, Kind.exit, Kind.send_headers),
+    nodesOf(trace, ...eventKinds),
   );
   return listView('events', 'Events', [table], [table.root]);
 }

@@ -3,7 +3,7 @@
 // The flame graph: what called what as boxes as wide as what they took, in order of time or merged.
 import type { App, Hits, View } from './app';
 import { h, replace } from './dom';
-import { sentence } from './flame_about';
+import { choice, sentence } from './flame_about';
 import { FlameInput, type Orders } from './flame_input';
 import { layInOrder, type Layout, type Weight } from './flame_layout';
 import { legend } from './flame_legend';
@@ -26,7 +26,7 @@ class Flame implements View, Orders {
   readonly title = 'Flame graph';
   readonly root: HTMLElement;
   private readonly stage: Stage;
-  private readonly status = h('span', { class: 'soft', id: 'flame-status' });
+  private readonly status = h('span', { class: 'flame-status', id: 'flame-status' });
   private readonly said = h('p', { class: 'sr', id: 'flame-said', 'aria-live': 'polite' });
   private readonly nothing = h('p', { class: 'nothing', hidden: true });
   private readonly toSelection = h('button', {
@@ -41,6 +41,7 @@ class Flame implements View, Orders {
   private isOwnStep = false;
   private seen = -1; // the node that was brought into sight last
   private isFresh = false; // shown, but not told yet what to show
+  private chosen = ''; // which of the selected box's nodes the details show, if it has several
   private asked = ''; // by the address
 
   constructor(private readonly app: App) {
@@ -74,6 +75,10 @@ class Flame implements View, Orders {
     void this.lay();
   }
 
+  focus(): void {
+    this.stage.canvas.focus({ preventScroll: true });
+  }
+
   hide(): void {
     this.isVisible = false;
     this.stage.hover(-1, 0, 0);
@@ -97,9 +102,12 @@ class Flame implements View, Orders {
   selected(index: number): void {
     const { layout } = this.stage;
     this.stage.selected = layout && index >= 0 ? layout.boxOf[index] : -1;
+    this.chosen = layout ? choice(this.app.trace, layout, this.stage.selected) : '';
+    this.status.classList.toggle('flame-choice', this.chosen !== '');
     this.toSelection.disabled = this.stage.selected < 0;
     this.said.textContent = layout && index >= 0 ? sentence(this.app.trace, layout, this.stage.selected) : '';
-    if (this.isVisible && !this.isOwnStep) this.reveal(this.stage.selected);
+    if (this.isVisible) this.stage.measure(); // the details may have just taken room
+    if (this.isVisible && !this.isOwnStep) this.reveal(this.stage.selected, 'fit');
     if (this.isVisible && layout) this.seen = index;
     this.stage.schedule();
   }
@@ -128,7 +136,7 @@ class Flame implements View, Orders {
     if (!layout || box < 0 || !layout.width[box]) return;
     const top = Math.min(camera.top, this.stage.rowOf(box) * ROW);
     camera.go({ from: layout.x[box], to: layout.x[box] + layout.width[box], top });
-    this.reveal(box, true);
+    this.reveal(box, 'as it is');
   }
 
   reset(): boolean {
@@ -168,8 +176,8 @@ class Flame implements View, Orders {
     this.selected(this.app.selected);
   }
 
-  // Moves as little as needed for a box to be seen.
-  private reveal(box: number, isZoomed = false): void {
+  // Moves as little as needed for a box to be seen; 'fit': as a whole.
+  private reveal(box: number, zoom: '' | 'fit' | 'as it is' = ''): void {
     const { layout, camera } = this.stage;
     if (!layout || box < 0 || box >= layout.count) return;
     const y = this.stage.rowOf(box) * ROW;
@@ -177,7 +185,8 @@ class Flame implements View, Orders {
     while (layout.width[seen] === 0 && layout.parent[seen] >= 0) seen = layout.parent[seen];
     const left = layout.x[seen], width = layout.width[seen];
     let { from, to, top } = camera.goal;
-    if (!isZoomed && width * (camera.width / (to - from)) < EASY) {
+    if (zoom === 'fit' && width > to - from) [from, to] = [0, camera.whole];
+    if (zoom !== 'as it is' && width * (camera.width / (to - from)) < EASY) {
       const span = (width / EASY) * camera.width * 0.25;
       [from, to] = [left + width / 2 - span / 2, left + width / 2 + span / 2];
     } else if (left >= to - (to - from) * 0.02 || left + width <= from + (to - from) * 0.02) {
@@ -193,7 +202,8 @@ class Flame implements View, Orders {
     const { camera, layout } = this.stage, span = camera.to - camera.from;
     if (!layout) return;
     const whole = amounts[this.weight](layout.whole);
-    this.status.textContent = span >= camera.whole ? whole : `${amounts[this.weight](span)} of ${whole} (${percent(span, layout.whole)})`;
+    this.status.textContent = this.chosen || (span >= camera.whole ? whole : `${amounts[this.weight](span)} of ${whole} (${percent(span, layout.whole)})`);
+    this.status.title = this.status.textContent;
   }
 }
 

@@ -10,6 +10,7 @@ import { bytes, many, ms, percent, shortPath, signedBytes } from './format';
 import { Flag, Kind, nameOf, Outcome, type Trace } from './trace';
 
 const COLUMNS = 240; // of arguments in the tip
+const DEAREST = { time: 'Slowest', memory: 'Most grown', calls: 'Busiest' }; // which node of a box stands for it
 
 interface Sums {
   times: number;
@@ -36,7 +37,7 @@ function sumsOf(trace: Trace, layout: Layout, box: number): Sums {
 }
 
 function figures(trace: Trace, layout: Layout, box: number, sums: Sums): string {
-  const whole = trace.total[0];
+  const { whole } = trace;
   const parts = [`total ${ms(sums.total)} (${percent(sums.total, whole)})`, `own ${ms(sums.own)} (${percent(sums.own, whole)})`];
   if (!Number.isNaN(sums.growth)) parts.push(`memory ${signedBytes(sums.growth)}`);
   if (layout.weight === 'memory') parts.push(`grown by ${bytes(layout.width[box])} inside`);
@@ -59,9 +60,17 @@ function title(trace: Trace, node: number, times: number): string {
 
 export function sentence(trace: Trace, layout: Layout, box: number): string {
   const node = layout.node[box], sums = sumsOf(trace, layout, box);
-  const parts = [title(trace, node, sums.times), figures(trace, layout, box, sums), warnings(trace, sums, node),
+  const parts = [title(trace, node, sums.times), choice(trace, layout, box), figures(trace, layout, box, sums), warnings(trace, sums, node),
     `depth ${trace.depth[node]}`];
   return parts.filter(Boolean).join('; ');
+}
+
+// Of a box of several nodes: which of them a click chooses; '' of others.
+export function choice(trace: Trace, layout: Layout, box: number): string {
+  if (box < 0 || !layout.times || layout.times[box] < 2) return '';
+  const { times, total } = sumsOf(trace, layout, box), node = layout.node[box];
+  const all = many(times, trace.kind[node] === Kind.call ? 'call' : 'node');
+  return `${DEAREST[layout.weight]} of ${all}, ${ms(total)} in all`;
 }
 
 function place(trace: Trace, node: number): string {
@@ -105,7 +114,7 @@ export class Tip {
     this.root.append(h('b', { class: 'text' }, title(trace, node, sums.times)), h('div', null, figures(trace, layout, box, sums)));
     if (warning) this.root.append(h('div', { class: 'flame-warning' }, warning));
     this.root.append(said, h('div', { class: 'flame-quiet' },
-      `${sums.times > 1 ? 'slowest ' : ''}#${trace.id[node]}`, area ? ` · ${visible(area)}` : '', place(trace, node)));
+      `${sums.times > 1 ? `${DEAREST[layout.weight]} ` : ''}#${trace.id[node]}`, area ? ` · ${visible(area)}` : '', place(trace, node)));
     if (line === undefined) void values.line(node).then((late) => this.box === box && this.tell(said, node, late), () => undefined);
     else this.tell(said, node, line);
   }

@@ -5,12 +5,15 @@
 
 export interface Tone {
   readonly fill: string;
+  readonly thin: readonly string[]; // the fill where boxes cover a part of it only, up to all of it
   readonly text: string;
   readonly faded: string;
   readonly fadedText: string;
 }
 
 type Rgb = readonly [number, number, number];
+
+export const COVERED = [0.18, 0.32, 0.48, 0.64, 0.82, 1]; // parts of a pixel that boxes can be told to cover
 
 const SHADES = [0, 0.09, -0.07, 0.17];
 const FADED = 0.78;
@@ -46,5 +49,6 @@ export function toneOf(colour: string, shade: number, ground: string, context: C
   const part = SHADES[shade & 3];
   const fill = mix(rgbOf(colour, context), part < 0 ? [0, 0, 0] : [255, 255, 255], Math.abs(part));
   const faded = mix(fill, rgbOf(ground, context), FADED);
-  return { fill: css(fill), text: readable(fill), faded: css(faded), fadedText: readable(faded) };
+  const thin = COVERED.map((part) => css(mix(rgbOf(ground, context), fill, part)));
+  return { fill: css(fill), thin, text: readable(fill), faded: css(faded), fadedText: readable(faded) };
 }

@@ -12,12 +12,16 @@ export interface Orders {
 
 const DRAGGED = 4; // pixels, from which on a press is no click
 const ZOOM = 1.5; // a step by keys and buttons
+const TWICE = { ms: 400, mouse: 12, finger: 32 }; // a second press so soon and, in pixels, so near means the same box
 const WHEEL = 0.0018; // of a pixel that the wheel turns
 const PIXELS = [1, 18, 400]; // a pixel, a line, a page of the wheel
 
 export class FlameInput {
   private readonly pointers = new Map<number, PointerEvent>();
   private isDragged = false;
+  private clicked: { box: number; at: PointerEvent } | null = null; // the latest click on a box
+  private rest: PointerEvent | null = null; // the latest click, until the pointer moves
+  private isSwallowing = false; // what else comes of a press that was understood
 
   constructor(private readonly stage: Stage, private readonly orders: Orders) {
     const { canvas } = stage;
@@ -28,14 +32,34 @@ export class FlameInput {
     on('pointerup', (event: PointerEvent) => this.up(event));
     on('pointercancel', (event: PointerEvent) => this.pointers.delete(event.pointerId));
     on('pointerleave', () => stage.hover(-1, 0, 0));
-    on('dblclick', (event: MouseEvent) => orders.zoomTo(stage.boxAt(event.clientX, event.clientY)));
     on('wheel', (event: WheelEvent) => this.wheel(event));
     on('keydown', (event: KeyboardEvent) => this.key(event));
+    // The first click may have opened the details, and the second press meets whatever lies there now.
+    document.addEventListener('pointerdown', (event) => this.pressAgain(event), true);
+    for (const type of ['mousedown', 'click']) document.addEventListener(type, (event) => this.swallow(event), true);
   }
 
   zoom(factor: number): void {
     const { camera } = this.stage;
     camera.zoom(factor, camera.width / 2, true);
+  }
+
+  private pressAgain(event: PointerEvent): void {
+    const { clicked } = this, near = event.pointerType === 'touch' ? TWICE.finger : TWICE.mouse;
+    this.isSwallowing = false;
+    this.clicked = null;
+    if (!clicked || event.button !== 0 || event.timeStamp - clicked.at.timeStamp > TWICE.ms) return;
+    if (Math.hypot(event.clientX - clicked.at.clientX, event.clientY - clicked.at.clientY) > near) return;
+    this.isSwallowing = true;
+    event.stopPropagation();
+    this.orders.zoomTo(clicked.box);
+  }
+
+  private swallow(event: Event): void {
+    if (!this.isSwallowing) return;
+    if (event.type === 'click') this.isSwallowing = false;
+    event.stopPropagation();
+    event.preventDefault();
   }
 
   private down(event: PointerEvent): void {
@@ -48,7 +72,7 @@ export class FlameInput {
   private move(event: PointerEvent): void {
     const { stage } = this, before = this.pointers.get(event.pointerId);
     if (!before) {
-      if (event.pointerType !== 'touch') stage.hover(stage.boxAt(event.clientX, event.clientY), event.clientX, event.clientY);
+      if (event.pointerType !== 'touch' && this.isAway(event)) stage.hover(stage.boxAt(event.clientX, event.clientY), event.clientX, event.clientY);
       return;
     }
     const [dx, dy] = [before.clientX - event.clientX, before.clientY - event.clientY];
@@ -71,8 +95,17 @@ export class FlameInput {
     const { stage, orders } = this;
     if (!this.pointers.delete(event.pointerId) || this.isDragged) return;
     const box = stage.boxAt(event.clientX, event.clientY);
+    stage.hover(-1, 0, 0);
+    this.rest = event;
+    this.clicked = box < 0 ? null : { box, at: event };
     orders.choose(box);
-    if (event.pointerType === 'touch') stage.hover(box, event.clientX, event.clientY);
+  }
+
+  // The pointer has left the place of the latest click: until then no tip lies over what was clicked.
+  private isAway(event: PointerEvent): boolean {
+    if (this.rest && Math.hypot(event.clientX - this.rest.clientX, event.clientY - this.rest.clientY) < DRAGGED) return false;
+    this.rest = null;
+    return true;
   }
 
   private wheel(event: WheelEvent): void {

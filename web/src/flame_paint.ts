@@ -2,7 +2,7 @@
 //
 // Draws the boxes of a layout that can be seen, and of those too narrow to be seen one sliver for
 // all in a pixel. What it costs depends on the pixels, hardly on the nodes.
-import type { Tone } from './flame_colours';
+import { COVERED, type Tone } from './flame_colours';
 import { Mark, type Layout } from './flame_layout';
 import type { Labels } from './flame_text';
 
@@ -45,6 +45,7 @@ function nextFrom(x: Float64Array, low: number, high: number, at: number): numbe
 export class Painter {
   drawn = 0; // boxes and slivers, in the last picture
   hitsBefore: Int32Array | null = null; // by box: how many boxes before it have a hit
+  private readonly before: Float64Array; // by box: the widths of all before it together
   private pane!: Pane;
   private scale = 1;
   private colour = '';
@@ -54,7 +55,11 @@ export class Painter {
   private readonly runs = new Map<string, number[]>(); // of a row, by colour: changing that costs most
 
   constructor(readonly layout: Layout, private readonly context: CanvasRenderingContext2D,
-    private readonly look: Look, private readonly labels: Labels | null) {}
+    private readonly look: Look, private readonly labels: Labels | null) {
+    const { count, width } = layout;
+    this.before = new Float64Array(count + 1);
+    for (let box = 0; box < count; box++) this.before[box + 1] = this.before[box] + width[box];
+  }
 
   paint(pane: Pane): void {
     this.pane = pane;
@@ -106,7 +111,7 @@ export class Painter {
       if (tail > box && width[tail] * scale >= 1) after = tail;
       const reach = (x[after - 1] + width[after - 1] - from) * scale - left;
       const isHit = this.hasHit(box, after);
-      if (column >= 0 && (reach >= NARROW || isHit)) this.sliver(box, column, isHit);
+      if (column >= 0 && (reach >= NARROW || isHit)) this.sliver(box, column, isHit, (this.before[after] - this.before[box]) * scale);
       box = after;
     }
     this.endRuns(y);
@@ -118,9 +123,11 @@ export class Painter {
     this.context.fillStyle = colour;
   }
 
-  private sliver(box: number, column: number, isHit: boolean): void {
+  // A crowd is as strong as the part of the pixel that it covers, else it would seem to fill its caller.
+  private sliver(box: number, column: number, isHit: boolean, covered: number): void {
     const tone = this.look.toneOf(this.layout.node[box], false);
-    const colour = this.hitsBefore && !isHit ? tone.faded : tone.fill;
+    const level = isHit ? COVERED.length - 1 : Math.min(COVERED.length - 1, Math.floor(covered * COVERED.length));
+    const colour = this.hitsBefore && !isHit ? tone.faded : tone.thin[level];
     this.drawn++;
     if (this.run !== colour || column > this.runRight) {
       this.endRun();

@@ -11,7 +11,7 @@ import { toneOf, type Tone } from './flame_colours';
 import type { Layout } from './flame_layout';
 import { FlameMap } from './flame_map';
 import { Painter, type Look, type Pane } from './flame_paint';
-import { paintRuler, RULER } from './flame_ruler';
+import { paintRuler, paintShares, RULER } from './flame_ruler';
 import { Labels } from './flame_text';
 
 export const ROW = 19; // pixels
@@ -139,19 +139,20 @@ export class Stage implements Look {
   // The size that it has on the page now.
   measure(): void {
     const width = this.area.clientWidth, height = this.area.clientHeight, ratio = devicePixelRatio || 1;
-    if (!width) return;
-    this.canvas.width = Math.round(width * ratio);
-    this.canvas.height = Math.round(height * ratio);
-    this.camera.resize(width, height - RULER);
+    const [across, down] = [Math.round(width * ratio), Math.round(height * ratio)];
+    if (!width || (this.canvas.width === across && this.canvas.height === down && this.camera.width === width)) return;
+    this.canvas.width = across;
+    this.canvas.height = down;
+    const { camera, selected } = this, y = selected < 0 || !this.layout ? -1 : this.rowOf(selected) * ROW;
+    const { top } = camera.goal, wasSeen = y >= top && y < top + camera.height;
+    camera.resize(width, height - RULER);
     this.isMapStale = true;
+    // Details that open below take room from the box that they are about.
+    if (wasSeen && y + ROW > top + camera.height) camera.go({ ...camera.goal, top: y + 2 * ROW - camera.height }, false);
   }
 
   private resize(): void {
-    const { camera, selected } = this, y = selected < 0 || !this.layout ? -1 : this.rowOf(selected) * ROW;
-    const wasSeen = y >= camera.top && y < camera.top + camera.height;
     this.measure();
-    // Details that open below take room from the box that they are about.
-    if (wasSeen && y + ROW > camera.top + camera.height) camera.go({ ...camera.goal, top: y + 2 * ROW - camera.height }, false);
     // At once: a canvas that got a size is empty.
     if (this.painter && this.area.clientWidth) this.draw();
   }
@@ -170,13 +171,13 @@ export class Stage implements Look {
     context.textBaseline = 'middle';
     context.direction = 'ltr';
     this.labels.measure();
-    paintRuler(context, pane, painter.layout.weight, line);
+    this.ruler(pane, line);
     context.translate(0, RULER);
     painter.paint(pane);
     painter.paintErrors(pane);
     context.translate(0, -RULER);
     context.clearRect(0, 0, width, RULER);
-    paintRuler(context, pane, painter.layout.weight, line, style.color);
+    this.ruler(pane, line, style.color);
     if (this.isMapStale) setTimeout(() => this.paintMap());
     this.overlay();
     canvas.dataset.boxes = String(painter.drawn);
@@ -185,6 +186,12 @@ export class Stage implements Look {
     this.drawn();
     // Row r begins at ruler + r * rowHeight - top.
     Object.assign(canvas.dataset, { rows: painter.layout.rows.length - 1, rowHeight: ROW, top: pane.top, ruler: RULER });
+  }
+
+  private ruler(pane: Pane, line: string, text?: string): void {
+    const { weight, whole, times } = this.painter!.layout;
+    if (times) paintShares(this.context, pane, whole, line, text);
+    else paintRuler(this.context, pane, weight, line, text);
   }
 
   // In a task of its own, so that no frame has to wait for both pictures.

@@ -28,15 +28,16 @@ export class Labels {
   fit(node: number, room: number, before: string, behind: string): string {
     if (room < LEAST * this.room) return '';
     const label = this.of(node);
-    const short = shortened(label), member = label.slice(label.indexOf('::') + 1).replace(/^:/, '::');
-    for (const whole of [label + behind, short + behind, short, member]) {
+    const short = shortened(label), at = short.indexOf('::'), member = at < 0 ? short : short.slice(at + 2);
+    const ends = at < 0 ? [] : [`…::${member}${behind}`, `…::${member}`, `::${member}`, member];
+    for (const whole of [label + behind, short + behind, short, ...ends]) {
       if (this.width(before + whole) <= room) return before + whole;
     }
-    return this.cut(before + short, room);
+    return this.cut(before + member, room);
   }
 
   private width(text: string): number {
-    return /^[ -~]*$/.test(text) ? text.length * this.room : this.context.measureText(text).width;
+    return /^[ -~…]*$/.test(text) ? text.length * this.room : this.context.measureText(text).width;
   }
 
   private cut(text: string, room: number): string {

@@ -18,7 +18,7 @@ function sideColumns(trace: Trace): TableColumn<number>[] {
       key: 'each',
       extra: true,
       title: 'Own µs a call',
-      width: '128px',
+      width: '136px',
       figure: true,
       of: (row) => f.own_ns[row] / f.calls[row],
       cell: (row) => eachText(f.own_ns[row] / f.calls[row]),
@@ -26,7 +26,7 @@ function sideColumns(trace: Trace): TableColumn<number>[] {
     {
       key: 'memory',
       title: 'Own memory',
-      width: '122px',
+      width: '136px',
       figure: true,
       hint: 'What its calls left in use, without what they called',
       of: (row) => f.own_memory[row],
@@ -68,6 +68,7 @@ export function profileColumns(trace: Trace): TableColumn<number>[] {
     },
     {
       key: 'name',
+      main: true,
       title: 'Function',
       of: (row) => name(row).toLowerCase(),
       cell: (row) => [dot(row), functionLink(trace, row)],
@@ -121,6 +122,7 @@ function groupColumns(app: App, whole: number): TableColumn<Group>[] {
     },
     {
       key: 'name',
+      main: true,
       title: 'Function',
       of: (g) => g.name.toLowerCase(),
       cell: (g) =>
@@ -142,7 +144,7 @@ export function groupTable(
     label: title,
     sort: 'total',
     empty,
-    least: '300px',
+    least: '420px',
     columns: groupColumns(app, whole),
   });
   table.set(groups);
@@ -173,6 +175,7 @@ export function slowestTable(app: App, calls: number[], all: number): HTMLElemen
       },
       {
         key: 'id',
+        main: true,
         title: 'Call',
         of: (row) => trace.id[row],
         cell: (row) => nodeLink(app, row, callCell(app, row, 70, true)),

@@ -68,6 +68,10 @@ class FunctionsView implements View {
 
   hide(): void {}
 
+  focus(): void {
+    this.table.focus();
+  }
+
   argument(said: string): void {
     const area = /^area (\d+)$/.exec(said);
     if (area) {

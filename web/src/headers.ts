@@ -40,7 +40,7 @@ export function headersView(app: App): View {
     {
       label: 'Headers',
       sort: 'start',
-      least: '560px',
+      least: '680px',
       empty: 'This request set no header.',
       columns: [
         startColumn(trace, node),
@@ -53,9 +53,10 @@ export function headersView(app: App): View {
         },
         {
           key: 'header',
+          main: true,
           title: 'Header',
           of: (r) => r.header ?? '',
-          cell: (r) => nodeLink(app, node(r), h('span', { class: 'text mono' }, visible(r.header ?? ''))),
+          cell: (r) => nodeLink(app, node(r), h('span', { class: 'text mono' }, visible(r.header || '(an empty line)'))),
         },
         {
           key: 'fate',

@@ -4,7 +4,7 @@
 import type { App, View } from './app';
 import { h, text, type Child } from './dom';
 import { count, ms, signedBytes } from './format';
-import { nodeLink, timeColumn } from './links';
+import { nodeLink, tailedPath, timeColumn } from './links';
 import { listView, nodeTable, nodesOf, startColumn } from './node_table';
 import type { Table } from './table';
 import { Kind, labelOf, type Trace } from './trace';
@@ -45,7 +45,7 @@ function includeTable(app: App, rows: Included[]): Table<Included> {
     {
       label: 'Included files',
       sort: 'own',
-      least: '480px',
+      least: '640px',
       empty: 'This request included no file.',
       columns: [
         timeColumn(
@@ -56,7 +56,13 @@ function includeTable(app: App, rows: Included[]): Table<Included> {
           'Compiling it, and what stands in it outside of functions',
         ),
         timeColumn('total', 'Total ms', (r) => r.total, trace.whole, 'With all that it called and included'),
-        { key: 'path', title: 'File', of: (r) => r.path, cell: (r) => nodeLink(app, r.node, text(r.path)) },
+        {
+          key: 'path',
+          main: true,
+          title: 'File',
+          of: (r) => r.path,
+          cell: (r) => nodeLink(app, r.node, tailedPath(r.path)),
+        },
         {
           key: 'times',
           extra: true,

@@ -34,7 +34,7 @@ export function idLink(app: App, id: number, child: Child = null, open?: string)
 }
 
 export function functionLink(trace: Trace, number: number, child: Child = null, className = ''): HTMLElement {
-  const said = child ?? text(shortFunction(trace, number));
+  const said = child ?? tailedName(shortFunction(trace, number));
   return h(
     'a',
     {
@@ -46,13 +46,33 @@ export function functionLink(trace: Trace, number: number, child: Child = null, 
   );
 }
 
-export function pathText(path: string, line: number, length = 44): HTMLElement | null {
-  if (path === '') return null;
+// A text of which the end stays in sight where room is short.
+export function tailed(head: string, end: string, className = ''): HTMLElement {
   return h(
     'span',
-    { class: 'text soft', title: visible(`${path}:${line}`) },
-    visible(shortPath(path, length)) + (line ? `:${line}` : ''),
+    { class: `text tail ${className}`.trim(), title: visible(head + end) },
+    head && h('span', null, visible(head)),
+    h('span', null, visible(end)),
   );
+}
+
+// "…/inc/" and "Item.php:66"; of an area "…/share/" and "inc/...".
+export function tailedPath(path: string, line = 0, className = ''): HTMLElement {
+  const at = path.replace(/\/\.\.\..*$/, '').lastIndexOf('/') + 1;
+  return tailed(path.slice(0, at), path.slice(at) + (line ? `:${line}` : ''), className);
+}
+
+// "…\Lexer\ParallelRegex" and "::split".
+function tailedName(name: string): HTMLElement {
+  const at = Math.max(name.lastIndexOf('::'), name.lastIndexOf('\\'));
+  return tailed(name.slice(0, Math.max(at, 0)), name.slice(Math.max(at, 0)));
+}
+
+export function pathText(path: string, line: number, length = 44): HTMLElement | null {
+  if (path === '') return null;
+  const element = tailedPath(shortPath(path, length), line, 'soft');
+  element.title = visible(`${path}:${line}`);
+  return element;
 }
 
 export function placeText(trace: Trace, file: number, line: number, length = 44): HTMLElement | null {
@@ -61,13 +81,16 @@ export function placeText(trace: Trace, file: number, line: number, length = 44)
 
 // A name of the trace, the end of it if it is long.
 export function short(name: string, length = 44): HTMLElement {
-  return h('span', { class: 'text', title: visible(name) }, visible(shortName(name, length)));
+  const shown = shortName(name, length);
+  const element = /^[^ ]*[/]/.test(name) || name.startsWith('include ') ? tailedPath(shown) : tailedName(shown);
+  element.title = visible(name);
+  return element;
 }
 
 // A time with its share of the whole as a bar behind it.
-export function timeCell(ns: number, whole: number, isCut = false): Child {
-  if (isCut) return '';
-  const share = whole > 0 ? Math.min(1, ns / whole) : 0;
+// The bar is full at `most`.
+export function timeCell(ns: number, whole: number, most = whole): Child {
+  const share = most > 0 ? Math.min(1, ns / most) : 0;
   return h(
     'span',
     { class: 'share', title: percent(ns, whole) },
@@ -82,8 +105,10 @@ export function timeColumn<Row>(
   of: (row: Row) => number,
   whole: number,
   hint?: string,
+  most = whole,
 ): TableColumn<Row> {
-  return { key, title, hint, width: '104px', figure: true, of, cell: (row) => timeCell(of(row), whole) };
+  const cell = (row: Row) => timeCell(of(row), whole, most);
+  return { key, title, hint, width: '104px', figure: true, of, cell };
 }
 
 // A call with its values, which may come later; bare: without its name.
@@ -95,7 +120,7 @@ export function callCell(app: App, index: number, columns = 90, isBare = false):
     const said =
       line === null ? name + (values.isLeftOut(index) ? '(…)' : '') : briefCall(trace, index, line, columns);
     cell.title = said;
-    cell.textContent = isBare && said !== name ? said.slice(name.length) : said;
+    cell.textContent = isBare ? said.slice(name.length) || `#${trace.id[index]}` : said;
   };
   const now = values.peek(index);
   if (now !== undefined) write(now);

@@ -9,7 +9,7 @@ import { Table, type TableChoice, type TableColumn } from './table';
 import type { Trace } from './trace';
 
 // A view of tables that follows the selection.
-export function listView(key: string, title: string, tables: { refresh(): void }[], parts: Child[]): View {
+export function listView(key: string, title: string, tables: { refresh(): void; focus(): void; length: number }[], parts: Child[]): View {
   const refresh = () => {
     for (const table of tables) table.refresh();
   };
@@ -19,6 +19,7 @@ export function listView(key: string, title: string, tables: { refresh(): void }
     root: h('section', null, ...parts),
     show: refresh,
     hide() {},
+    focus: () => (tables.find((table) => table.length > 0) ?? tables[0]).focus(),
     selected: refresh,
     found: refresh,
   };

@@ -74,6 +74,7 @@ class OutputView implements View {
   private readonly said = h('p', { class: 'soft', role: 'status' });
   private parts: HTMLElement[] = [];
   private isFilled = false;
+  private isChoosing = false;
 
   constructor(private readonly app: App) {
     this.writes = nodesOf(app.trace, Kind.write);
@@ -118,7 +119,8 @@ class OutputView implements View {
 
   selected(index: number): void {
     for (const part of this.parts) part.classList.toggle('chosen', Number(part.dataset.index) === index);
-    this.body.querySelector('.chosen')?.scrollIntoView({ block: 'nearest' });
+    // What was chosen here is in sight, and stays where it is.
+    if (!this.isChoosing) this.body.querySelector('.chosen')?.scrollIntoView({ block: 'nearest' });
   }
 
   found(hits: Hits | null): void {
@@ -180,7 +182,10 @@ class OutputView implements View {
 
   private choose(element: HTMLElement): void {
     const part = element.closest<HTMLElement>('[data-index]');
-    if (part && getSelection()?.isCollapsed !== false) this.app.select(Number(part.dataset.index));
+    if (!part || getSelection()?.isCollapsed === false) return;
+    this.isChoosing = true;
+    this.app.select(Number(part.dataset.index));
+    this.isChoosing = false;
   }
 
   private keyed(event: KeyboardEvent): void {

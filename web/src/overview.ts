@@ -4,7 +4,7 @@
 import type { App, View } from './app';
 import { h, replace, text, visible, type Child } from './dom';
 import { bytes, count, many, ms, percent, signedBytes } from './format';
-import { callCell, idLink, nodeLink, short } from './links';
+import { callCell, idLink, nodeLink, short, tailed } from './links';
 import { areasCard, hotCard } from './overview_hot';
 import { bar, bars, card, openLink, placeNote } from './overview_parts';
 import { cutCard, exceptionsCard, notices, trouble } from './overview_trouble';
@@ -38,6 +38,11 @@ function factsCard(app: App): HTMLElement {
         .filter(([, what]) => what !== null && what !== '')
         .map(([title, what]) => h('div', null, h('dt', null, title), h('dd', null, what))),
     ),
+    h(
+      'p',
+      { class: 'soft', style: { margin: '8px 0 0' } },
+      'This page holds arguments, headers and output as they were recorded.',
+    ),
   );
 }
 
@@ -55,6 +60,21 @@ interface Step {
 function stepName(trace: Trace, step: Step): string {
   const index = indexOf(trace, step.id);
   return index >= 0 ? nameOf(trace, index) : (step.function ?? step.kind);
+}
+
+// Where the way loses most at once: its time is shared by many nodes there.
+function spread(app: App, way: Step[]): Child {
+  const { trace } = app;
+  const lost = (i: number) => way[i].total_ns - (way[i + 1]?.total_ns ?? way[i].total_ns);
+  let at = -1;
+  for (let i = 0; i < way.length; ++i)
+    if (lost(i) > way[i].total_ns / 2 && (at < 0 || lost(i) > lost(at))) at = i;
+  const index = at < 0 ? -1 : indexOf(trace, way[at].id);
+  if (index < 0) return null;
+  let inside = 0;
+  for (let i = index + 1; i <= trace.last[index]; i = trace.last[i] + 1) ++inside;
+  const rest = `: ${ms(trace.own[index])} of its own, the rest shared by ${many(inside, 'node')} directly inside it.`;
+  return h('p', { class: 'soft', style: { marginTop: '6px' } }, 'It spreads in ', nodeLink(app, index, short(nameOf(trace, index))), rest);
 }
 
 // Steps that only hand on what the one above took are left away.
@@ -76,10 +96,11 @@ function wayCard(app: App): Child {
           step.total_ns,
           trace.whole,
           idLink(app, step.id, short(stepName(trace, step))),
-          placeNote(step.file, step.line),
+          step.file === null ? null : tailed(placeNote(step.file, null), step.line ? `:${step.line}` : ''),
         ),
       ),
     ),
+    spread(app, way),
     h('p', { class: 'soft' }, openLink(app, 'flame', 'See it in the flame graph')),
   );
 }
@@ -111,11 +132,11 @@ function againCard(app: App): Child {
   if (rows.length === 0) return null;
   return card(
     'Again and again',
-    '',
+    'again',
     h(
       'p',
       { class: 'soft' },
-      'Equal calls, and SQL that differs in values only: what all but the slowest took.',
+      'Calls that were made again with the same arguments, and SQL that differs in values only. The time is what all but the slowest of them took.',
     ),
     bars(
       rows.map((row) =>

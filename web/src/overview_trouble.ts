@@ -231,9 +231,9 @@ export function cutCard(app: App): Child {
   return (
     rows.length > 0 &&
     card(
-      'Cut by the tracer',
+      'Recorded only in part',
       '',
-      h('p', { class: 'soft' }, 'Not all of these is in the trace.'),
+      h('p', { class: 'soft' }, 'The tracer kept the beginning of these, and cut the rest off.'),
       h('ul', { class: 'rows' }, rows),
     )
   );

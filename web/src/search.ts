@@ -3,9 +3,9 @@
 // The search over names, and over values: these are unpacked block by block, a slice at a time, so that
 // the page answers meanwhile.
 import type { App, Hits } from './app';
-import { h } from './dom';
-import { count } from './format';
-import { Kind, type Trace } from './trace';
+import { h, replace } from './dom';
+import { count, many } from './format';
+import { Kind, shortFunction, type Trace } from './trace';
 
 const slice = 30; // ms of work before the page gets its turn
 const typing = 180; // ms to wait for the next key
@@ -50,6 +50,18 @@ function findNames(trace: Trace, wanted: string): Hits {
   return hitsOf(bits);
 }
 
+// The place of the first hit whose name, or the method's alone, is what was looked for; -1 none.
+function exactIn(trace: Trace, hits: Hits, typed: string): number {
+  const wanted = typed.toLowerCase();
+  const fits = trace.functions.name.map((_, number) => {
+    const name = shortFunction(trace, number).toLowerCase();
+    return name === wanted || name.endsWith(`::${wanted}`);
+  });
+  return hits.list.findIndex((i) => trace.kind[i] === Kind.call && fits[trace.name[i]]);
+}
+
+const hitsSaid = (number: number) => many(number, 'hit');
+
 export class Search {
   readonly root: HTMLElement;
   private readonly input = h('input', {
@@ -69,6 +81,7 @@ export class Search {
   private readonly said = h('output', { id: 'search-hits', 'aria-live': 'polite', for: 'search' });
   private readonly buttons: HTMLButtonElement[];
   private hits: Hits | null = null;
+  private exact = -1; // place in the hits of the first that is named just so
   private run = 0; // number of the search that counts
   private timer = 0;
 
@@ -104,6 +117,14 @@ export class Search {
     this.root.addEventListener('keydown', (event) => this.key(event));
   }
 
+  // Another node than the hit was selected: it is none of the hits that is looked at now.
+  selected(index: number): void {
+    const { hits } = this;
+    if (!hits || index < 0 || hits.at < 0 || hits.list[hits.at] === index) return;
+    hits.at = -1;
+    this.tell(hitsSaid(hits.list.length));
+  }
+
   focus(): void {
     this.input.focus();
     this.input.select();
@@ -115,6 +136,7 @@ export class Search {
     if (!hits || hits.list.length === 0) return;
     const many = hits.list.length;
     if (hits.at < 0 && app.selected >= 0) hits.at = this.before(app.selected, by);
+    if (hits.at < 0 && by > 0 && app.selected < 0 && this.exact > 0) hits.at = this.exact - 1;
     hits.at = hits.at < 0 ? (by > 0 ? 0 : many - 1) : (hits.at + by + many) % many;
     this.tell(`${count(hits.at + 1)} of ${count(many)}`);
     const { view } = document.querySelector<HTMLElement>('.view:not([hidden])')?.dataset ?? {};
@@ -169,8 +191,21 @@ export class Search {
     this.hits = hits;
     const many = hits?.list.length ?? 0;
     for (const button of this.buttons) button.disabled = many === 0;
-    this.tell(hits ? (many ? `${count(many)} ${many === 1 ? 'hit' : 'hits'}` : 'no hit') : '');
+    this.exact = hits && this.where.value === 'names' ? exactIn(this.app.trace, hits, this.input.value) : -1;
+    if (!hits) this.tell('');
+    else if (many > 0) this.tell(hitsSaid(many));
+    else if (this.where.value === 'values') this.tell('no hit');
+    else replace(this.said, 'no hit in names; ', this.valuesButton());
     this.app.find(hits);
+  }
+
+  private valuesButton(): HTMLElement {
+    const onclick = () => {
+      this.where.value = 'values';
+      this.where.dispatchEvent(new Event('change'));
+      this.input.focus();
+    };
+    return h('button', { type: 'button', class: 'link', id: 'search-values', onclick }, 'try values');
   }
 
   // Null if another search was begun meanwhile.

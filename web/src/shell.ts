@@ -24,6 +24,7 @@ export class Shell implements App {
   private readonly views = new Map<string, View>();
   private readonly tabs = new Map<string, HTMLElement>();
   private readonly main = h('main', { id: 'main' });
+  private readonly status = h('p', { class: 'status', id: 'status', role: 'status', hidden: true });
   private readonly router = new Router((place) => this.apply(place));
   private readonly details: Details;
   private readonly search: Search;
@@ -38,8 +39,11 @@ export class Shell implements App {
     this.search = new Search(this);
     const keys = keysDialog();
     const body = h('div', { class: 'body' }, this.main, this.details.root);
-    replace(document.getElementById('app')!, heading(this, this.search.root), this.tabList(keys), body, keys);
+    const top = [heading(this, this.search.root), this.tabList(keys), this.status];
+    replace(document.getElementById('app')!, top, body, keys);
     addEventListener('keydown', (event) => this.key(event, keys));
+    // Whatever is open, the overview is what gets printed.
+    addEventListener('beforeprint', () => this.viewOf(this.choices[0]));
   }
 
   start(): void {
@@ -74,12 +78,16 @@ export class Shell implements App {
     const choice = this.choices.find((each) => each.key === place.view) ?? this.choices[0];
     const index = place.node < 0 ? -1 : indexOf(this.trace, place.node);
     const before = this.views.get(this.now.view);
+    const isMissing = place.node >= 0 && index < 0;
+    this.status.hidden = !isMissing;
+    this.status.textContent = isMissing ? `There is no node #${place.node} in this report.` : '';
     const view = this.viewOf(choice);
     this.now = { view: choice.key, node: index < 0 ? -1 : place.node, argument: place.argument };
     if (view !== before) this.showView(view, before);
     view.argument?.(place.argument);
     if (index === this.selected) return;
     this.selected = index;
+    this.search.selected(index);
     void this.details.show(index);
     for (const each of this.views.values()) each.selected?.(index);
   }
@@ -110,6 +118,7 @@ export class Shell implements App {
     root.setAttribute('role', 'tabpanel');
     root.setAttribute('aria-labelledby', `tab-${choice.key}`);
     root.hidden = true;
+    root.tabIndex = -1;
     this.main.append(root);
     this.views.set(choice.key, view);
     if (this.hits) view.found?.(this.hits);
@@ -188,9 +197,16 @@ export class Shell implements App {
     else if (event.key === '/') this.search.focus();
     else if (event.key === 'n') this.search.step(1);
     else if (event.key === 'N') this.search.step(-1);
-    else if (/^\d$/.test(event.key) && this.choices[(+event.key + 9) % 10])
-      this.open(this.choices[(+event.key + 9) % 10].key);
+    else if (/^\d$/.test(event.key)) this.openByKey((+event.key + 9) % 10);
     else return;
     event.preventDefault();
+  }
+
+  private openByKey(at: number): void {
+    const { key } = this.choices[at];
+    this.open(key);
+    const view = this.views.get(key)!;
+    if (view.focus) view.focus();
+    else view.root.focus();
   }
 }

@@ -75,13 +75,14 @@ function rowsOf(app: App): Row[] {
   return rows;
 }
 
-function callColumns(app: App): TableColumn<Row>[] {
+function callColumns(app: App, most: number): TableColumn<Row>[] {
   const { trace } = app;
   return [
-    timeColumn('total', 'Total ms', (r) => trace.total[r.index], trace.whole),
+    timeColumn('total', 'Total ms', (r) => trace.total[r.index], trace.whole, undefined, most),
     { key: 'wait', title: 'Kind', width: '90px', of: (r) => r.wait, cell: (r) => waitNames[r.wait] },
     {
       key: 'what',
+      main: true,
       title: 'What',
       of: (r) => r.sql ?? nameOf(trace, r.index),
       cell: (r) =>
@@ -121,7 +122,7 @@ function callColumns(app: App): TableColumn<Row>[] {
   ];
 }
 
-function callTable(app: App): Table<Row> {
+function callTable(app: App, most: number): Table<Row> {
   return new Table<Row>({
     label: 'Queries and operations',
     sort: 'total',
@@ -130,12 +131,13 @@ function callTable(app: App): Table<Row> {
     choose: (row) => app.select(row.index),
     isChosen: (row) => row.index === app.selected,
     isHit: (row) => app.hits?.bits[row.index] === 1,
-    columns: callColumns(app),
+    columns: callColumns(app, most),
   });
 }
 
 function statementTable(app: App): Table<Statement> {
   const { sql } = app.trace.summary;
+  const most = sql.statements.reduce((a: number, each: Statement) => Math.max(a, each.total_ns), 0);
   const table = new Table<Statement>({
     label: 'SQL by its text',
     sort: 'total',
@@ -150,7 +152,7 @@ function statementTable(app: App): Table<Statement> {
         width: '104px',
         figure: true,
         of: (r) => r.total_ns,
-        cell: (r) => timeCell(r.total_ns, app.trace.whole),
+        cell: (r) => timeCell(r.total_ns, app.trace.whole, most),
       },
       {
         key: 'calls',
@@ -162,6 +164,7 @@ function statementTable(app: App): Table<Statement> {
       },
       {
         key: 'text',
+        main: true,
         title: 'Text',
         of: (r) => r.text ?? '',
         cell: (r) =>
@@ -192,13 +195,19 @@ class WaitView implements View {
 
   constructor(private readonly app: App) {
     this.rows = rowsOf(app);
-    this.table = callTable(app);
+    this.table = callTable(
+      app,
+      this.rows.reduce((most, { index }) => Math.max(most, app.trace.total[index]), 0),
+    );
     const many = (wait: Wait) => this.rows.filter((row) => row.wait === wait).length;
     const kinds: [string, string][] = [
       ['all', 'All'],
       ...(Object.keys(waitNames) as Wait[])
         .filter((wait) => wait === 'sql' || many(wait))
-        .map((wait): [string, string] => [wait, `${waitNames[wait]} ${count(many(wait))}`]),
+        .map((wait): [string, string] => [
+          wait,
+          `${wait === 'sql' ? 'Database calls' : waitNames[wait]} ${count(many(wait))}`,
+        ]),
     ];
     if (app.trace.summary.sql.statements.length) kinds.push(['text', 'SQL by text']);
     this.buttons = kinds.map(([key, title]) =>
@@ -222,6 +231,10 @@ class WaitView implements View {
   }
 
   hide(): void {}
+
+  focus(): void {
+    (this.statements?.root.isConnected ? this.statements : this.table).focus();
+  }
 
   argument(said: string): void {
     if (said && this.buttons.some((button) => button.dataset.kind === said)) this.pick(said);

@@ -9,6 +9,7 @@ export interface TableColumn<Row> {
   hint?: string;
   width?: string; // none: what is left
   extra?: boolean; // left away where the table is narrow
+  main?: boolean; // stands first where the table is narrow
   figure?: boolean; // right-aligned, and greatest first
   rises?: boolean; // a figure of which the least stands first
   of: (row: Row) => number | string; // to sort by
@@ -30,6 +31,7 @@ export interface TableChoice<Row> {
 const rowHeight = 28;
 const beyond = 12; // rows that are drawn above and below what is seen
 const fewest = 120; // rows that are all drawn
+const narrow = 400; // px
 
 function firstDirection(column: { figure?: boolean; rises?: boolean }): 1 | -1 {
   return column.figure && !column.rises ? -1 : 1;
@@ -49,23 +51,20 @@ export class Table<Row> {
   private readonly body = h('tbody');
   private readonly table: HTMLTableElement;
   private readonly heads = new Map<string, HTMLElement>();
+  private readonly frame = h('colgroup');
+  private readonly headings = h('tr', { 'aria-rowindex': 1 });
+  private columns: TableColumn<Row>[] = [];
   private readonly nothing: HTMLElement;
 
   constructor(private readonly choice: TableChoice<Row>) {
     this.sort = choice.sort;
     this.direction = firstDirection(this.columnOf(choice.sort));
-    const heads = choice.columns.map((column) => this.head(column));
+    for (const column of choice.columns) this.heads.set(column.key, this.head(column));
     this.table = h(
       'table',
       { 'aria-label': choice.label, style: { minWidth: choice.least ?? '' } },
-      h(
-        'colgroup',
-        null,
-        choice.columns.map((column) =>
-          h('col', { class: column.extra ? 'extra' : '', style: { width: column.width ?? '' } }),
-        ),
-      ),
-      h('thead', null, h('tr', { 'aria-rowindex': 1 }, heads)),
+      this.frame,
+      h('thead', null, this.headings),
       this.body,
     );
     this.nothing = h('p', { class: 'nothing' }, choice.empty ?? 'Nothing.');
@@ -76,7 +75,12 @@ export class Table<Row> {
       this.nothing,
     );
     this.body.addEventListener('keydown', (event) => this.key(event));
-    new ResizeObserver(() => this.draw()).observe(this.root);
+    this.arrange(false);
+    new ResizeObserver(() => {
+      const { clientWidth } = this.root;
+      if (clientWidth > 0) this.arrange(clientWidth < narrow);
+      this.draw();
+    }).observe(this.root);
   }
 
   get length(): number {
@@ -90,6 +94,14 @@ export class Table<Row> {
     this.table.setAttribute('aria-rowcount', String(rows.length + 1));
     this.root.scrollTop = 0;
     this.order();
+  }
+
+  // Gives the keys to the chosen row, or else to the first in sight.
+  focus(): void {
+    this.draw();
+    const at = this.choice.isChosen ? this.rows.findIndex((row) => this.choice.isChosen!(row)) : -1;
+    const first = Math.ceil(this.root.scrollTop / rowHeight);
+    (this.linkOf(at) ?? this.linkOf(first) ?? this.root).focus({ preventScroll: true });
   }
 
   // Draws again what is seen, as something about rows is different now.
@@ -112,14 +124,33 @@ export class Table<Row> {
     return this.choice.columns.find((column) => column.key === key) ?? this.choice.columns[0];
   }
 
+  // What the table is about stands first where there is no room for all columns.
+  private arrange(isNarrow: boolean): void {
+    const { columns } = this.choice;
+    const order = isNarrow
+      ? columns.slice().sort((a, b) => Number(b.main ?? false) - Number(a.main ?? false))
+      : columns;
+    if (order.every((column, i) => column === this.columns[i])) return;
+    this.columns = order;
+    replace(
+      this.frame,
+      order.map((column) =>
+        h('col', { class: column.extra ? 'extra' : '', style: { width: column.width ?? '' } }),
+      ),
+    );
+    replace(
+      this.headings,
+      order.map(({ key }) => this.heads.get(key)!),
+    );
+    this.first = -1;
+  }
+
   private head(column: TableColumn<Row>): HTMLElement {
-    const head = h(
+    return h(
       'th',
       { scope: 'col', class: classOf(column), 'data-column': column.key, title: column.hint },
-      h('button', { onclick: () => this.sortBy(column) }, column.title),
+      h('button', { onclick: () => this.sortBy(column) }, h('span', null, column.title)),
     );
-    this.heads.set(column.key, head);
-    return head;
   }
 
   private sortBy(column: TableColumn<Row>): void {
@@ -175,7 +206,7 @@ export class Table<Row> {
   private row(row: Row, at: number): HTMLElement {
     const { choice } = this;
     const classes = [choice.isChosen?.(row) ? 'chosen' : '', choice.isHit?.(row) ? 'hit' : ''];
-    const cells = choice.columns.map((column) => h('td', { class: classOf(column) }, column.cell(row)));
+    const cells = this.columns.map((column) => h('td', { class: classOf(column) }, column.cell(row)));
     return h(
       'tr',
       {

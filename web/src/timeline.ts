@@ -2,9 +2,9 @@
 //
 // Memory over time, with output, headers, exceptions and errors below it on the same axis.
 import type { App } from './app';
-import { h, replace, svg, type Child } from './dom';
-import { bytes, roughly } from './format';
-import { Kind, Outcome, outcomeOf, type Trace } from './trace';
+import { h, replace, svg, visible, type Child } from './dom';
+import { bytes, ms, roughly } from './format';
+import { Kind, Outcome, nameOf, outcomeOf, type Trace } from './trace';
 
 const left = 78;
 const right = 14;
@@ -71,23 +71,28 @@ function nodeAt(trace: Trace, time: number): number {
   return low;
 }
 
+const hint = 'Point for time and memory; click to select what ran.';
+
 class Timeline {
   readonly root = h('div', { class: 'timeline', 'data-testid': 'timeline' });
   private readonly lanes: Lane[];
   private readonly whole: number;
   private readonly peak: number;
   private width = 0;
+  private readonly chart = h('div');
+  private readonly said = h('p', { class: 'soft hint' }, hint);
 
   constructor(private readonly app: App) {
     const { trace } = app;
     this.lanes = lanesOf(trace);
     this.whole = trace.whole || 1;
     this.peak = trace.summary.request.memory_peak || 1;
+    this.draw(900); // for print, before it has a place
+    replace(this.root, this.chart, this.said);
     new ResizeObserver(() => {
       const width = Math.floor(this.root.clientWidth);
       if (width < 80 || width === this.width) return;
-      this.width = width;
-      this.draw();
+      this.draw(width);
     }).observe(this.root);
   }
 
@@ -107,13 +112,18 @@ class Timeline {
     return top + plot * (1 - value / this.peak);
   }
 
-  private draw(): void {
+  private draw(width: number): void {
+    this.width = width;
     const lanes = this.lanes.map((each) => `${each.nodes.length} times ${each.title.toLowerCase()}`);
     const label = `Memory over ${roughly(this.whole)}, at most ${bytes(this.peak)}; below it: ${lanes.join(', ') || 'nothing'}.`;
-    const size = { width: this.width, height: this.bottom + 22 };
-    const onclick = (event: MouseEvent) => this.choose(event.offsetX, event.offsetY);
+    const height = this.bottom + 22;
+    const size = { width, height, viewBox: `0 0 ${width} ${height}` };
+    const onclick = ({ offsetX, offsetY }: MouseEvent) => this.app.select(this.nodeOf(offsetX, offsetY));
+    const onmousemove = ({ offsetX, offsetY }: MouseEvent) => this.tell(this.nodeOf(offsetX, offsetY), offsetX);
+    const onmouseleave = () => this.tell(-1, 0);
     const parts = [this.times(), this.scale(), this.memory(), this.marks()];
-    replace(this.root, svg('svg', { ...size, role: 'img', 'aria-label': label, onclick }, parts));
+    const listeners = { onclick, onmousemove, onmouseleave };
+    replace(this.chart, svg('svg', { ...size, role: 'img', 'aria-label': label, ...listeners }, parts));
   }
 
   private times(): Child[] {
@@ -158,13 +168,24 @@ class Timeline {
   }
 
   // The nearest mark of the lane, else what ran at that time.
-  private choose(x: number, y: number): void {
+  private nodeOf(x: number, y: number): number {
     const { trace } = this.app;
-    const time = ((x - left) / this.inner) * this.whole;
-    if (time < 0) return;
+    const time = this.timeOf(x);
+    if (time < 0) return -1;
     const distance = (index: number) => Math.abs(trace.start[index] - time);
     const marks = this.lanes[Math.floor((y - top - plot - 2) / lane)]?.nodes;
-    this.app.select(marks?.reduce((a, b) => (distance(b) < distance(a) ? b : a)) ?? nodeAt(trace, time));
+    return marks?.reduce((a, b) => (distance(b) < distance(a) ? b : a)) ?? nodeAt(trace, time);
+  }
+
+  private timeOf(x: number): number {
+    return ((x - left) / this.inner) * this.whole;
+  }
+
+  private tell(index: number, x: number): void {
+    const { trace } = this.app;
+    const memory = bytes(trace.memory[index] ?? NaN);
+    const facts = [ms(Math.min(this.whole, this.timeOf(x))), memory, index < 0 ? '' : nameOf(trace, index)];
+    this.said.textContent = index < 0 ? hint : visible(facts.filter(Boolean).join(' · '));
   }
 }
 

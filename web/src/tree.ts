@@ -32,6 +32,7 @@ class Tree implements View, TreeOrders {
   private timer = 0;
   private isFetching = false;
   private isVisible = false;
+  private isAtRest = false; // a row that is no node becomes the active one
   private work = 0; // the latest long work; what came before is stale
 
   constructor(private readonly app: App) {
@@ -45,7 +46,7 @@ class Tree implements View, TreeOrders {
     this.grid = h('div', {
       class: 'tree-grid', role: 'treegrid', tabindex: 0, id: 'tree-grid', 'aria-label': 'What called what', 'aria-describedby': 'tree-keys',
       onkeydown: (event: KeyboardEvent) => treeKey(event, this.rows, this.page, this),
-      onclick: (event: MouseEvent) => this.click(event), ondblclick: (event: MouseEvent) => this.doubleClick(event),
+      onclick: (event: MouseEvent) => this.click(event), ondblclick: (event: MouseEvent) => this.clickTwice(event),
     }, h('div', { role: 'rowgroup', class: 'tree-top' }, head), body);
     this.scroller = new Scroller(this.grid, body, head, () => this.schedule());
     this.root = h('section', { class: 'tree' }, this.tools(), this.grid);
@@ -59,13 +60,17 @@ class Tree implements View, TreeOrders {
     this.scroller.reveal(this.rows.active, true);
   }
 
+  focus(): void {
+    this.grid.focus({ preventScroll: true });
+  }
+
   hide(): void {
     this.isVisible = false;
   }
 
   selected(index: number): void {
     const { rows } = this;
-    const isActive = index >= 0 && rows.list.size > 0 && rows.folder.has(rows.list, rows.active, index);
+    const isActive = this.isAtRest || (index >= 0 && rows.list.size > 0 && rows.folder.has(rows.list, rows.active, index));
     if (index >= 0 && !isActive) {
       const { changes } = rows, row = rows.reveal(index);
       if (rows.changes !== changes) this.resetRows();
@@ -88,11 +93,22 @@ class Tree implements View, TreeOrders {
     this.rows.active = row;
     this.scroller.reveal(row);
     if (this.rows.list.count[row] > 0) this.choose(row);
-    else this.schedule();
+    else this.atRest(row);
+  }
+
+  // Nodes that are not shown have no details: those of their caller are shown meanwhile.
+  private atRest(row: number): void {
+    const { list } = this.rows, caller = list.parentOf(row), node = caller < 0 ? -1 : list.slowest[caller];
+    this.isAtRest = true;
+    this.app.select(node);
+    this.isAtRest = false;
+    if (node >= 0) this.status.textContent = `Details of #${this.app.trace.id[node]}, the caller of ${list.nodes[row] > 1 ? 'these' : 'this'} ${many(list.nodes[row], 'node')}`;
+    this.schedule();
   }
 
   // A fold stands for its slowest node.
   choose(row: number): void {
+    this.tellRows();
     this.rows.active = row;
     this.app.select(this.rows.list.slowest[row]);
     this.schedule();
@@ -149,9 +165,13 @@ class Tree implements View, TreeOrders {
     const { list } = this.rows;
     this.scroller.setRows(list.size);
     this.grid.setAttribute('aria-rowcount', String(list.size + 1));
-    this.status.textContent = `${many(list.size, 'row')} of ${many(this.app.trace.count, 'node')}`;
+    this.tellRows();
     this.measure();
     this.redraw();
+  }
+
+  private tellRows(): void {
+    this.status.textContent = `${many(this.rows.list.size, 'row')} of ${many(this.app.trace.count, 'node')}`;
   }
 
   private resized(): void {
@@ -232,7 +252,7 @@ class Tree implements View, TreeOrders {
     this.changed();
   }
 
-  private doubleClick(event: MouseEvent): void {
+  private clickTwice(event: MouseEvent): void {
     const row = this.rowAt(event);
     if (row < 0 || (event.target as Element).closest('[data-act]')?.getAttribute('data-act')) return;
     this.rows.toggle(row);

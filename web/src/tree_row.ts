@@ -45,7 +45,7 @@ export class RowMaker {
   }
 
   private figures(list: RowList, row: number, isRest: boolean): HTMLElement[] {
-    const whole = this.app.trace.total[0], total = list.total[row];
+    const { whole } = this.app.trace, total = list.total[row];
     const cell = (kind: string, ...children: Child[]): HTMLElement => h('div', { role: 'gridcell', class: `tree-${kind}` }, children);
     const bar = h('i', { class: 'tree-bar', style: { width: `${whole ? Math.min(100, (total / whole) * 100) : 0}%` } });
     return [
@@ -123,7 +123,7 @@ export class RowMaker {
 
   private inside(list: RowList, row: number): Child {
     const inside = list.inside(row);
-    return list.count[row] > 0 && inside > 0 && list.state[row] === State.closed ? h('span', { class: 'tree-note' }, `… ${count(inside)} inside`) : null;
+    return list.count[row] > 0 && inside > 0 && list.state[row] === State.closed ? h('span', { class: 'tree-note tree-inside' }, `… ${count(inside)} inside`) : null;
   }
 
   // Which of its nodes a search found, and how many under it that do not show.

@@ -3,7 +3,7 @@
 // Calls in which PHP waits for something outside of it: databases, files, the network, other programs.
 import { Kind, type Trace } from './trace';
 
-export const waitNames = { sql: 'SQL', file: 'Files', network: 'Network', process: 'Processes' } as const;
+export const waitNames = { sql: 'Database', file: 'Files', network: 'Network', process: 'Processes' } as const;
 export type Wait = keyof typeof waitNames;
 
 // By lower-case name; PHP's own functions only.
