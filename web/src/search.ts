@@ -51,7 +51,7 @@ function findNames(trace: Trace, wanted: string): Hits {
 }
 
 // The place of the first hit whose name, or the method's alone, is what was looked for; -1 none.
-function exactIn(trace: Trace, hits: Hits, typed: string): number {
+function exactHit(trace: Trace, hits: Hits, typed: string): number {
   const wanted = typed.toLowerCase();
   const fits = trace.functions.name.map((_, number) => {
     const name = shortFunction(trace, number).toLowerCase();
@@ -191,7 +191,7 @@ export class Search {
     this.hits = hits;
     const many = hits?.list.length ?? 0;
     for (const button of this.buttons) button.disabled = many === 0;
-    this.exact = hits && this.where.value === 'names' ? exactIn(this.app.trace, hits, this.input.value) : -1;
+    this.exact = hits && this.where.value === 'names' ? exactHit(this.app.trace, hits, this.input.value) : -1;
     if (!hits) this.tell('');
     else if (many > 0) this.tell(hitsSaid(many));
     else if (this.where.value === 'values') this.tell('no hit');
