@@ -30,8 +30,10 @@ struct Question {
   std::vector<std::string> words;  // "FILE" stands for the trace, "OUT" for a file to write
   char output;
   double most;
-  // Bytes of memory a call beside the file.
+  // Bytes of memory a call beside the file; `as_first` for what the first question took.
   double most_bytes_a_call = 100;
+
+  static constexpr double as_first = 0;
 };
 
 const std::vector<Question>& questions() {
@@ -50,17 +52,26 @@ const std::vector<Question>& questions() {
       {"calls x::y", {"calls", "FILE", "x::y"}, 'S', 2.5},
       {"show 500", {"show", "FILE", "500"}, 'S', 2.5},
       {"tree", {"tree", "FILE"}, 'S', 6},
-      {"export speedscope", {"export", "FILE", "--to", "speedscope"}, 'J', 1},
-      {"export folded", {"export", "FILE", "--to", "folded"}, 'J', 1},
-      {"export callgrind", {"export", "FILE", "--to", "callgrind"}, 'J', 1},
-      {"export csv, no values", {"export", "FILE", "--to", "csv", "--values", "none"}, 'J', 1},
-      {"export chrome", {"export", "FILE", "--to", "chrome"}, 'J', 1.5},
-      {"export jsonl", {"export", "FILE", "--to", "jsonl"}, 'J', 1.5},
+      {"export speedscope", {"export", "FILE", "--to", "speedscope"}, 'J', 1, Question::as_first},
+      {"export folded", {"export", "FILE", "--to", "folded"}, 'J', 1, Question::as_first},
+      {"export callgrind", {"export", "FILE", "--to", "callgrind"}, 'J', 1, Question::as_first},
+      {"export csv, no values",
+       {"export", "FILE", "--to", "csv", "--values", "none"},
+       'J',
+       1,
+       Question::as_first},
+      {"export chrome", {"export", "FILE", "--to", "chrome"}, 'J', 1.5, Question::as_first},
+      {"export jsonl", {"export", "FILE", "--to", "jsonl"}, 'J', 1.5, Question::as_first},
       {"export sqlite, calls",
        {"export", "FILE", "--to", "sqlite", "--table", "calls", "-o", "OUT"},
        'J',
-       6},
-      {"export sqlite", {"export", "FILE", "--to", "sqlite", "-o", "OUT"}, 'J', 10},
+       6,
+       Question::as_first},
+      {"export sqlite",
+       {"export", "FILE", "--to", "sqlite", "-o", "OUT"},
+       'J',
+       10,
+       Question::as_first},
       // It holds what it packed, which is written only once it is known what has room.
       {"report", {"report", "FILE", "-o", "OUT"}, 'J', 2, 140},
   };
@@ -102,6 +113,7 @@ class Questions {
   TemporaryFile out_{"questions.out"};
   std::string trace_ = file_.path().string();
   std::uint64_t calls_ = 0;
+  double bytes_of_first_ = 0;
   bool is_within_limits_ = true;
 };
 
@@ -146,7 +158,10 @@ void Questions::print_row(const Question& question, const Cost& cost) {
   const double ratio = cost.seconds / cost.of_reader;
   const double bytes = (cost.mebibytes * mebibyte - static_cast<double>(fs::file_size(trace_))) /
                        static_cast<double>(calls_);
-  const bool is_good = ratio <= question.most && bytes <= question.most_bytes_a_call;
+  if (&question == &questions().front()) bytes_of_first_ = bytes;
+  const bool is_as_first = question.most_bytes_a_call == Question::as_first;
+  const double most_bytes = is_as_first ? bytes_of_first_ : question.most_bytes_a_call;
+  const bool is_good = ratio <= question.most && bytes <= most_bytes;
   is_within_limits_ = is_within_limits_ && is_good;
   std::printf("| %s | %.3f | %.2f x `-%c` | %.1f | %.0f | %s |\n", question.name.c_str(),
               cost.seconds, ratio, question.output, question.most, bytes, is_good ? "" : "!!");

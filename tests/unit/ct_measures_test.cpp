@@ -40,7 +40,7 @@ std::string times(std::string_view text) {
     for (NodeId id = 0; id != measures.node_count(); ++id) {
       const Measure& node = measures[id];
       lines += std::to_string(node.start_ns) + " " + std::to_string(node.total_ns) + " " +
-               std::to_string(node.own_ns) + marks_of(node) + "\n";
+               std::to_string(measures.own(id).ns) + marks_of(node) + "\n";
     }
     if (first.empty()) first = lines;
     EXPECT_EQ(lines, first);
@@ -56,9 +56,9 @@ std::string memory(std::string_view text) {
   for (NodeId id = 0; id != measures.node_count(); ++id) {
     const Measure& node = measures[id];
     lines += node.has(Measure::has_memory) ? std::to_string(node.memory) : "-";
-    lines += node.has(Measure::has_delta)
-                 ? " " + std::to_string(node.memory_delta) + " " + std::to_string(node.own_memory)
-                 : " - -";
+    lines += node.has(Measure::has_delta) ? " " + std::to_string(node.memory_delta) + " " +
+                                                std::to_string(measures.own(id).memory)
+                                          : " - -";
     lines += "\n";
   }
   return lines;
@@ -244,7 +244,8 @@ std::string wild_trace(std::mt19937& random) {
   std::string text = "F: function user \"f\"\nstartup";
   const auto time = [&] {
     return random() % 5 != 0
-               ? " @" + std::to_string(random() % 40) + "+" + std::to_string(random() % 3)
+               ? " @" + std::to_string(random() % 40) + "+" + std::to_string(random() % 3) +
+                     (random() % 3 != 0 ? " mem " + std::to_string(random() % 100) : "")
                : std::string();
   };
   text += time() + "\n";
@@ -275,8 +276,8 @@ void expect_nested(const Trace& trace, const Measures& measures) {
   for (NodeId id = 0; id != measures.node_count(); ++id) {
     const Measure& node = measures[id];
     ASSERT_GE(node.total_ns, 0);
-    ASSERT_GE(node.own_ns, 0);
-    own += node.own_ns;
+    ASSERT_GE(measures.own(id).ns, 0);
+    own += measures.own(id).ns;
     at[static_cast<std::size_t>(id)] = node.start_ns;
     const NodeId above = trace.parent(id);
     if (above == Storage::no_node) continue;
@@ -292,12 +293,24 @@ void expect_nested(const Trace& trace, const Measures& measures) {
   }
 }
 
+// Kept, and found from the children.
+void expect_same_own(const Trace& trace, const Measures& measures) {
+  const Measures without(trace, Measures::Own::left_out);
+  for (NodeId id = 0; id != measures.node_count(); ++id) {
+    const OwnMeasure found = own_of(trace, without, id);
+    ASSERT_EQ(found.ns, measures.own(id).ns);
+    ASSERT_EQ(found.memory, measures.own(id).memory);
+  }
+}
+
 TEST(Measures, AlwaysNest) {
   std::mt19937 random(3);
   for (int run = 0; run != 2000; ++run) {
     const std::string text = wild_trace(random);
     const Trace trace = opened(build_traces(text).front().bytes);
-    expect_nested(trace, Measures(trace));
+    const Measures measures(trace);
+    expect_nested(trace, measures);
+    expect_same_own(trace, measures);
     if (testing::Test::HasFatalFailure()) FAIL() << text;
   }
 }

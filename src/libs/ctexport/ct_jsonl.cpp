@@ -38,7 +38,11 @@ void put_memory(const Measure& measure, JsonWriter& json) {
 class Records {
  public:
   Records(const Source& source, Values values, Writer& out)
-      : trace_(source.trace), reader_(source.trace.storage()), members_(values), out_(out) {}
+      : trace_(source.trace),
+        measures_(source.measures),
+        reader_(source.trace.storage()),
+        members_(values),
+        out_(out) {}
 
   void begin(NodeId id, const Measure& measure, std::uint32_t depth) { put(id, measure, depth); }
   void end(NodeId /*id*/, const Measure& /*measure*/, const OwnFigures& /*figures*/) {}
@@ -50,6 +54,7 @@ class Records {
   void put_file(const Checkpoint::Base& record);
 
   const Trace& trace_;
+  const Measures& measures_;
   NodeReader reader_;
   RenderedTexts texts_;
   NodeMembers members_;
@@ -76,6 +81,7 @@ void put_marks(const Measure& measure, Writer& out) {
 void Records::put(NodeId id, const Measure& measure, std::uint32_t depth) {
   const Node::Base& node = reader_.read(id);
   const bool has_delta = measure.has(Measure::has_delta);
+  const OwnMeasure own = own_of(trace_, measures_, id);
   JsonWriter json(out_, JsonWriter::Form::compact);
   json.begin_object();
   json.key("id");
@@ -87,10 +93,10 @@ void Records::put(NodeId id, const Measure& measure, std::uint32_t depth) {
   put_name(measure);
   put_member(R"(,"start_ns":)", true, measure.start_ns, json);
   put_member(R"(,"total_ns":)", true, measure.total_ns, json);
-  put_member(R"(,"own_ns":)", true, measure.own_ns, json);
+  put_member(R"(,"own_ns":)", true, own.ns, json);
   put_memory(measure, json);
   put_member(R"(,"memory_delta":)", has_delta, measure.memory_delta, json);
-  put_member(R"(,"own_memory":)", has_delta, measure.own_memory, json);
+  put_member(R"(,"own_memory":)", has_delta, own.memory, json);
   put_file(node.begin());
   put_member(R"(,"line":)", node.begin().has_location(), node.begin().line_no(), json);
   out_.put(R"(,"outcome":)");

@@ -75,12 +75,12 @@ class Filling {
 };
 
 // All tables of nodes at once, so that each node is read once.
-void write_node_tables(const Source& source, const std::string& wanted, Sql::TraceData& data,
-                       SqliteFile& file) {
+void write_node_tables(const Source& source, const std::string& wanted, SqliteFile& file) {
   std::deque<Filling> tables;
   for (const Sql::Table* table : Sql::tables()) {
     if (has_nodes(*table) && is_wanted(*table, wanted)) tables.emplace_back(*table, file);
   }
+  Sql::TraceData data(source.trace, source.measures, std::string(source.path));
   Sql::ShapeWalk shape(source.trace);
   Sql::Row row(data, shape);
   for (NodeId id = 0; id != source.trace.node_count() && file.ok(); ++id) {
@@ -97,10 +97,11 @@ void write_node_tables(const Source& source, const std::string& wanted, Sql::Tra
   }
 }
 
-void write_other_tables(const Source& source, const std::string& wanted, Sql::TraceData& data,
-                        SqliteFile& file) {
+// What one table needs to be made is given back before the next one.
+void write_other_tables(const Source& source, const std::string& wanted, SqliteFile& file) {
   for (const Sql::Table* table : Sql::tables()) {
     if (table->rows != Sql::RowSet::numbered || !is_wanted(*table, wanted)) continue;
+    Sql::TraceData data(source.trace, source.measures, std::string(source.path));
     Filling filling(*table, file);
     TableRows rows(*table, source, data);
     while (file.ok() && rows.next()) {
@@ -148,11 +149,8 @@ std::string write_sqlite(const Source& source, const Options& options, const std
   file.run("pragma user_version = " + std::to_string(schema_version));
   file.run("pragma application_id = " + std::to_string(application));
   write_origin_table(source, file);
-  {
-    Sql::TraceData data(source.trace, source.measures, std::string(source.path));
-    write_other_tables(source, options.table, data, file);
-    write_node_tables(source, options.table, data, file);
-  }
+  write_other_tables(source, options.table, file);
+  write_node_tables(source, options.table, file);
   if (is_wanted(Sql::calls_table, options.table)) {
     file.run("create index calls_parent on calls (parent)");
     file.run("create index calls_name on calls (name)");

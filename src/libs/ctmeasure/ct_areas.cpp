@@ -182,11 +182,11 @@ std::vector<Called> functions_of(const Trace& trace, const Measures& measures, A
     const Measure& node = measures[id];
     if (!node.has(Measure::is_span)) continue;
     if (node.function < 0) {
-      area_of(found, trace.type(id)).own_ns += node.own_ns;
+      area_of(found, trace.type(id)).own_ns += measures.own(id).ns;
       continue;
     }
     Called& called = functions[static_cast<std::size_t>(node.function)];
-    called.sum.own_ns += node.own_ns;
+    called.sum.own_ns += measures.own(id).ns;
     ++called.sum.calls;
     called.sample = id;
   }

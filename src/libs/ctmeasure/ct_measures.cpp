@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "ctmeasure/ct_elapsed.h"
+#include "ctmeasure/ct_last_under.h"
 
 namespace CT {
 
@@ -53,11 +54,13 @@ Outermost outermost(const Trace& trace) {
 
 class Measurer {
  public:
-  Measurer(std::vector<Measure>& nodes, Measures::Counts& counts)
-      : nodes_(nodes), counts_(counts) {}
+  // `own` may be null.
+  Measurer(std::vector<Measure>& nodes, std::vector<OwnMeasure>* own, Measures::Counts& counts)
+      : nodes_(nodes), own_(own), counts_(counts) {}
 
   void run(const Trace& trace) {
     nodes_.reserve(static_cast<std::size_t>(trace.node_count()));
+    if (own_ != nullptr) own_->resize(static_cast<std::size_t>(trace.node_count()));
     NodeReader reader(trace.storage());
     for (NodeId id = 0; id != trace.node_count(); ++id) {
       const Node::Base& node = reader.read(id);
@@ -155,20 +158,26 @@ class Measurer {
     Measure& made = nodes_[static_cast<std::size_t>(span.id)];
     const std::int64_t end = made.has(Measure::end_untimed) ? span.at : span.limit;
     made.total_ns = end - made.start_ns;
-    made.own_ns += made.total_ns;
     if (made.has(Measure::has_memory) && span.end_memory) {
       made.marks |= Measure::has_delta;
       made.memory_delta = static_cast<std::int64_t>(*span.end_memory - made.memory);
     }
-    made.own_memory = wrapped_sum(made.own_memory, made.memory_delta);
     around().at = std::max(around().at, end);
+    if (own_ != nullptr) take_from_parent(span.id, made);
+  }
+
+  void take_from_parent(NodeId id, const Measure& made) {
+    OwnMeasure& own = (*own_)[static_cast<std::size_t>(id)];
+    own.ns += made.total_ns;
+    own.memory = wrapped_sum(own.memory, made.memory_delta);
     if (open_.empty()) return;
-    Measure& parent = nodes_[static_cast<std::size_t>(open_.back().id)];
-    parent.own_ns -= made.total_ns;
-    parent.own_memory = wrapped_difference(parent.own_memory, made.memory_delta);
+    OwnMeasure& parent = (*own_)[static_cast<std::size_t>(open_.back().id)];
+    parent.ns -= made.total_ns;
+    parent.memory = wrapped_difference(parent.memory, made.memory_delta);
   }
 
   std::vector<Measure>& nodes_;
+  std::vector<OwnMeasure>* own_;
   Measures::Counts& counts_;
   std::vector<Open> open_;
   Open outer_ = {};
@@ -177,6 +186,23 @@ class Measurer {
 
 }  // namespace
 
-Measures::Measures(const Trace& trace) { Measurer(nodes_, counts_).run(trace); }
+Measures::Measures(const Trace& trace, Own own) {
+  Measurer(nodes_, own == Own::kept ? &own_ : nullptr, counts_).run(trace);
+}
+
+// A child without end goes on as long as what is around it, so it is the last one, wherever its end
+// is looked for.
+OwnMeasure own_of(const Trace& trace, const Measures& measures, NodeId id) {
+  if (measures.keeps_own()) return measures.own(id);
+  OwnMeasure own = {measures[id].total_ns, measures[id].memory_delta};
+  const NodeId count = measures.node_count();
+  NodeId child = id + 1;
+  for (; child < count && trace.parent(child) == id;
+       child = last_under(trace, child, count - 1) + 1) {
+    own.ns -= measures[child].total_ns;
+    own.memory = wrapped_difference(own.memory, measures[child].memory_delta);
+  }
+  return own;
+}
 
 }  // namespace CT

@@ -56,9 +56,10 @@ std::vector<ProfileRow> profile(const Trace& trace, const Measures& measures, co
     if (rows.size() <= place) rows.resize(place + 1);
     ProfileRow& row = rows[place];
     ++row.calls;
-    row.own_ns += node.own_ns;
+    const OwnMeasure own = own_of(trace, measures, id);
+    row.own_ns += own.ns;
     if (is_outermost) row.total_ns += node.total_ns;
-    row.own_memory = wrapped_sum(row.own_memory, node.own_memory);
+    row.own_memory = wrapped_sum(row.own_memory, own.memory);
   }
   return rows;
 }

@@ -6,6 +6,8 @@
 #include <chrono>
 #include <cstdio>
 
+#include "codetrace/bytes/ct_plain_array.h"
+
 namespace CT {
 
 namespace {
@@ -37,6 +39,18 @@ void read_begin(const Trace& trace, RequestFacts& facts) {
   facts.is_complete = request.end() != nullptr && trace.summary().is_clean();
 }
 
+// Of a node, and without the shape of the whole tree.
+std::uint32_t greatest_depth(const Trace& trace) {
+  PlainArray<NodeId> around;
+  std::size_t depth = 0;
+  for (NodeId id = 0; id != trace.node_count(); ++id) {
+    while (!around.empty() && around.back() != trace.parent(id)) around.pop_back();
+    depth = std::max(depth, around.size());
+    around.push_back(id);
+  }
+  return static_cast<std::uint32_t>(depth);
+}
+
 }  // namespace
 
 RequestFacts request_facts(const Trace& trace, const Measures& measures) {
@@ -46,10 +60,10 @@ RequestFacts request_facts(const Trace& trace, const Measures& measures) {
   facts.open = measures.counts().open;
   read_begin(trace, facts);
   if (measures.node_count() != 0) facts.total_ns = measures[0].total_ns;
+  facts.depth = greatest_depth(trace);
   for (NodeId id = 0; id != measures.node_count(); ++id) {
     const Measure& measure = measures[id];
     look_at_memory(measure, id, facts);
-    facts.depth = std::max(facts.depth, trace.depth(id));
     if (measure.function >= 0) {
       ++facts.calls;
     } else if (trace.type(id) == Node::Type::SCRIPT_ERROR) {

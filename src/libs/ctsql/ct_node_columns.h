@@ -37,7 +37,7 @@ inline constexpr std::array times = {
     Column{"total_ns", integer_type, "nanoseconds from begin to end",
            [](Row& row) { row.integer(row.measure().total_ns); }},
     Column{"own_ns", integer_type, "the same less the totals of its children",
-           [](Row& row) { row.integer(row.measure().own_ns); }},
+           [](Row& row) { row.integer(row.own().ns); }},
 };
 
 inline constexpr std::array memory = {
@@ -57,7 +57,7 @@ inline constexpr std::array memory_deltas = {
     Column{"own_memory", integer_type, "the same less those of its children",
            [](Row& row) {
              const Measure& measure = row.measure();
-             measure.has(Measure::has_delta) ? row.integer(measure.own_memory) : row.null();
+             measure.has(Measure::has_delta) ? row.integer(row.own().memory) : row.null();
            }},
 };
 

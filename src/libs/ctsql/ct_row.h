@@ -39,6 +39,7 @@ class Row {
   [[nodiscard]] std::int32_t number() const { return number_; }
   // Requires, here and below: a row that is a node.
   [[nodiscard]] const Measure& measure() const { return data_.measures()[number_]; }
+  [[nodiscard]] OwnMeasure own() const { return own_of(trace(), data_.measures(), number_); }
   // Decoded once a row, and not before somebody asks.
   [[nodiscard]] const Node::Base& node() {
     if (!is_read_) node_ = &reader_.read(number_);

@@ -138,7 +138,7 @@ void CallPrinter::print_csv(NodeId id) {
   put_unsigned(out_, trace_.depth(id));
   out_.put(',');
   Export::put_csv(out_, name_of(trace_.functions()[static_cast<std::size_t>(measure.function)]));
-  for (const std::int64_t figure : {measure.start_ns, measure.total_ns, measure.own_ns}) {
+  for (const std::int64_t figure : {measure.start_ns, measure.total_ns, measures_.own(id).ns}) {
     out_.put(',');
     put_signed(out_, figure);
   }

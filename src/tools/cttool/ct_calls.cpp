@@ -55,10 +55,9 @@ void for_each_call(const Scope& scope, CallFilter& filter, const SqlCondition& w
 // The calls that match, in the order that is asked for.
 std::vector<NodeId> sorted(std::vector<NodeId> found, const Measures& measures, Order order) {
   const auto figure = [&](NodeId id) {
-    const Measure& measure = measures[id];
-    return order == Order::total ? measure.total_ns
-           : order == Order::own ? measure.own_ns
-                                 : measure.own_memory;
+    return order == Order::total ? measures[id].total_ns
+           : order == Order::own ? measures.own(id).ns
+                                 : measures.own(id).memory;
   };
   std::stable_sort(found.begin(), found.end(),
                    [&](NodeId a, NodeId b) { return figure(a) > figure(b); });

@@ -120,7 +120,7 @@ int run(const Options& options, Session& session) {
   if (!choose_output(options.output, usual, name)) return failed;
   Input input(session);
   if (!input.open(options.file)) return failed;
-  const Measures measures(input.trace());
+  const Measures measures(input.trace(), Measures::Own::left_out);
   NodeSet chosen;
   const int choice = choose_nodes(options.filters, input.trace(), measures, "export", chosen);
   if (choice != done) return choice;

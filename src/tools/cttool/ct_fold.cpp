@@ -89,7 +89,7 @@ FoldSums Folder::sums(const Fold& fold) const {
     const Measure& measure = measures_[id];
     sums.nodes += visible_.count(id, trace_.last(id));
     sums.total_ns += measure.total_ns;
-    sums.own_ns += measure.own_ns;
+    sums.own_ns += measures_.own(id).ns;
     if (measure.has(Measure::has_delta)) {
       sums.memory_delta = wrapped_sum(sums.memory_delta, measure.memory_delta);
       sums.has_delta = true;

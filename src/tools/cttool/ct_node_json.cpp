@@ -36,13 +36,13 @@ void NodeJson::write_measures(NodeId id, JsonWriter& out) {
   out.key("total_ns");
   out.number(measure.total_ns);
   out.key("own_ns");
-  out.number(measure.own_ns);
+  out.number(measures_.own(id).ns);
   out.key("memory");
   measure.has(Measure::has_memory) ? put_unsigned(out.out(), measure.memory) : out.null();
   out.key("memory_delta");
   measure.has(Measure::has_delta) ? out.number(measure.memory_delta) : out.null();
   out.key("own_memory");
-  measure.has(Measure::has_delta) ? out.number(measure.own_memory) : out.null();
+  measure.has(Measure::has_delta) ? out.number(measures_.own(id).memory) : out.null();
   out.key("file");
   write_text_or_null(node.begin().filename().view(), out);
   out.key("line");

@@ -121,7 +121,7 @@ void NodePage::write_figures() {
   put_line("start", as_ms(measure.start_ns) + " ms");
   if (node_.is_span()) {
     put_line("total", as_ms(measure.total_ns) + " ms");
-    put_line("own", as_ms(measure.own_ns) + " ms");
+    put_line("own", as_ms(measures_.own(id_).ns) + " ms");
     const std::string_view outcome = outcome_of(node_);
     put_line("outcome", outcome == "ended" ? std::string(outcome) : printer_.style().bad(outcome));
   }
@@ -130,7 +130,7 @@ void NodePage::write_figures() {
   }
   if (measure.has(Measure::has_delta)) {
     put_line("memory delta",
-             as_bytes(measure.memory_delta) + ", own " + as_bytes(measure.own_memory));
+             as_bytes(measure.memory_delta) + ", own " + as_bytes(measures_.own(id_).memory));
   }
   if (const std::string place = lines_.place(id_); !place.empty()) {
     put_line("made at", place);

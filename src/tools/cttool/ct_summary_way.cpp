@@ -77,7 +77,7 @@ void way_json(const SummaryFacts& facts, JsonWriter& json) {
     json.element();
     begin_node(json, facts, id);
     put_number(json, "total_ns", facts.measures[id].total_ns);
-    put_number(json, "own_ns", facts.measures[id].own_ns);
+    put_number(json, "own_ns", facts.measures.own(id).ns);
     put_place(json, facts.trace, id);
     json.end_object();
   }

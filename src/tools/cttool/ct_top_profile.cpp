@@ -65,7 +65,7 @@ void TopProfile::add_range(const Scope::Range& range, TopResult& result,
         default: return result.other_calls_ns;
       }
     }();
-    elsewhere += measures_[id].own_ns;
+    elsewhere += measures_.own(id).ns;
     return no_group;
   };
   const auto part = profile(trace_, measures_, group, range.first, range.last);

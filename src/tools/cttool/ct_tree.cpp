@@ -88,7 +88,7 @@ Whole whole_of(const Measures& measures, const Scope& scope, const NodeSet& visi
       const bool is_visible = visible.has(id);
       whole.nodes += is_visible ? 1 : 0;
       whole.hidden += is_visible ? 0 : 1;
-      whole.hidden_own_ns += is_visible ? 0 : measures[id].own_ns;
+      whole.hidden_own_ns += is_visible ? 0 : measures.own(id).ns;
     }
   }
   return whole;
