@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: MIT
+//
+// Whole traces: the same bytes as from the tests' own builder, and what misuse costs.
+#include "ctwrite/ct_trace_writer.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+
+#include "trace_builder.h"
+#include "written_trace.h"
+
+namespace CT::Test {
+namespace {
+
+using Checkpoint::Type;
+using Write::Error;
+using Write::TraceWriter;
+
+class BothOrders : public testing::TestWithParam<ByteOrder> {
+ protected:
+  TraceBuilder builder{GetParam()};
+  TraceWriter writer{options_of(GetParam())};
+};
+
+TEST_P(BothOrders, AnEmptyTraceIsAHeader) {
+  const std::string file = finished(writer);
+  EXPECT_EQ(file.size(), 36U);
+  EXPECT_EQ(file, builder.build());
+}
+
+TEST_P(BothOrders, TheHeaderHasWhatTheOptionsSay) {
+  Write::Options options = options_of(GetParam());
+  options.request_id = 0x01020304;
+  options.php_api_version = 20220829;
+  options.flags = 0xFF;
+  options.orig_data = 0xFEDC'BA98'7654'3210;
+  TraceWriter with_options(options);
+  TraceBuilder expected(GetParam(), options.orig_data, options.orig_add_data);
+  expected.set_request_id(0x01020304);
+  expected.set_php_api(20220829);
+  expected.set_flags(GetParam() == ByteOrder::big ? 0xFF : 0xFD);
+  EXPECT_EQ(finished(with_options), expected.build());
+}
+
+TEST_P(BothOrders, RecordsAreTheBuildersBytes) {
+  const Ref url = builder.text("http://h/");
+  const Ref file = builder.text("/h.php");
+  builder.add(CheckpointDraft::startup(url, url, 0, 0).time(10, 20).memory(4096).location(file, 7));
+  const Ref include = builder.add(CheckpointDraft::include_call(file).memory(1));
+  builder.add(CheckpointDraft::include_return(include).location(file, 3).time(11));
+  builder.add(CheckpointDraft::sapi_send_headers(200, "HTTP/1.1 200 OK"));
+  builder.add(CheckpointDraft::script_error(2, "Warning"));
+  builder.add(CheckpointDraft::script_error(8, ""));
+  builder.add(CheckpointDraft::sapi_header(0, Fields().cut_string("A: b")));
+  builder.add(CheckpointDraft::sapi_header(3));
+  builder.add(CheckpointDraft::user_event(url, 5));
+  builder.add(CheckpointDraft::script_exit());
+  builder.add(CheckpointDraft::shutdown().time(12));
+
+  const Write::Reference url_text = writer.text("http://h/");
+  const Write::Reference file_text = writer.text("/h.php");
+  EXPECT_EQ(url_text, url);
+  EXPECT_EQ(writer.text("http://h/"), url);
+  writer.begin(Type::STARTUP, {.timestamp = Write::Timestamp{10, 20},
+                               .memory = 4096,
+                               .location = Write::Location{file_text, 7}});
+  for (const Write::Reference to : {url_text, url_text, Ref{0}, Ref{0}}) writer.reference(to);
+  ASSERT_TRUE(writer.end());
+  writer.begin(Type::INCLUDE_CALL, {.memory = 1});
+  writer.reference(file_text);
+  const std::optional<Write::Reference> begun = writer.end();
+  ASSERT_EQ(begun, include);
+  writer.begin(Type::INCLUDE_RETURN,
+               {.timestamp = Write::Timestamp{11, 0}, .location = Write::Location{file_text, 3}});
+  writer.reference(*begun);
+  ASSERT_TRUE(writer.end());
+  writer.begin(Type::SAPI_SEND_HEADERS);
+  writer.u32(200);
+  writer.inline_text("HTTP/1.1 200 OK");
+  ASSERT_TRUE(writer.end());
+  writer.begin(Type::SCRIPT_ERROR);
+  writer.u32(2);
+  writer.inline_text("Warning");
+  ASSERT_TRUE(writer.end());
+  writer.begin(Type::SCRIPT_ERROR);
+  writer.u32(8);
+  writer.inline_text("");
+  ASSERT_TRUE(writer.end());
+  writer.begin(Type::SAPI_HEADER);
+  writer.header_line(0, "A: b");
+  ASSERT_TRUE(writer.end());
+  writer.begin(Type::SAPI_HEADER);
+  writer.header_line(3, "not written");
+  ASSERT_TRUE(writer.end());
+  writer.begin(Type::USER_EVENT);
+  writer.reference(url_text);
+  writer.u32(5);
+  ASSERT_TRUE(writer.end());
+  writer.begin(Type::SCRIPT_EXIT);
+  ASSERT_TRUE(writer.end());
+  writer.begin(Type::SHUTDOWN, {.timestamp = Write::Timestamp{12, 0}});
+  ASSERT_TRUE(writer.end());
+  EXPECT_EQ(finished(writer), builder.build());
+}
+
+INSTANTIATE_TEST_SUITE_P(All, BothOrders, testing::Values(ByteOrder::little, ByteOrder::big),
+                         [](const auto& order) {
+                           return order.param == ByteOrder::big ? "big" : "little";
+                         });
+
+}  // namespace
+}  // namespace CT::Test
