@@ -21,9 +21,9 @@ class PlaceTable {
   [[nodiscard]] std::uint32_t find(std::uint32_t hash, const IsIt& is_it) const noexcept {
     if (capacity_ == 0) return none;
     for (std::size_t i = hash & (capacity_ - 1);; i = (i + 1) & (capacity_ - 1)) {
-      const Slot& slot = slots_[i];
-      if (slot.place == none) return none;
-      if (slot.hash == hash && is_it(slot.place)) return slot.place;
+      const Entry& entry = entries_[i];
+      if (entry.place == none) return none;
+      if (entry.hash == hash && is_it(entry.place)) return entry.place;
     }
   }
 
@@ -32,27 +32,27 @@ class PlaceTable {
 
   // Requires: room for it; a place that is not none.
   void add(std::uint32_t hash, std::uint32_t place) noexcept {
-    put(slots_.get(), capacity_, {hash, place});
+    put(entries_.get(), capacity_, {hash, place});
     ++size_;
   }
 
  private:
-  struct Slot {
+  struct Entry {
     std::uint32_t hash;
     std::uint32_t place;
   };
   struct Free {
-    void operator()(Slot* slots) const noexcept { std::free(slots); }
+    void operator()(Entry* entries) const noexcept { std::free(entries); }
   };
 
-  static void put(Slot* slots, std::size_t capacity, Slot slot) noexcept {
-    std::size_t i = slot.hash & (capacity - 1);
-    while (slots[i].place != none) i = (i + 1) & (capacity - 1);
-    slots[i] = slot;
+  static void put(Entry* entries, std::size_t capacity, Entry entry) noexcept {
+    std::size_t i = entry.hash & (capacity - 1);
+    while (entries[i].place != none) i = (i + 1) & (capacity - 1);
+    entries[i] = entry;
   }
   bool grow() noexcept;
 
-  std::unique_ptr<Slot[], Free> slots_;  // one half of them at least has no place
+  std::unique_ptr<Entry[], Free> entries_;  // one half of them at least has no place
   std::size_t size_ = 0;
   std::size_t capacity_ = 0;  // a power of two, or 0
 };
