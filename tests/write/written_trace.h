@@ -3,10 +3,9 @@
 // What tests of the writer share: the file that it makes, as a string, and short ways to records.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <cerrno>
 #include <span>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -37,8 +36,9 @@ class StringDestination final : public Write::Destination {
 // The whole file.
 inline std::string finished(Write::TraceWriter& writer) {
   StringDestination destination;
-  EXPECT_TRUE(writer.finish(destination)) << Write::describe(writer.error());
-  EXPECT_EQ(destination.text.size(), writer.file_size());
+  if (!writer.finish(destination) || destination.text.size() != writer.file_size()) {
+    throw std::runtime_error(std::string(Write::describe(writer.error())));
+  }
   return destination.text;
 }
 

@@ -23,12 +23,16 @@ bool RecordWriter::find_place() noexcept {
     current_ = {Kind::field, 0, 1, 0};
     return true;
   }
-  if (!next_field(Field::arguments)) return false;
+  arguments();
+  return !payload_.is_closed();
+}
+
+void RecordWriter::arguments() noexcept {
+  if (!next_field(Field::arguments)) return;
   unsigned char* const count = payload_.room(sizeof(std::uint32_t));
-  if (count == nullptr) return false;
+  if (count == nullptr) return;
   encoding_.put(count, 0U);
   current_ = {Kind::arguments, 0, no_limit, payload_.offset_of(count)};
-  return true;
 }
 
 void RecordWriter::string(std::string_view text, std::uint64_t original_size) noexcept {

@@ -39,7 +39,7 @@ Error RecordWriter::complete_record() noexcept {
   if (!payload_.is_closed() && is_in_array()) payload_.fail(Error::unbalanced);
   if (!payload_.is_closed() && !raw_) {
     close_arguments();
-    if (coming_field() == Field::arguments) find_place();
+    if (coming_field() == Field::arguments) arguments();
     if (coming_field() != Field::none) payload_.fail(Error::wrong_field);
   }
   if (!payload_.is_closed() && type_->needs_payload && payload_.size() == 0) {

@@ -56,6 +56,9 @@ class RecordWriter {
   // The line of operations that have none is not written.
   void header_line(std::uint8_t operation, std::string_view line = {},
                    std::uint64_t original_size = 0) noexcept;
+  // Begins the arguments. The first of them does so as well, and so does the record's end, so this
+  // is for calls without arguments behind which there are raw bytes.
+  void arguments() noexcept;
   // What is left of the record's own fields, and what may follow them, as bytes that are encoded
   // already. More of them may follow, but no other field.
   void raw(std::span<const unsigned char> bytes) noexcept;
