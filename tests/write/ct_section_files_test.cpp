@@ -86,6 +86,8 @@ TEST_F(SectionFiles, WithoutABufferEachRecordIsThereAtItsEnd) {
   writer.begin(Type::USER_EVENT);
   writer.reference(writer.text("never ended"));
   EXPECT_EQ(recording(), expected.build());
+  EXPECT_FALSE(writer.flush());
+  EXPECT_EQ(writer.error(), Error::record_open);
   writer.abandon();
   EXPECT_TRUE(writer.flush());
   expected.text("never ended");

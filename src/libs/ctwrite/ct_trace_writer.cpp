@@ -110,6 +110,7 @@ std::optional<Reference> TraceWriter::commit() noexcept {
 
 // What records refer to goes before them.
 bool TraceWriter::flush() noexcept {
+  if (is_in_record()) return succeeded(Error::record_open);
   return add_data_section_.flush() && data_.flush() ? succeeded(Error::none) : lost();
 }
 

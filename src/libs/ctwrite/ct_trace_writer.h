@@ -77,7 +77,8 @@ class TraceWriter final : public RecordWriter {
   std::optional<Reference> copy(std::span<const unsigned char> checkpoint) noexcept;
 
   // Writes what is still in memory into the section files. False, with error(), if that did not
-  // succeed; the next one tries again. Nothing happens without files.
+  // succeed, and then the next one tries again, or if a record is open. Nothing happens without
+  // files.
   bool flush() noexcept;
 
   // Writes the whole file, as it is now: header, DATA, ADD DATA. More may be written behind that,

@@ -20,7 +20,7 @@ enum class Error : std::uint8_t {
 
   // What a caller did wrong.
   no_record,      // a field or an end without a begin
-  record_open,    // a begin, or a finish, before the end of the record
+  record_open,    // a begin, a flush or a finish, before the end of the record
   unknown_type,   // begin of a type that has no row in the table of types
   wrong_field,    // a field that does not come next in the record, or one that is missing
   unbalanced,     // an array that is not closed, or closed without having been open

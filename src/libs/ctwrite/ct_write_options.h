@@ -41,7 +41,7 @@ struct Options {
   // here. Any numbers, but a checkpoint at address 0 has no reference that an end could name.
   Reference orig_data = 0x1000'0000'0000;
   Reference orig_add_data = 0x2000'0000'0000;
-  Limits limits;
+  Limits limits = {};
 };
 
 // Two files, open for reading and writing, empty, in which the sections grow; borrowed. While the
