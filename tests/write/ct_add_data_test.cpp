@@ -23,7 +23,7 @@ TEST(WriteAddData, WhatSaysTheSameIsLaidDownOnce) {
   TraceWriter writer(options_of(ByteOrder::little));
   const Reference name = writer.text("name");
   EXPECT_EQ(writer.text("name"), name);
-  EXPECT_NE(writer.text("nam"), name);
+  EXPECT_NE(writer.text("na"), name);
   EXPECT_NE(writer.text("name2"), name);
   EXPECT_EQ(writer.text(std::string_view("name\0behind", 11)), name);
   const FunctionInfo info = {.type = 2, .name = name, .flags = 3, .file = name, .line = 4};
