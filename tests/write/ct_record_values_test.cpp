@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "small_stack.h"
 #include "trace_builder.h"
 #include "written_trace.h"
 
@@ -108,12 +109,14 @@ TEST(WriteValues, AsDeepAsAPayloadCanBe) {
   // An array of one list is its code, its count, and the key of what lies in it.
   constexpr std::size_t depth = (16'777'215 - 12 - 1) / 14;
   expect_arguments({value::nest(depth, value::null())}, [](TraceWriter& writer) {
-    for (std::size_t i = 0; i != depth; ++i) {
-      writer.begin_array();
-      writer.integer(0);
-    }
-    writer.null();
-    for (std::size_t i = 0; i != depth; ++i) writer.end_array();
+    on_small_stack([&] {
+      for (std::size_t i = 0; i != depth; ++i) {
+        writer.begin_array();
+        writer.integer(0);
+      }
+      writer.null();
+      for (std::size_t i = 0; i != depth; ++i) writer.end_array();
+    });
   });
 }
 

@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: MIT
 //
-// Whole traces: the same bytes as from the tests' own builder, and what misuse costs.
+// Whole traces: the same bytes as from the tests' own builder.
 #include "ctwrite/ct_trace_writer.h"
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <optional>
 #include <string>
 
+#include "ctwrite/ct_encoding.h"
 #include "trace_builder.h"
 #include "written_trace.h"
 
@@ -42,6 +44,21 @@ TEST_P(BothOrders, TheHeaderHasWhatTheOptionsSay) {
   expected.set_php_api(20220829);
   expected.set_flags(GetParam() == ByteOrder::big ? 0xFF : 0xFD);
   EXPECT_EQ(finished(with_options), expected.build());
+}
+
+TEST_P(BothOrders, HeaderWordsOfEveryKind) {
+  const Write::Encoding encoding(GetParam() == ByteOrder::big);
+  for (std::uint8_t type = 0; type != 32; ++type) {
+    for (std::uint8_t flags = 0; flags != 8; ++flags) {
+      for (const std::uint32_t size : {0U, 1U, 0x012345U, 0xABCDEFU, 0xFFFFFFU}) {
+        unsigned char word[4];
+        encoding.put_header(word, type, flags, size);
+        EXPECT_EQ(std::string(std::begin(word), std::end(word)),
+                  header_word(GetParam(), type, flags, size));
+        EXPECT_EQ(encoding.payload_size(word), size);
+      }
+    }
+  }
 }
 
 TEST_P(BothOrders, RecordsAreTheBuildersBytes) {
