@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <optional>
@@ -16,12 +18,14 @@
 #include <string_view>
 #include <vector>
 
+#include "case_file.h"
 #include "codetrace/ct_trace.h"
 #include "codetrace/render/ct_document.h"
 #include "codetrace/render/ct_records_dump.h"
 #include "random_trace.h"
 #include "rewriter.h"
 #include "rich_trace.h"
+#include "trace_text.h"
 #include "written.h"
 #include "written_trace.h"
 
@@ -159,25 +163,45 @@ TEST(RoundTrip, ATraceWithSomethingOfEverythingIsTheSame) {
   }
 }
 
-// What is damaged in them cannot be taken apart, so a share of them is left.
+// Whether the trace can be taken apart; one that is damaged cannot.
+bool round_trips(const std::string& bytes) {
+  File file{QString()};
+  const std::span<const unsigned char> span = as_bytes(bytes);
+  if (!file.open(span.data(), span.size())) return false;
+  const std::optional<std::string> anew = rewritten(file, Rewriting::anew);
+  if (!anew) return false;
+  expect_same_outputs(file, *anew);
+  const std::optional<std::string> as_before = rewritten(file, Rewriting::as_before);
+  EXPECT_TRUE(as_before);
+  if (as_before) expect_same_outputs(file, *as_before);
+  return true;
+}
+
+// Of the golden cases of the tool, but for the deep ones: the indentation of their JSON documents
+// grows with the square of the depth.
+TEST(RoundTrip, TracesOfCasesAreTheSame) {
+  constexpr std::size_t most_bytes = 4096;
+  std::size_t tested = 0;
+  for (const auto& entry : fs::directory_iterator(fs::path(CODETRACE_ROOT) / "tests/cli")) {
+    if (entry.path().extension() != ".case") continue;
+    SCOPED_TRACE(entry.path().filename());
+    std::ifstream in(entry.path(), std::ios::binary);
+    const CaseFile golden(std::string(std::istreambuf_iterator<char>(in), {}));
+    for (const BuiltTrace& trace : build_traces(golden.content("trace"))) {
+      if (trace.bytes.size() < most_bytes && round_trips(trace.bytes)) ++tested;
+    }
+  }
+  RecordProperty("tested", static_cast<int>(tested));
+  EXPECT_GT(tested, 80U);
+}
+
 TEST(RoundTrip, RandomTracesAreTheSame) {
   const char* const wanted = std::getenv("CODETRACE_ROUND_TRIPS");
-  const std::uint64_t count = wanted != nullptr ? std::strtoull(wanted, nullptr, 10) : 400;
+  const std::uint64_t count = wanted != nullptr ? std::strtoull(wanted, nullptr, 10) : 4000;
   std::uint64_t tested = 0;
-  for (std::uint64_t number = 0; number != count; ++number) {
+  for (std::uint64_t number = 0; number != count && !HasFailure(); ++number) {
     SCOPED_TRACE(number);
-    File file{QString()};
-    const std::string bytes = random_trace(13, number, false);
-    const std::span<const unsigned char> span = as_bytes(bytes);
-    if (!file.open(span.data(), span.size())) continue;
-    const std::optional<std::string> anew = rewritten(file, Rewriting::anew);
-    if (!anew) continue;
-    ++tested;
-    expect_same_outputs(file, *anew);
-    const std::optional<std::string> as_before = rewritten(file, Rewriting::as_before);
-    ASSERT_TRUE(as_before);
-    expect_same_outputs(file, *as_before);
-    if (HasFailure()) return;
+    if (round_trips(random_trace(13, number, false))) ++tested;
   }
   RecordProperty("tested", static_cast<int>(tested));
   EXPECT_GT(tested, count / 6);
