@@ -109,8 +109,8 @@ class RecordWriter {
   enum class Kind : std::uint8_t {
     none,       // between fields
     field,      // a value
-    arguments,  //
-    array,      //
+    arguments,  // as many as there come
+    array,      // of which pairs are kept
     array_cut,  // the marker is written
     dropped,    // an array that is left out
   };
