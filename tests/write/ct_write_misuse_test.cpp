@@ -103,6 +103,13 @@ TEST(WriteMisuse, ArraysHaveToBeClosedAsTheyWereOpened) {
                  writer.end_array();
                },
                {.depth = 1});
+}
+
+TEST(WriteMisuse, EachKeyHasAValue) {
+  const auto call = [](TraceWriter& writer) {
+    writer.begin(Type::FUNCTION_CALL);
+    writer.reference(0);
+  };
   expect_error(Error::key_alone, [&](TraceWriter& writer) {
     call(writer);
     writer.begin_array();
