@@ -19,6 +19,7 @@
 #include "codetrace/render/ct_number.h"
 #include "codetrace/render/ct_text.h"
 #include "codetrace/render/ct_writer.h"
+#include "ctwrite/ct_trace_writer.h"
 #include "php_like.h"
 
 namespace CT::Bench {
@@ -247,6 +248,46 @@ BENCHMARK_CAPTURE(number, json_milliseconds, put_double_json, 2.542404);
 BENCHMARK_CAPTURE(number, json_any, put_double_json, 0.1234567890123);
 BENCHMARK_CAPTURE(number, text_price, put_double_text, 603.19);
 BENCHMARK_CAPTURE(number, text_any, put_double_text, 0.1234567890123);
+
+// A call with all common fields and two arguments, and its return.
+void written_calls(benchmark::State& state) {
+  using Checkpoint::Type;
+  for (auto _ : state) {
+    Write::TraceWriter writer{Write::Options()};
+    const Write::Reference file = writer.text("/srv/app/index.php");
+    const Write::Reference function = writer.function({.name = writer.text("strlen")});
+    for (std::size_t i = 0; i != calls; ++i) {
+      writer.begin(Type::FUNCTION_CALL, {.timestamp = Write::Timestamp{1'700'000'000, 1},
+                                         .memory = i,
+                                         .location = Write::Location{file, 7}});
+      writer.reference(function);
+      writer.string(plain_text);
+      writer.integer(1);
+      const auto call = writer.end();
+      writer.begin(Type::FUNCTION_RETURN);
+      writer.reference(call.value_or(0));
+      writer.integer(2);
+      writer.end();
+    }
+    benchmark::DoNotOptimize(writer.data_size());
+  }
+  per_item(state, calls);
+}
+BENCHMARK(written_calls);
+
+void written_values(benchmark::State& state) {
+  Write::TraceWriter writer{Write::Options()};
+  for (auto _ : state) {
+    writer.begin(Checkpoint::Type::FUNCTION_CALL);
+    writer.reference(0);
+    writer.begin_array();
+    for (std::size_t i = 0; i != calls; ++i) writer.integer(7);
+    writer.end_array();
+    writer.abandon();
+  }
+  per_item(state, calls);
+}
+BENCHMARK(written_values);
 
 }  // namespace
 }  // namespace CT::Bench
