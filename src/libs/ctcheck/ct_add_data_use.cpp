@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: MIT
+#include "ctcheck/ct_add_data_use.h"
+
+#include "codetrace/model/ct_format.h"
+
+namespace CT::Check {
+
+namespace {
+
+constexpr std::uint8_t built_in = 1;  // the first byte of what PHP itself defines
+
+}  // namespace
+
+// How large a descriptor is, and what it is called.
+struct AddDataUse::Shape {
+  const char* what;
+  std::uint64_t size;
+  std::uint64_t user_size;
+};
+
+AddDataUse::AddDataUse(const FileLayout& layout, DefectList& defects)
+    : layout_(layout),
+      section_(layout.add_data),
+      defects_(defects),
+      texts_(section_.size()),
+      functions_(section_.size()),
+      classes_(section_.size()) {}
+
+// What leads into the part of ADD DATA that a short file lacks is no defect of its own. Kept: nor
+// is what leads into a section that is empty, which means nothing by definition.
+void AddDataUse::out_of_range(std::uint64_t reference, const Spot& user, const char* what) {
+  const std::uint64_t declared = layout_.header.add_data_size;
+  if (reference == 0 || declared == 0 || reference - section_.origin() < declared) return;
+  defects_.add(Code::ref_range, user, [&] {
+    Words words{std::string("the reference to ").append(what)};
+    words.what.append(" leads outside of ADD DATA, which has ").append(counted(declared, "byte"));
+    words.cost = std::string(what).append(" is not there");
+    return words;
+  });
+}
+
+// The place of one with all its bytes; null if the reader finds none.
+const unsigned char* AddDataUse::descriptor(std::uint64_t reference, const Spot& user,
+                                            const Shape& shape) {
+  const unsigned char* const first = section_.resolve(reference);
+  if (first == nullptr) {
+    out_of_range(reference, user, shape.what);
+    return nullptr;
+  }
+  const std::uint64_t size = *first == Format::user_defined ? shape.user_size : shape.size;
+  const unsigned char* const place = section_.resolve(reference, size);
+  if (place == nullptr && !layout_.is_add_data_cut()) {
+    const std::uint64_t at = reference - section_.origin();
+    defects_.add(Code::descriptor_end, user, [&] {
+      Words words{std::string(shape.what).append(" at ").append(place_name(Part::add_data, at))};
+      words.what.append(" needs ").append(counted(size, "byte"));
+      words.what.append(", ").append(std::to_string(section_.size() - at)).append(" are left");
+      return words;
+    });
+  }
+  return place;
+}
+
+bool AddDataUse::new_function(std::uint64_t reference, const Spot& user) {
+  static constexpr Shape shape = {"the function", Format::Function::size,
+                                  Format::Function::user_size};
+  const unsigned char* const place = descriptor(reference, user, shape);
+  if (place == nullptr) return false;
+  const auto at = static_cast<std::uint64_t>(place - section_.data());
+  functions_.add(at);
+  const auto reference_at = [&](std::size_t offset) {
+    return Cursor(place + offset, section_.end(), layout_.big_endian()).u64();
+  };
+  const auto spot = [&](std::size_t offset) { return Spot{Part::add_data, at + offset}; };
+  if (*place != Format::user_defined && *place != built_in) {
+    defects_.add(Code::descriptor_type, spot(0),
+                 [&] { return Words{"a function is of type " + std::to_string(*place)}; });
+  }
+  text(reference_at(Format::Function::name), spot(Format::Function::name), "a function's name");
+  class_entry(reference_at(Format::Function::class_entry), spot(Format::Function::class_entry));
+  if (*place == Format::user_defined) {
+    text(reference_at(Format::Function::filename), spot(Format::Function::filename),
+         "a function's file");
+  }
+  return true;
+}
+
+void AddDataUse::new_class(std::uint64_t reference, const Spot& user) {
+  static constexpr Shape shape = {"the class", Format::Class::size, Format::Class::user_size};
+  const unsigned char* const place = descriptor(reference, user, shape);
+  if (place == nullptr) return;
+  const auto at = static_cast<std::uint64_t>(place - section_.data());
+  classes_.add(at);
+  const auto reference_at = [&](std::size_t offset) {
+    return Cursor(place + offset, section_.end(), layout_.big_endian()).u64();
+  };
+  const auto spot = [&](std::size_t offset) { return Spot{Part::add_data, at + offset}; };
+  if (*place != Format::user_defined && *place != built_in) {
+    defects_.add(Code::descriptor_type, spot(0),
+                 [&] { return Words{"a class is of type " + std::to_string(*place)}; });
+  }
+  text(reference_at(Format::Class::name), spot(Format::Class::name), "a class's name");
+  if (*place == Format::user_defined) {
+    text(reference_at(Format::Class::filename), spot(Format::Class::filename), "a class's file");
+  }
+}
+
+}  // namespace CT::Check
