@@ -26,6 +26,13 @@ AddDataUse::AddDataUse(const FileLayout& layout, DefectList& defects)
       functions_(section_.size()),
       classes_(section_.size()) {}
 
+// Whether it is said to be in ADD DATA, and the file ends before it or within it.
+bool AddDataUse::is_missing(std::uint64_t reference, std::uint64_t size) const {
+  const std::uint64_t at = reference - section_.origin();
+  const std::uint64_t declared = layout_.header.add_data_size;
+  return reference != 0 && at < declared && declared - at >= size && section_.size() < at + size;
+}
+
 // What leads into the part of ADD DATA that a short file lacks is no defect of its own. Kept: nor
 // is what leads into a section that is empty, which means nothing by definition.
 void AddDataUse::out_of_range(std::uint64_t reference, const Spot& user, const char* what) {
@@ -49,7 +56,7 @@ const unsigned char* AddDataUse::descriptor(std::uint64_t reference, const Spot&
   }
   const std::uint64_t size = *first == Format::user_defined ? shape.user_size : shape.size;
   const unsigned char* const place = section_.resolve(reference, size);
-  if (place == nullptr && !layout_.is_add_data_cut()) {
+  if (place == nullptr && !is_missing(reference, size)) {
     const std::uint64_t at = reference - section_.origin();
     defects_.add(Code::descriptor_end, user, [&] {
       Words words{std::string(shape.what).append(" at ").append(place_name(Part::add_data, at))};
@@ -65,7 +72,7 @@ bool AddDataUse::new_function(std::uint64_t reference, const Spot& user) {
   static constexpr Shape shape = {"the function", Format::Function::size,
                                   Format::Function::user_size};
   const unsigned char* const place = descriptor(reference, user, shape);
-  if (place == nullptr) return false;
+  if (place == nullptr) return is_missing(reference, shape.size);
   const auto at = static_cast<std::uint64_t>(place - section_.data());
   functions_.add(at);
   const auto reference_at = [&](std::size_t offset) {

@@ -30,7 +30,7 @@ class AddDataUse {
       out_of_range(reference, user, what);
     }
   }
-  // Whether the reader finds a function there.
+  // Whether the reader finds a function there, or would if no part of ADD DATA were missing.
   bool function(std::uint64_t reference, const Spot& user) {
     const std::uint64_t at = reference - section_.origin();
     if (at < section_.size() && reference != 0 && functions_.has(at)) return true;
@@ -49,6 +49,7 @@ class AddDataUse {
  private:
   struct Shape;
 
+  [[nodiscard]] bool is_missing(std::uint64_t reference, std::uint64_t size) const;
   void out_of_range(std::uint64_t reference, const Spot& user, const char* what);
   bool new_function(std::uint64_t reference, const Spot& user);
   void new_class(std::uint64_t reference, const Spot& user);

@@ -47,7 +47,7 @@ void DataWalk::run() {
     visit(*frame);
     offset += Format::header_word_size + std::uint64_t{frame->size};
   }
-  is_whole_ = is_whole_ && !layout_.is_data_cut();
+  is_whole_ = is_whole_ && !layout_.is_data_cut() && !layout_.is_add_data_cut();
   pairing_.finish();
   AddDataPass(layout_, use_, defects_).run(is_whole_);
 }

@@ -55,8 +55,8 @@ struct Result {
   std::vector<Defect> defects;
   // How many there are of each code, listed or not.
   std::array<std::uint64_t, code_count> counts = {};
-  // What the reader counts when it reads these bytes, as far as the file has them. Of a file that
-  // it refuses it is what it would count if the header were right.
+  // What the reader counts when it reads these bytes. Of a file that it refuses it is what it would
+  // count of the checkpoints that are there, if nothing else were missing.
   Summary reader;
 
   [[nodiscard]] std::uint64_t count(Code code) const {
