@@ -10,8 +10,8 @@
 #include <string>
 
 #include "case_file.h"
+#include "checked.h"
 #include "codetrace/ct_trace.h"
-#include "ctcheck/ct_check.h"
 #include "rich_trace.h"
 #include "trace_text.h"
 
@@ -22,12 +22,6 @@ namespace fs = std::filesystem;
 using Check::Level;
 using Check::Result;
 
-Result check(const std::string& bytes) {
-  const std::string padded = bytes + std::string(File::padding, '\0');
-  const auto* const begin = reinterpret_cast<const unsigned char*>(padded.data());
-  return Check::check({begin, bytes.size()}, {});
-}
-
 std::string figures(const Summary& summary) {
   std::ostringstream text;
   text << summary.records << " records, " << summary.skipped << " skipped, " << summary.damaged
@@ -37,7 +31,7 @@ std::string figures(const Summary& summary) {
 }
 
 void expect_agreement(const std::string& bytes, const std::string& what) {
-  const Result result = check(bytes);
+  const Result result = checked(bytes);
   Trace trace;
   const bool is_open =
       trace.open(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
@@ -108,7 +102,7 @@ TEST_P(CheckAndReaderOf, AgreeOnAFileCutAtEveryByte) {
   for (std::size_t size = 0; size != bytes.size(); ++size) {
     const std::string cut = bytes.substr(0, size);
     expect_agreement(cut, "file of " + std::to_string(size));
-    const Result result = check(cut);
+    const Result result = checked(cut);
     EXPECT_EQ(result.count(Check::Code::size) + result.count(Check::Code::header), 1U) << size;
     // What is missing is said once, not of each reference into it.
     EXPECT_EQ(result.count(Check::Code::ref_range), 0U) << size;

@@ -27,6 +27,11 @@ class Lister final : public FindingSink {
   }
 };
 
+// Why a file could not be opened: that its length is not what its header says.
+bool is_of_wrong_length(const File& file) {
+  return file.error_message().startsWith(QStringLiteral("Expected "));
+}
+
 }  // namespace
 
 bool Input::open(const std::string& name) {
@@ -37,6 +42,11 @@ bool Input::open(const std::string& name) {
     return true;
   }
   fail(open_failed, QString::fromStdString(name), QString::fromStdString(failure_));
+  if (is_of_wrong_length(file)) {
+    std::fputs(
+        "cttool check says what is wrong with it, cttool salvage makes a trace of what is left\n",
+        stderr);
+  }
   return false;
 }
 
