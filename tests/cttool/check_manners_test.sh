@@ -45,9 +45,9 @@ expect 1 "the file has 306,589 bytes" "$cttool" check "$work/long.ct"
 expect 1 "the file has 0 bytes, and a header has 36" "$cttool" check "$work/empty.ct"
 expect 1 "CT-HEADER" "$cttool" check /dev/null
 expect 1 "CT-MAGIC" "$cttool" check "$cttool"
-expect 1 "CT-NO-PAYLOAD" "$cttool" check "$work/hole.ct" --limit 2
-[[ $(<"$work/out") == *"more CT-NO-PAYLOAD; --limit 0 lists all"* ]] || complain "it is not said what is not listed"
-listed=$(grep -c "^  lost   CT-NO-PAYLOAD" "$work/out")
+expect 1 "CT-ZEROS" "$cttool" check "$work/hole.ct" --limit 2
+[[ $(<"$work/out") == *"more CT-NO-END; --limit 0 lists all"* ]] || complain "it is not said what is not listed"
+listed=$(grep -c "^  lost   CT-NO-END" "$work/out")
 ((listed == 2)) || complain "$listed defects are listed with --limit 2"
 expect 1 "" "$cttool" check "$work/hole.ct" --limit 0
 if grep -q "more CT-" "$work/out"; then complain "something is left out with --limit 0"; fi

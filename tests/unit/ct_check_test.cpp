@@ -72,6 +72,8 @@ TEST_P(CheckOf, Framing) {
       one_more("CT-TYPE", [](Request&) { return Draft::raw(18); }),
       one_more("CT-CRASH", [](Request&) { return Draft::raw(16); }),
       one_more("CT-NO-PAYLOAD", [](Request&) { return Draft::raw(17); }),
+      {"CT-NO-PAYLOAD*3", [](Request& it) { it.trace.data(Fields().raw(std::string(12, '\0'))); }},
+      {"CT-ZEROS", [](Request& it) { it.trace.data(Fields().raw(std::string(16, '\0'))); }},
       // What a flush has as payload is nobody's business.
       one_more("", [](Request&) { return Draft::sapi_flush(); }),
   });

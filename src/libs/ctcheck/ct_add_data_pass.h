@@ -39,7 +39,8 @@ class AddDataPass {
   std::uint64_t covered_begin_ = 0;
   std::uint64_t covered_end_ = 0;
   const char* covered_what_ = "";
-  // Behind the room of a descriptor, which may be that of a script's though it is of a built-in one.
+  // Behind the room of a descriptor, which may be that of a script's though it is of a built-in
+  // one.
   std::uint64_t room_end_ = 0;
   // Behind the NUL of the text that was met last, or behind the section's last byte.
   std::uint64_t text_end_ = 0;

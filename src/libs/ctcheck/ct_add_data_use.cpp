@@ -16,6 +16,7 @@ struct AddDataUse::Shape {
   const char* what;
   std::uint64_t size;
   std::uint64_t user_size;
+  const char* cost;  // of a reference that leads to none
 };
 
 AddDataUse::AddDataUse(const FileLayout& layout, DefectList& defects)
@@ -35,13 +36,14 @@ bool AddDataUse::is_missing(std::uint64_t reference, std::uint64_t size) const {
 
 // What leads into the part of ADD DATA that a short file lacks is no defect of its own. Kept: nor
 // is what leads into a section that is empty, which means nothing by definition.
-void AddDataUse::out_of_range(std::uint64_t reference, const Spot& user, const char* what) {
+void AddDataUse::out_of_range(std::uint64_t reference, const Spot& user, const char* what,
+                              const char* cost) {
   const std::uint64_t declared = layout_.header.add_data_size;
   if (reference == 0 || declared == 0 || reference - section_.origin() < declared) return;
   defects_.add(Code::ref_range, user, [&] {
     Words words{std::string("the reference to ").append(what)};
     words.what.append(" leads outside of ADD DATA, which has ").append(counted(declared, "byte"));
-    words.cost = std::string(what).append(" is not there");
+    words.cost = cost != nullptr ? cost : std::string(what).append(" is not there");
     return words;
   });
 }
@@ -51,7 +53,7 @@ const unsigned char* AddDataUse::descriptor(std::uint64_t reference, const Spot&
                                             const Shape& shape) {
   const unsigned char* const first = section_.resolve(reference);
   if (first == nullptr) {
-    out_of_range(reference, user, shape.what);
+    out_of_range(reference, user, shape.what, shape.cost);
     return nullptr;
   }
   const std::uint64_t size = *first == Format::user_defined ? shape.user_size : shape.size;
@@ -62,6 +64,7 @@ const unsigned char* AddDataUse::descriptor(std::uint64_t reference, const Spot&
       Words words{std::string(shape.what).append(" at ").append(place_name(Part::add_data, at))};
       words.what.append(" needs ").append(counted(size, "byte"));
       words.what.append(", ").append(std::to_string(section_.size() - at)).append(" are left");
+      words.cost = shape.cost;
       return words;
     });
   }
@@ -70,7 +73,8 @@ const unsigned char* AddDataUse::descriptor(std::uint64_t reference, const Spot&
 
 bool AddDataUse::new_function(std::uint64_t reference, const Spot& user) {
   static constexpr Shape shape = {"the function", Format::Function::size,
-                                  Format::Function::user_size};
+                                  Format::Function::user_size,
+                                  "the call is left out, and its end finds no begin"};
   const unsigned char* const place = descriptor(reference, user, shape);
   if (place == nullptr) return is_missing(reference, shape.size);
   const auto at = static_cast<std::uint64_t>(place - section_.data());
@@ -93,7 +97,8 @@ bool AddDataUse::new_function(std::uint64_t reference, const Spot& user) {
 }
 
 void AddDataUse::new_class(std::uint64_t reference, const Spot& user) {
-  static constexpr Shape shape = {"the class", Format::Class::size, Format::Class::user_size};
+  static constexpr Shape shape = {"the class", Format::Class::size, Format::Class::user_size,
+                                  "the class is not known"};
   const unsigned char* const place = descriptor(reference, user, shape);
   if (place == nullptr) return;
   const auto at = static_cast<std::uint64_t>(place - section_.data());

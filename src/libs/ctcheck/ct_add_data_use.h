@@ -50,7 +50,8 @@ class AddDataUse {
   struct Shape;
 
   [[nodiscard]] bool is_missing(std::uint64_t reference, std::uint64_t size) const;
-  void out_of_range(std::uint64_t reference, const Spot& user, const char* what);
+  void out_of_range(std::uint64_t reference, const Spot& user, const char* what,
+                    const char* cost = nullptr);
   bool new_function(std::uint64_t reference, const Spot& user);
   void new_class(std::uint64_t reference, const Spot& user);
   const unsigned char* descriptor(std::uint64_t reference, const Spot& user, const Shape& shape);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ctcheck/ct_check.h"
 
+#include <utility>
+
 #include "codetrace/model/ct_view.h"
 #include "ctcheck/ct_add_data_pass.h"
 #include "ctcheck/ct_pairing.h"
@@ -25,6 +27,7 @@ class DataWalk {
  private:
   std::optional<Frame> frame_at(std::uint32_t offset);
   void visit(const Frame& frame);
+  void end_zeros();
   void skip(const Frame& frame);
   void stop(Code code, std::uint64_t offset, std::uint8_t type, std::uint64_t wanted);
 
@@ -35,6 +38,9 @@ class DataWalk {
   RecordCheck records_;
   Pairing pairing_;
   bool is_whole_ = true;
+  // Header words of nothing but zeros that follow each other, up to here.
+  std::uint32_t zeros_ = 0;
+  std::uint32_t zeros_at_ = 0;
 };
 
 void DataWalk::run() {
@@ -47,6 +53,7 @@ void DataWalk::run() {
     visit(*frame);
     offset += Format::header_word_size + std::uint64_t{frame->size};
   }
+  end_zeros();
   is_whole_ = is_whole_ && !layout_.is_data_cut() && !layout_.is_add_data_cut();
   pairing_.finish();
   AddDataPass(layout_, use_, defects_).run(is_whole_);
@@ -83,8 +90,9 @@ void DataWalk::stop(Code code, std::uint64_t offset, std::uint8_t type, std::uin
     const std::uint64_t left = layout_.data.size() - offset;
     const bool is_word = code == Code::word_end;
     Words words{is_word ? "a header word has " : "the payload has "};
-    words.what.append(counted(wanted, "byte")).append(", and DATA ends after ");
-    words.what.append(std::to_string(is_word ? left : left - Format::header_word_size));
+    words.what.append(counted(wanted, "byte")).append(", and DATA has ");
+    words.what.append(counted(is_word ? left : left - Format::header_word_size, "byte"));
+    words.what.append(" more");
     words.cost = counted(left, "byte");
     words.cost.append(left == 1 ? " at the end of DATA is" : " at the end of DATA are");
     words.cost.append(" not read");
@@ -92,7 +100,32 @@ void DataWalk::stop(Code code, std::uint64_t offset, std::uint8_t type, std::uin
   });
 }
 
+// Zeros are what a hole in a file is filled with, so a run of them is one defect.
+void DataWalk::end_zeros() {
+  constexpr std::uint32_t fewest = 4;
+  const std::uint32_t count = std::exchange(zeros_, 0);
+  const Spot first = {Part::data, zeros_at_};
+  if (count >= fewest) {
+    defects_.add(Code::zeros, first, [&] {
+      Words words{counted(std::uint64_t{count} * Format::header_word_size, "zero")};
+      words.what.append(" stand where checkpoints should be");
+      words.cost = "they count as " + counted(count, "checkpoint") + " without payload";
+      return words;
+    });
+    return;
+  }
+  for (std::uint32_t i = 0; i != count; ++i) {
+    records_.check({zeros_at_ + i * Format::header_word_size, 0, 0, 0});
+  }
+}
+
 void DataWalk::visit(const Frame& frame) {
+  if (frame.code == 0 && frame.presence == 0 && frame.size == 0) {
+    if (zeros_++ == 0) zeros_at_ = frame.offset;
+    ++result_.reader.records;
+    return;
+  }
+  end_zeros();
   if (type_info(Checkpoint::type_of_code(frame.code)).role == Checkpoint::Role::none) {
     return skip(frame);
   }

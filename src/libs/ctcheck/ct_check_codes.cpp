@@ -26,6 +26,7 @@ constexpr std::array<CodeInfo, code_count> codes = {{
     {Code::type, "CT-TYPE", Level::lost, "A checkpoint is of a type that does not exist.", "it is skipped"},
     {Code::crash, "CT-CRASH", Level::lost, "A checkpoint is of the type CRASH, of which nobody knows the fields.", "it is skipped"},
     {Code::no_payload, "CT-NO-PAYLOAD", Level::lost, "A checkpoint that needs a payload has none.", left_out_silently},
+    {Code::zeros, "CT-ZEROS", Level::lost, "Sixteen zeros or more stand where checkpoints should be.", "they count as checkpoints without payload"},
     {Code::field_end, "CT-FIELD-END", Level::lost, "A payload ends within a field.", "this field and those behind it are not there"},
     {Code::text_length, "CT-TEXT-LENGTH", Level::lost, "A text is said to be longer than what is left of the payload.", "the text is not there, nor what stands behind it"},
     {Code::value_end, "CT-VALUE-END", Level::lost, "A payload ends within a value.", "the value is undef, and those behind it are not there"},

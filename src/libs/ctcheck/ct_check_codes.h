@@ -35,6 +35,7 @@ enum class Code : std::uint8_t {
   type,
   crash,
   no_payload,
+  zeros,
   // Fields of a checkpoint.
   field_end,
   text_length,

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
 // cttool check: what is wrong with files.
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
 
+#include "tools/common/ct_progress.h"
 #include "tools/cttool/ct_check_printer.h"
 #include "tools/cttool/ct_choice.h"
 #include "tools/cttool/ct_text_table.h"
@@ -33,9 +36,12 @@ int run(const Options& options, Session& session) {
   CheckPrinter checks(options.form, options.least, printer);
   int status = done;
   std::vector<std::string> failures;
+  Progress progress(STDOUT_FILENO);
+  std::uint64_t count = 0;
   checks.begin();
   check_files(options.files, session.max_size, options.limit, [&](const CheckedFile& file) {
     checks.print(file);
+    if (progress.is_wanted()) progress.show("checking", ++count, options.files.size());
     if (!file.failure.empty()) {
       status = failed;
       failures.push_back(shown_text(file.name).append(" : ").append(file.failure));

@@ -8,7 +8,7 @@
 #include <limits>
 #include <utility>
 
-#include "codetrace/ct_file.h"
+#include "codetrace/ct_trace.h"
 #include "tools/common/ct_failure.h"
 #include "tools/cttool/ct_format.h"
 
