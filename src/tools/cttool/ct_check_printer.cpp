@@ -10,7 +10,6 @@
 
 namespace CT::Tool {
 
-using Check::Code;
 using Check::CodeInfo;
 using Check::Defect;
 using Check::Level;
