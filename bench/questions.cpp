@@ -52,6 +52,7 @@ const std::vector<Question>& questions() {
       {"calls x::y", {"calls", "FILE", "x::y"}, 'S', 2.5},
       {"show 500", {"show", "FILE", "500"}, 'S', 2.5},
       {"tree", {"tree", "FILE"}, 'S', 6},
+      {"check", {"check", "FILE"}, 'S', 3, 64},
       {"export speedscope", {"export", "FILE", "--to", "speedscope"}, 'J', 1, Question::as_first},
       {"export folded", {"export", "FILE", "--to", "folded"}, 'J', 1, Question::as_first},
       {"export callgrind", {"export", "FILE", "--to", "callgrind"}, 'J', 1, Question::as_first},

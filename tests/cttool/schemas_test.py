@@ -32,10 +32,13 @@ DOCUMENTS = [
     ("response", "--blame", "e"),
     ("sql", "select * from request; select * from calls limit 30; select 1.5, null, x'00ff'"),
     ("sql", "select * from errors where 0"),
+    ("check",),
+    ("check", "--level", "fatal"),
 ]
 # A verb, and options with which it prints documents that are a list of the one above, a line each.
 LINES = [
     ("calls", "calls", "--format", "jsonl"),
+    ("check", "files", "--format", "jsonl"),
 ]
 # A verb, and options with which it prints a record a line, each of them described by the schema.
 RECORDS = [
@@ -155,7 +158,8 @@ def main():
                 assert verb == "show", (verb, options, trace)
                 continue
             document = json.loads(said)
-            assert document["schema"] == f"cttool.{verb}/1" and document["trace"] == trace, trace
+            named = document["files"][0] if verb == "check" else document
+            assert document["schema"] == f"cttool.{verb}/1" and named["trace"] == trace, trace
             document = outline(document)
             found = faults(validators[verb], document)
             assert not found, (trace, verb, options, found[:3])
@@ -167,6 +171,8 @@ def main():
             lines = [json.loads(line) for line in run(cttool, trace, verb, *options).splitlines()]
             assert lines, (trace, verb)
             document = outline({"schema": f"cttool.{verb}/1", "trace": trace, key: lines})
+            if verb == "check":
+                del document["trace"]
             found = faults(validators[verb], document)
             assert not found, (trace, verb, options, found[:3])
             count += 1

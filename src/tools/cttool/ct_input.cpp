@@ -27,6 +27,11 @@ class Lister final : public FindingSink {
   }
 };
 
+// Why a file could not be opened: that its length is not what its header says.
+bool is_of_wrong_length(const File& file) {
+  return file.error_message().startsWith(QStringLiteral("Expected "));
+}
+
 }  // namespace
 
 bool Input::open(const std::string& name) {
@@ -37,6 +42,11 @@ bool Input::open(const std::string& name) {
     return true;
   }
   fail(open_failed, QString::fromStdString(name), QString::fromStdString(failure_));
+  if (is_of_wrong_length(file)) {
+    std::fputs(
+        "cttool check says what is wrong with it, cttool salvage makes a trace of what is left\n",
+        stderr);
+  }
   return false;
 }
 
@@ -53,7 +63,7 @@ bool Input::open(File& file) {
         file.open([&bytes](unsigned char* to, std::size_t size) { return bytes.read(to, size); });
   }
   failure_ = file.error_message().toStdString();
-  if (bytes.error() != 0) failure_ = qt_error_string(bytes.error()).toStdString();
+  if (is_ours && bytes.error() != 0) failure_ = qt_error_string(bytes.error()).toStdString();
   return is_open;
 }
 
@@ -66,9 +76,7 @@ bool Input::unpack(File& file, ByteInput& bytes, Archive kind) {
   archive_damage_ = unpacker->error();
   failure_ = file.error_message().toStdString();
   if (unpacker->is_too_large()) {
-    failure_ = "what is in the archive is larger than ";
-    failure_ += as_bytes(static_cast<std::int64_t>(session_.max_size));
-    failure_ += "; --max-size 8G allows more";
+    failure_ = beyond_max_size("what is in the archive", session_.max_size);
   } else if (bytes.error() != 0) {
     failure_ = qt_error_string(bytes.error()).toStdString();
   } else if (!archive_damage_.empty()) {

@@ -64,6 +64,12 @@ std::span<const Verb> verbs() {
            "  cttool report request.ct -o part.html --under 'Note::html'\n"
            "  cttool report request.ct -o slow.html --min 1% --no-builtin\n",
            define_report},
+      Verb{"check", "Is the file whole? Every defect, with its place and what it costs.",
+           "  cttool check request.ct                      a line if it is whole\n"
+           "  cttool check traces/*.ct --level lost        only where something is lost\n"
+           "  cttool check request.ct --limit 0            every single defect\n"
+           "  cttool check *.ct --format jsonl | jq -c 'select(.clean | not)'\n",
+           define_check},
   };
   return table;
 }
