@@ -64,6 +64,12 @@ std::span<const Verb> verbs() {
            "  cttool report request.ct -o part.html --under 'Note::html'\n"
            "  cttool report request.ct -o slow.html --min 1% --no-builtin\n",
            define_report},
+      Verb{"redact", "A copy without secrets, still a trace, to hand on.",
+           "  cttool redact request.ct -o shared.ct        says what it masked, and where\n"
+           "  cttool redact request.ct -o shared.ct --rules our.rules --value 'ACME Ltd'\n"
+           "  cttool redact request.ct -o shared.ct --key our.key   equal masks in every trace\n"
+           "  cttool redact request.ct -o shared.ct --strict        no text stays\n",
+           define_redact},
   };
   return table;
 }
