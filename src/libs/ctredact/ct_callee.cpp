@@ -79,14 +79,15 @@ std::string Callees::full_name(const Callee& callee) const {
 }
 
 const Callee* Callees::find(std::uint64_t reference) {
-  constexpr std::uint64_t alignment = 8;
-  Recent& recent = recent_[(reference / alignment) % recent_.size()];
+  constexpr std::uint64_t factor = 0x9E3779B97F4A7C15;
+  Recent& recent = recent_[(reference * factor) >> (64 - recent_bits)];
   if (recent.callee != nullptr && recent.reference == reference) return recent.callee;
   auto known = known_.find(reference);
   if (known == known_.end()) {
     auto callee = std::make_unique<Callee>();
     if (!read(reference, *callee)) return nullptr;
     callee->rules = rules_.calls(full_name(*callee), callee->type == Format::user_defined);
+    callee->number = static_cast<std::uint32_t>(known_.size());
     known = known_.emplace(reference, std::move(callee)).first;
   }
   recent = {reference, known->second.get()};

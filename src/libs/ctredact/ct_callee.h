@@ -4,7 +4,6 @@
 // each.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <unordered_map>
@@ -32,6 +31,7 @@ struct Callee {
   std::uint32_t line = 0;
 
   std::vector<CallRule> rules;
+  std::uint32_t number = 0;  // from 0, in the order in which they were found
 };
 
 // False for a reference that leads to no whole descriptor.
@@ -47,6 +47,7 @@ class Callees {
   const Callee* find(std::uint64_t reference);
 
  private:
+  static constexpr int recent_bits = 13;
   struct Recent {
     std::uint64_t reference = 0;
     const Callee* callee = nullptr;
@@ -57,7 +58,7 @@ class Callees {
   const File& file_;
   const Rules& rules_;
   std::unordered_map<std::uint64_t, std::unique_ptr<Callee>> known_;
-  std::array<Recent, 256> recent_ = {};
+  std::vector<Recent> recent_ = std::vector<Recent>(1 << recent_bits);
 };
 
 }  // namespace CT::Redact

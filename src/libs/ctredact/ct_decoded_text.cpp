@@ -136,16 +136,19 @@ void DecodedText::put_character(std::uint32_t code, std::size_t begin, std::size
   put_bits(0xF0, 18);
 }
 
-bool has_escape(std::string_view text, Escape escape) {
-  const std::string_view marks = encodings[static_cast<std::size_t>(escape)].marks;
-  if (escape == Escape::quoted_printable) {
-    for (std::size_t at = text.find('='); at != std::string_view::npos;
-         at = text.find('=', at + 1)) {
-      if (quoted_printable(text, at).size != 0) return true;
+unsigned escapes_in(std::string_view text) {
+  static constexpr auto bits = [] {
+    std::array<std::uint8_t, 256> made{};
+    for (std::size_t i = 0; i != encodings.size(); ++i) {
+      for (const char c : encodings[i].marks) {
+        made[static_cast<unsigned char>(c)] |= static_cast<std::uint8_t>(1U << i);
+      }
     }
-    return false;
-  }
-  return text.find_first_of(marks) != std::string_view::npos;
+    return made;
+  }();
+  unsigned found = 0;
+  for (const char c : text) found |= bits[static_cast<unsigned char>(c)];
+  return found;
 }
 
 void undo(std::string_view text, Escape escape, DecodedText& out) {

@@ -37,8 +37,12 @@ enum class Escape : std::uint8_t {
 };
 inline constexpr int escape_count = 4;
 
-// Whether there may be anything to undo: the bytes that escapes begin with are there.
-bool has_escape(std::string_view text, Escape escape);
+// Which encodings there may be something to undo of, as bits: bytes that their escapes begin with
+// are there.
+unsigned escapes_in(std::string_view text);
+inline bool has_escape(std::string_view text, Escape escape) {
+  return (escapes_in(text) >> static_cast<unsigned>(escape) & 1U) != 0;
+}
 // Undoes one encoding. `out` is emptied first.
 void undo(std::string_view text, Escape escape, DecodedText& out);
 std::string undone(std::string_view text, Escape escape);

@@ -33,9 +33,9 @@ void Learner::note_class(std::uint64_t reference) {
   texts_.note(parts.file);
 }
 
-void Learner::callee(const Callee& callee, std::uint64_t) {
-  if (&callee == last_callee_) return;
-  last_callee_ = &callee;
+void Learner::callee(const Callee& callee) {
+  if (callee.number < callees_) return;
+  callees_ = callee.number + 1;
   texts_.note(callee.name, callee.type != Format::user_defined);
   texts_.note(callee.file);
   note_class(callee.class_entry);

@@ -23,7 +23,7 @@ class Learner final : public RecordHandler {
   void unknown(std::uint8_t) override {}
   void enter(Place) override {}
   void text_reference(std::uint64_t reference) override { texts_.note(reference); }
-  void callee(const Callee& callee, std::uint64_t reference) override;
+  void callee(const Callee& callee) override;
   void begun_by(std::uint64_t) override {}
   void number(std::uint32_t) override {}
   void output(const Checkpoint::String& text) override { body_.add(text.view(), text.is_cut()); }
@@ -46,7 +46,7 @@ class Learner final : public RecordHandler {
   TextSecrets& secrets_;
   AddDataTexts& texts_;
   BodyStream body_;
-  const Callee* last_callee_ = nullptr;
+  std::uint32_t callees_ = 0;  // that were noted; they come in the order of their numbers
   std::uint64_t last_class_ = 0;
 };
 

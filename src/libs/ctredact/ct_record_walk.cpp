@@ -71,17 +71,18 @@ void RecordWalk::record(const CheckpointView& view) {
   }
   begun_by_ = first;
   handler_.begin(view, type, common);
-  fields(view, type, cursor);
+  fields(type, cursor);
   handler_.end();
 }
 
-void RecordWalk::fields(const CheckpointView& view, Type type, Cursor& cursor) {
+void RecordWalk::fields(Type type, Cursor& cursor) {
   handler_.enter(place_of(type));
   const auto& layout = Checkpoint::type_info(type).layout;
   for (std::size_t i = 0; i != layout.size(); ++i) {
     const bool is_first = i == 0;
     if (layout[i] == Format::Field::reference && is_first && is_call(type)) {
-      handler_.callee(*callee_, cursor.u64());
+      cursor.u64();
+      handler_.callee(*callee_);
     } else if (layout[i] == Format::Field::reference && is_first &&
                Checkpoint::type_info(type).role == Checkpoint::Role::span_end) {
       handler_.begun_by(cursor.u64());
@@ -89,7 +90,6 @@ void RecordWalk::fields(const CheckpointView& view, Type type, Cursor& cursor) {
       field(layout[i], type, cursor);
     }
   }
-  static_cast<void>(view);
 }
 
 void RecordWalk::field(Format::Field field, Type type, Cursor& cursor) {

@@ -46,7 +46,7 @@ class RecordHandler {
   // Fields. What follows is in this kind of place.
   virtual void enter(Place place) = 0;
   virtual void text_reference(std::uint64_t reference) = 0;
-  virtual void callee(const Callee& callee, std::uint64_t reference) = 0;
+  virtual void callee(const Callee& callee) = 0;
   virtual void begun_by(std::uint64_t reference) = 0;
   virtual void number(std::uint32_t number) = 0;
   virtual void output(const Checkpoint::String& text) = 0;
@@ -97,7 +97,7 @@ class RecordWalk {
     std::int64_t number = 0;
   };
 
-  void fields(const CheckpointView& view, Type type, Cursor& cursor);
+  void fields(Type type, Cursor& cursor);
   void field(Format::Field field, Type type, Cursor& cursor);
   void value(Cursor& cursor, RuleId rule);
   void arguments(Cursor& cursor);

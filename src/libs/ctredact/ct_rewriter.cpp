@@ -62,9 +62,10 @@ void Rewriter::text_reference(std::uint64_t reference) {
   writer_.reference(text_of(reference, place_));
 }
 
-void Rewriter::callee(const Callee& callee, std::uint64_t reference) {
-  auto known = functions_.find(reference);
-  if (known == functions_.end()) {
+void Rewriter::callee(const Callee& callee) {
+  if (callee.number >= functions_.size()) functions_.resize(callee.number + 1, 0);
+  Write::Reference& made = functions_[callee.number];
+  if (made == 0) {
     Write::FunctionInfo info;
     info.type = callee.type;
     info.name = text_of(callee.name, Place::function_name);
@@ -72,14 +73,20 @@ void Rewriter::callee(const Callee& callee, std::uint64_t reference) {
     info.flags = callee.flags;
     info.file = text_of(callee.file, Place::path);
     info.line = callee.line;
-    known = functions_.emplace(reference, writer_.new_function(info)).first;
+    made = writer_.new_function(info);
   }
-  writer_.reference(known->second);
+  writer_.reference(made);
 }
 
 Write::Reference Rewriter::class_of(std::uint64_t reference) {
+  if (reference == 0) return 0;
+  Recent& recent = recent_classes_[recent_slot(reference)];
+  if (recent.before == reference) return recent.now;
   const auto known = classes_.find(reference);
-  if (known != classes_.end()) return known->second;
+  if (known != classes_.end()) {
+    recent = {reference, known->second};
+    return recent.now;
+  }
   ClassParts parts;
   if (!read_class(trace_.file(), reference, parts)) return 0;
   Write::ClassInfo info;

@@ -43,7 +43,7 @@ class Rewriter final : public RecordHandler {
   void unknown(std::uint8_t type) override;
   void enter(Place place) override { place_ = place; }
   void text_reference(std::uint64_t reference) override;
-  void callee(const Callee& callee, std::uint64_t reference) override;
+  void callee(const Callee& callee) override;
   void begun_by(std::uint64_t reference) override;
   void number(std::uint32_t number) override { writer_.u32(number); }
   void output(const Checkpoint::String& text) override;
@@ -59,6 +59,8 @@ class Rewriter final : public RecordHandler {
   void end_array() override { writer_.end_array(); }
 
  private:
+  static constexpr int recent_bits = 12;
+
   // A text of ADD DATA as it was written: where it lies, and what was changed in it.
   struct Change {
     std::uint32_t begin, end;          // before
@@ -68,6 +70,11 @@ class Rewriter final : public RecordHandler {
     Write::Reference reference = 0;
     std::vector<Change> changes;
   };
+
+  // The place of what came last for a reference, among those that share it.
+  static std::size_t recent_slot(std::uint64_t reference) {
+    return (reference * 0x9E3779B97F4A7C15) >> (64 - recent_bits);
+  }
 
   Write::Reference text_of(std::uint64_t reference, Place place);
   void write_text(const AddDataTexts::Text& text, Place place, Written& written);
@@ -90,13 +97,15 @@ class Rewriter final : public RecordHandler {
   NodeFinder nodes_;
 
   std::unordered_map<std::uint32_t, Written> written_;  // by the number of the text
-  std::unordered_map<std::uint64_t, Write::Reference> functions_;
+  std::vector<Write::Reference> functions_;             // by the number of the callee
   std::unordered_map<std::uint64_t, Write::Reference> classes_;
   struct Recent {
     std::uint64_t before = 0;
     Write::Reference now = 0;
   };
-  std::array<Recent, 256> recent_ = {};  // texts that come again and again
+  // Texts and classes that come again and again.
+  std::vector<Recent> recent_texts_ = std::vector<Recent>(1 << recent_bits);
+  std::vector<Recent> recent_classes_ = std::vector<Recent>(1 << recent_bits);
 
   std::vector<Range> ranges_;
   std::uint32_t writes_ = 0;

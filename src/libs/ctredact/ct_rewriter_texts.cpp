@@ -68,7 +68,7 @@ void Rewriter::header(std::uint8_t operation, const Checkpoint::String& line) {
 
 Write::Reference Rewriter::text_of(std::uint64_t reference, Place place) {
   if (reference == 0) return 0;
-  Recent& recent = recent_[reference % recent_.size()];
+  Recent& recent = recent_texts_[recent_slot(reference)];
   if (recent.before == reference) return recent.now;
   const AddDataTexts::Found found = texts_.find(reference);
   if (found.text == AddDataTexts::none) return 0;

@@ -120,6 +120,13 @@ std::string Rules::add_line(std::string_view line) {
   if (word == "function") return add_function(rest);
   if (word == "call") return add_call(rest);
   if (word == "no") return remove(rest);
+  if (word == "weak") {
+    if (adds_weak_) return "weak twice";
+    adds_weak_ = true;
+    std::string wrong = add_line(rest);
+    adds_weak_ = false;
+    return wrong;
+  }
   for (const std::string& part : parts_of(rest, ',')) {
     if (word == "key") {
       keys_.add(part, add_label("key " + words_of(part)));
@@ -177,7 +184,8 @@ std::string Rules::add_function(std::string_view rest) {
     if (!wrong.empty()) return wrong;
     for (const std::string& name : parts_of(rest.substr(0, colon), ',')) {
       const std::string small = in_small_letters(name);
-      rule.rule = add_label("function " + name);
+      rule.rule = add_label((adds_weak_ ? "weak function " : "function ") + name);
+      if (adds_weak_) weak_.insert(rule.rule);
       add_named(small, rule);
     }
   }
@@ -199,7 +207,8 @@ std::string Rules::add_call(std::string_view rest) {
   std::string wrong = read_place(rest.substr(colon + 3), rule);
   if (!wrong.empty()) return wrong;
   for (const std::string& verb : parts_of(rest.substr(0, colon), ',')) {
-    rule.rule = add_label("call " + verb);
+    rule.rule = add_label((adds_weak_ ? "weak call " : "call ") + verb);
+    if (adds_weak_) weak_.insert(rule.rule);
     verbs_.push_back({in_small_letters(verb), rule});
   }
   return {};

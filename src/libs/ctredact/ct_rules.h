@@ -62,6 +62,8 @@ class Rules {
   [[nodiscard]] std::size_t label_count() const { return labels_.size(); }
   // A rule that is in no file, such as that of a secret which the user named.
   RuleId add_label(std::string label);
+  // A guess: of what it finds, words and names are secret in their place only.
+  [[nodiscard]] bool is_weak(RuleId rule) const { return weak_.find(rule) != weak_.end(); }
 
   [[nodiscard]] const KeyWords& keys() const { return keys_; }
   // By its name in any case; null for one of which nothing is known.
@@ -104,6 +106,8 @@ class Rules {
   void add_named(const std::string& function, CallRule rule);
 
   std::vector<std::string> labels_;
+  std::unordered_set<RuleId> weak_;
+  bool adds_weak_ = false;  // the line that is read is weak
   KeyWords keys_;
   std::unordered_map<std::string, HeaderRule> headers_;
   std::unordered_map<std::string, std::vector<CallRule>> functions_;

@@ -130,9 +130,11 @@ void SecretSet::find_in(const Layer& layer, std::vector<Range>& out) const {
 }
 
 void SecretSet::find_behind(const Layer& layer, std::vector<Range>& out) const {
+  const unsigned escapes = escapes_in(layer.bytes);
+  if (escapes == 0) return;
   for (int i = 0; i != escape_count; ++i) {
     const auto escape = static_cast<Escape>(i);
-    if (!may_be_escaped(escape) || !has_escape(layer.bytes, escape)) continue;
+    if (!may_be_escaped(escape) || (escapes >> i & 1U) == 0) continue;
     DecodedText& decoded = decoded_[static_cast<std::size_t>(layer.level)];
     undo(layer.bytes, escape, decoded);
     if (decoded.bytes == layer.bytes) continue;

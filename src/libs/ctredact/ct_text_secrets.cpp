@@ -25,6 +25,14 @@ bool is_path(std::string_view text) {
   return is_name && text[0] == '/' && std::count(text.begin(), text.end(), '/') > 1;
 }
 
+// Nothing but letters, and what stands between the words of a name.
+bool is_name(std::string_view text) {
+  constexpr std::string_view others = "_.-:\\/ ";
+  return std::all_of(text.begin(), text.end(), [&](char c) {
+    return is_alpha(c) || others.find(c) != std::string_view::npos;
+  });
+}
+
 }  // namespace
 
 // That of "user:password" in base64, as HTTP has it.
@@ -65,7 +73,9 @@ void TextSecrets::learn_one(std::string_view secret, RuleId rule, bool is_cut) {
 
 void TextSecrets::learn_value(std::string_view value, RuleId rule, bool is_cut, bool is_inherited) {
   if (value.size() < SecretSet::shortest || is_class_name(value)) return;
-  if (is_inherited && is_path(value)) return;
+  const bool is_weak = rules_.is_weak(rule);
+  if ((is_inherited || is_weak) && is_path(value)) return;
+  if (is_weak && is_name(value)) return;
   learn_one(value, rule, is_cut);
   found_.clear();
   text_rules_.find_parts(value, rule, found_);
