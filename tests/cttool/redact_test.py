@@ -35,7 +35,7 @@ def spellings(secret):
         found |= {escaped.encode(), escaped.replace("/", "\\/").encode()}
     found |= {urllib.parse.quote_plus(text, safe=safe).encode() for safe in ("", "~", "*!")}
     found |= {urllib.parse.quote(text, safe=safe).encode() for safe in ("", "/", "!'()*")}
-    found |= {form.replace(b"~", b"%7E") for form in found if b"%" in form}
+    found |= {form.replace(b"~", b"%7E") for form in found}
     found |= {re.sub(rb"%..", lambda code: code.group().lower(), form) for form in set(found)
               if b"%" in form}
     html = text.replace("&", "&amp;").replace("<", "&lt;").replace(">", "&gt;")

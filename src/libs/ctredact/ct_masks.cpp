@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ctredact/ct_masks.h"
 
+#include <QByteArray>
 #include <QCryptographicHash>
 #include <QMessageAuthenticationCode>
 
@@ -14,7 +15,7 @@ QByteArray bytes_of(std::string_view text) {
 
 }  // namespace
 
-Masks::Masks(std::string_view key) : key_(bytes_of(key)) {}
+Masks::Masks(std::string_view key) : key_(key) {}
 
 std::string_view Masks::of(std::string_view secret) {
   constexpr std::size_t longest_known = 256;
@@ -25,8 +26,8 @@ std::string_view Masks::of(std::string_view secret) {
     const auto known = known_.find(std::string(secret));
     if (known != known_.end()) return known->second;
   }
-  const QByteArray code =
-      QMessageAuthenticationCode::hash(bytes_of(secret), key_, QCryptographicHash::Sha256);
+  const QByteArray code = QMessageAuthenticationCode::hash(bytes_of(secret), bytes_of(key_),
+                                                           QCryptographicHash::Sha256);
   made_ = "[secret:" + code.left(shown_bytes).toHex().toStdString() + "]";
   if (!is_kept) return made_;
   if (known_.size() >= most_known) known_.clear();

@@ -5,7 +5,6 @@
 // have which (HMAC with SHA-256).
 #pragma once
 
-#include <QByteArray>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -25,7 +24,7 @@ class Masks {
   static constexpr std::string_view tight = "*";
 
  private:
-  QByteArray key_;
+  std::string key_;
   std::string made_;
   // Secrets come again and again. It never holds more than a fixed number of them.
   std::unordered_map<std::string, std::string> known_;

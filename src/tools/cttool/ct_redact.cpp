@@ -60,13 +60,18 @@ bool read_whole(const std::string& name, std::string& text) {
   ByteInput input;
   unsigned char bytes[piece];
   std::int64_t size = -1;
-  if (input.open(name)) {
+  int error = 0;
+  errno = 0;
+  if (!input.open(name)) {
+    error = errno != 0 ? errno : EISDIR;
+  } else {
     while (text.size() <= most && (size = input.read(bytes, piece)) > 0) {
       text.append(bytes, bytes + size);
     }
+    error = input.error();
   }
   if (size == 0) return true;
-  const char* const reason = input.error() != 0 ? std::strerror(input.error()) : "it is too large";
+  const char* const reason = error != 0 ? std::strerror(error) : "it is too large";
   std::fprintf(stderr, "%s: %s\n", shown_text(name).c_str(), reason);
   return false;
 }
