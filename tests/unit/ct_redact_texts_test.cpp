@@ -89,6 +89,10 @@ TEST(TextRules, SeesValuesBehindNames) {
   EXPECT_THAT(seen("Cookie: a=1; b=22\r\nHost: h"), ElementsAre("1", "22"));
   EXPECT_THAT(seen("Authorization: Bearer abc"), ElementsAre("abc"));
   EXPECT_THAT(seen(R"(<input name="_token" value="abc">)"), testing::Contains("abc"));
+  EXPECT_THAT(seen("[\"token\"]=>\n  string(3) \"abc\""), ElementsAre("abc"));
+  EXPECT_THAT(seen("[token] => a b\n[x] => y"), ElementsAre("a b"));
+  EXPECT_THAT(seen("<t:Token a=\"b\">abc</t:Token>"), ElementsAre("abc"));
+  EXPECT_THAT(seen("name=\"token\"\r\n\r\nabc\r\n--b"), ElementsAre("abc"));
   EXPECT_THAT(seen("user%5Bpassword%5D=abc"), ElementsAre("abc"));
 }
 

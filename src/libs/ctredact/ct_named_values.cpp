@@ -74,6 +74,8 @@ bool ends_bare(char c) {
 NameBefore name_before(std::string_view text, std::size_t separator) {
   std::size_t end = separator;
   for (std::size_t i = 0; i != most_blanks && end != 0 && is_blank(text[end - 1]); ++i) --end;
+  // ["name"]=> as var_dump() shows it.
+  if (end > 1 && text[end - 1] == ']' && !quote_before(text, end - 1).empty()) --end;
   const std::string_view quote = quote_before(text, end);
   end -= quote.size();
   std::size_t begin = end;
