@@ -73,6 +73,7 @@ const std::vector<Question>& questions() {
        'J',
        10,
        Question::as_first},
+      {"redact", {"redact", "FILE", "-o", "OUT"}, 'J', 2, 235},
       // It holds what it packed, which is written only once it is known what has room.
       {"report", {"report", "FILE", "-o", "OUT"}, 'J', 2, 140},
   };

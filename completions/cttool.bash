@@ -15,6 +15,7 @@ _cttool_options() {
     export) options='-h --help --to -o --output --table --values --weight --gzip --depth --min --under --hide --only --no-builtin -v --verbose --color --no-pager --full --max-size' ;;
     report) options='-h --help -o --output --max-size --depth --min --under --hide --only --no-builtin -v --verbose --color --no-pager --full --max-size' ;;
     check) options='-h --help --level --limit --format -v --verbose --color --no-pager --full --max-size' ;;
+    redact) options='-h --help -o --output --rules --value --key --strict --format -v --verbose --color --no-pager --full --max-size' ;;
     *) options='-V --version -h --help -v --verbose --color --no-pager --full --max-size' ;;
   esac
 }
@@ -93,6 +94,13 @@ _cttool_value() {
     check--format) mapfile -t COMPREPLY < <(compgen -W 'text json jsonl' -- "$cur") ;;
     check--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
     check--max-size) : ;;
+    redact-o|redact--output) _filedir ;;
+    redact--rules) _filedir ;;
+    redact--value) : ;;
+    redact--key) _filedir ;;
+    redact--format) mapfile -t COMPREPLY < <(compgen -W 'text json' -- "$cur") ;;
+    redact--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
+    redact--max-size) : ;;
     *) return 1 ;;
   esac
 }
@@ -115,6 +123,7 @@ _cttool() {
     mapfile -t COMPREPLY < <(compgen -W "$options" -- "$cur")
   elif [[ ! $verb || $verb == help ]]; then
     mapfile -t COMPREPLY < <(compgen -W 'summary top tree calls show response sql export report check help' -- "$cur")
+    mapfile -t COMPREPLY < <(compgen -W 'summary top tree calls show response sql export report redact help' -- "$cur")
   else
     _filedir
   fi

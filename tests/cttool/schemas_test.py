@@ -34,6 +34,8 @@ DOCUMENTS = [
     ("sql", "select * from errors where 0"),
     ("check",),
     ("check", "--level", "fatal"),
+    ("redact", "-o", "/dev/null", "--value", "autoload"),
+    ("redact", "-o", "/dev/null", "--strict"),
 ]
 # A verb, and options with which it prints documents that are a list of the one above, a line each.
 LINES = [

@@ -56,6 +56,7 @@ std::span<const Verb> verbs();
 VerbRun define_calls(CLI::App& command);
 VerbRun define_check(CLI::App& command);
 VerbRun define_export(CLI::App& command);
+VerbRun define_redact(CLI::App& command);
 VerbRun define_report(CLI::App& command);
 VerbRun define_response(CLI::App& command);
 VerbRun define_show(CLI::App& command);

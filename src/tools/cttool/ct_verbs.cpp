@@ -70,6 +70,12 @@ std::span<const Verb> verbs() {
            "  cttool check request.ct --limit 0            every single defect\n"
            "  cttool check *.ct --format jsonl | jq -c 'select(.clean | not)'\n",
            define_check},
+      Verb{"redact", "A copy without secrets, still a trace, to hand on.",
+           "  cttool redact request.ct -o shared.ct        says what it masked, and where\n"
+           "  cttool redact request.ct -o shared.ct --rules our.rules --value 'ACME Ltd'\n"
+           "  cttool redact request.ct -o shared.ct --key our.key   equal masks in every trace\n"
+           "  cttool redact request.ct -o shared.ct --strict        no text stays\n",
+           define_redact},
   };
   return table;
 }
