@@ -24,11 +24,22 @@ bool ByteInput::open(const std::string& name) {
   do {
     descriptor_ = ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
   } while (descriptor_ < 0 && errno == EINTR);
-  if (descriptor_ < 0) return false;
   struct stat info = {};
-  if (fstat(descriptor_, &info) != 0 || S_ISDIR(info.st_mode)) return false;
+  if (descriptor_ < 0 || fstat(descriptor_, &info) != 0) {
+    error_ = errno;
+    return false;
+  }
+  if (S_ISDIR(info.st_mode)) error_ = EISDIR;
   is_named_file_ = S_ISREG(info.st_mode);
-  return true;
+  return error_ == 0;
+}
+
+std::uint64_t ByteInput::size() const {
+  struct stat info = {};
+  if (fstat(descriptor_, &info) != 0 || !S_ISREG(info.st_mode)) return 0;
+  const off_t at = lseek(descriptor_, 0, SEEK_CUR);
+  const off_t left = info.st_size - std::max<off_t>(at, 0);
+  return first_.size() + static_cast<std::uint64_t>(std::max<off_t>(left, 0));
 }
 
 std::string_view ByteInput::first(std::size_t size) {

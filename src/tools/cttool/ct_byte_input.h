@@ -17,7 +17,7 @@ class ByteInput {
   ByteInput(const ByteInput&) = delete;
   ByteInput& operator=(const ByteInput&) = delete;
 
-  // "-" is standard input, which stays open. False if it cannot be opened.
+  // "-" is standard input, which stays open. False if it cannot be opened, and error() tells.
   bool open(const std::string& name);
   // The first bytes, `size` of them if there are so many; they are read again later.
   std::string_view first(std::size_t size);
@@ -26,6 +26,8 @@ class ByteInput {
 
   // Whether it can be opened again by its name and is the same then.
   [[nodiscard]] bool is_named_file() const { return is_named_file_; }
+  // How many bytes are left of a file on disk; 0 where nobody knows.
+  [[nodiscard]] std::uint64_t size() const;
   // Of the system; 0 for none.
   [[nodiscard]] int error() const { return error_; }
 

@@ -45,6 +45,11 @@ std::string as_bytes(std::int64_t bytes) {
   return unit == 0 ? fmt::format("{} B", bytes) : fmt::format("{:.1f} {}", amount, units[unit]);
 }
 
+std::string beyond_max_size(std::string_view what, std::uint64_t max_size) {
+  return fmt::format("{} is larger than {}; --max-size 8G allows more", what,
+                     as_bytes(static_cast<std::int64_t>(max_size)));
+}
+
 std::optional<std::int64_t> parse_time(std::string_view text) {
   struct Unit {
     std::string_view name;

@@ -18,6 +18,8 @@ std::string as_percent(std::int64_t part, std::int64_t whole);
 std::string as_count(std::int64_t count);
 // In the largest binary unit that it fills: "512 B", "-1.5 KiB", "20.0 MiB".
 std::string as_bytes(std::int64_t bytes);
+// Why something is not read that is larger than Session::max_size.
+std::string beyond_max_size(std::string_view what, std::uint64_t max_size);
 
 // "5ms", "1.5s", "250us" or "90ns" as nanoseconds; nothing if it is no such time. A number without
 // a unit is in milliseconds.

@@ -53,7 +53,7 @@ bool Input::open(File& file) {
         file.open([&bytes](unsigned char* to, std::size_t size) { return bytes.read(to, size); });
   }
   failure_ = file.error_message().toStdString();
-  if (bytes.error() != 0) failure_ = qt_error_string(bytes.error()).toStdString();
+  if (is_ours && bytes.error() != 0) failure_ = qt_error_string(bytes.error()).toStdString();
   return is_open;
 }
 
@@ -66,9 +66,7 @@ bool Input::unpack(File& file, ByteInput& bytes, Archive kind) {
   archive_damage_ = unpacker->error();
   failure_ = file.error_message().toStdString();
   if (unpacker->is_too_large()) {
-    failure_ = "what is in the archive is larger than ";
-    failure_ += as_bytes(static_cast<std::int64_t>(session_.max_size));
-    failure_ += "; --max-size 8G allows more";
+    failure_ = beyond_max_size("what is in the archive", session_.max_size);
   } else if (bytes.error() != 0) {
     failure_ = qt_error_string(bytes.error()).toStdString();
   } else if (!archive_damage_.empty()) {
