@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: MIT
+#include "ctsalvage/ct_places.h"
+
+#include <algorithm>
+
+namespace CT::Salvage {
+
+namespace {
+
+using Checkpoint::Role;
+
+// Pairs ends with begins by nesting alone, within one chain: visit(offset of the begin, reference
+// of the end) for each.
+template <class Visit>
+void each_pair(const Looker& looker, const Chain& chain, std::vector<std::uint64_t>& open,
+               Visit&& visit) {
+  open.clear();
+  each_checkpoint(looker.bytes(), looker.order(), chain.begin, chain.end,
+                  [&](const Frame& frame, std::uint64_t offset) {
+                    if (frame.role() == Role::span) {
+                      open.push_back(offset);
+                    } else if (frame.is_end() && !open.empty()) {
+                      const std::uint32_t common = frame.common_size();
+                      const std::uint64_t begin = open.back();
+                      open.pop_back();
+                      if (frame.size < common + Format::reference_size) return true;
+                      visit(begin, looker.order().u64(frame.reference()));
+                    }
+                    return true;
+                  });
+}
+
+// The shift of a chain, as its pairs tell it one after the other. Two that agree on another one are
+// believed; a single one only where nothing else is known.
+class Shifter {
+ public:
+  Shifter(std::int64_t shift, std::uint64_t begin, std::uint64_t most)
+      : shift_(shift), begin_(begin), split_(begin), most_(static_cast<std::int64_t>(most)) {}
+
+  // A pair whose begin is at an offset says that this is the shift there. True if a piece ends at
+  // split(), for another shift() begins there.
+  bool hear(std::int64_t said, std::uint64_t offset) {
+    if (said == shift_) {
+      has_agreed_ = true;
+      votes_ = 0;
+      return false;
+    }
+    const std::int64_t place = static_cast<std::int64_t>(offset) + said;
+    if (said > most_ || said < -most_ || place < 0) return false;
+    if (votes_ == 0 || said != other_) {
+      other_ = said;
+      votes_ = 0;
+      split_ = has_agreed_ ? offset : begin_;
+    }
+    if (++votes_ < 2) return false;
+    take();
+    return true;
+  }
+  // The end of the chain: true as above.
+  bool end() {
+    if (has_agreed_ || votes_ == 0) return false;
+    take();
+    return true;
+  }
+  [[nodiscard]] std::int64_t shift() const { return shift_; }
+  [[nodiscard]] std::uint64_t split() const { return split_; }
+
+ private:
+  void take() {
+    shift_ = other_;
+    votes_ = 0;
+    has_agreed_ = true;
+  }
+
+  std::int64_t shift_;
+  std::uint64_t begin_;
+  std::uint64_t split_;
+  std::int64_t most_;
+  std::int64_t other_ = 0;
+  int votes_ = 0;
+  bool has_agreed_ = false;
+};
+
+// Cuts a piece before the first checkpoint whose place is not before `place`.
+Piece cut_before(const Looker& looker, const Piece& piece, std::int64_t place) {
+  Piece cut = piece;
+  each_checkpoint(looker.bytes(), looker.order(), piece.begin, piece.end,
+                  [&](const Frame& frame, std::uint64_t offset) {
+                    cut.end = offset;
+                    if (piece.place_of(offset + frame.whole_size()) > place) return false;
+                    cut.end = offset + frame.whole_size();
+                    return true;
+                  });
+  return cut;
+}
+
+// What is left of a piece from the first checkpoint on that lies at a place or behind it.
+Piece cut_behind(const Looker& looker, const Piece& piece, std::int64_t place) {
+  std::uint64_t begin = piece.end;
+  each_checkpoint(looker.bytes(), looker.order(), piece.begin, piece.end,
+                  [&](const Frame&, std::uint64_t offset) {
+                    if (piece.place_of(offset) < place) return true;
+                    begin = offset;
+                    return false;
+                  });
+  return {begin, piece.end, piece.place_of(begin)};
+}
+
+void add_part(std::vector<Piece>& parts, const Piece& piece, std::uint64_t begin,
+              std::uint64_t end) {
+  if (begin != end) parts.push_back({begin, end, piece.place_of(begin)});
+}
+
+}  // namespace
+
+Votes vote(const Looker& looker, const std::vector<Chain>& chains) {
+  Votes votes;
+  std::uint64_t lead = 0;
+  std::vector<std::uint64_t> open;
+  const auto each = [&](auto&& visit) {
+    for (const Chain& chain : chains) {
+      each_pair(looker, chain, open,
+                [&](std::uint64_t begin, std::uint64_t reference) { visit(reference - begin); });
+    }
+  };
+  each([&](std::uint64_t base) {
+    if (lead == 0) votes.base = base;
+    lead = base == votes.base ? lead + 1 : lead - 1;
+  });
+  each([&](std::uint64_t base) {
+    ++votes.all;
+    if (base == votes.base) ++votes.for_it;
+  });
+  return votes;
+}
+
+std::vector<Piece> find_places(const Looker& looker, const std::vector<Chain>& chains,
+                               std::uint64_t base, std::uint64_t first) {
+  std::vector<Piece> pieces;
+  std::vector<std::uint64_t> open;
+  std::int64_t shift = -static_cast<std::int64_t>(first);
+  for (const Chain& chain : chains) {
+    Shifter shifter(shift, chain.begin, looker.end());
+    Piece piece = {chain.begin, chain.end, static_cast<std::int64_t>(chain.begin) + shift};
+    const auto split = [&] {
+      add_part(pieces, piece, piece.begin, shifter.split());
+      piece.begin = shifter.split();
+      piece.place = static_cast<std::int64_t>(piece.begin) + shifter.shift();
+    };
+    each_pair(looker, chain, open, [&](std::uint64_t begin, std::uint64_t reference) {
+      const auto said = static_cast<std::int64_t>(reference - base - begin);
+      if (shifter.hear(said, begin)) split();
+    });
+    if (shifter.end()) split();
+    shift = shifter.shift();
+    pieces.push_back(piece);
+  }
+  return pieces;
+}
+
+// Of two pieces that overlap, the one that stands first in the file is right.
+Sorted sort_places(const Looker& looker, std::vector<Piece> pieces) {
+  Sorted sorted;
+  for (std::size_t each = 1; each < pieces.size(); ++each) {
+    if (pieces[each].place < pieces[each - 1].place) ++sorted.moved;
+  }
+  std::stable_sort(pieces.begin(), pieces.end(),
+                   [](const Piece& a, const Piece& b) { return a.place < b.place; });
+  for (Piece piece : pieces) {
+    if (piece.place < 0) {
+      sorted.doubled.push_back(piece);
+      continue;
+    }
+    if (!sorted.pieces.empty() && sorted.pieces.back().end_place() > piece.place) {
+      Piece& last = sorted.pieces.back();
+      if (piece.begin < last.begin) {
+        const Piece kept = cut_before(looker, last, piece.place);
+        add_part(sorted.doubled, last, kept.end, last.end);
+        last = kept;
+        if (last.begin == last.end) sorted.pieces.pop_back();
+      } else {
+        const Piece kept = cut_behind(looker, piece, last.end_place());
+        add_part(sorted.doubled, piece, piece.begin, kept.begin);
+        piece = kept;
+      }
+    }
+    add_part(sorted.pieces, piece, piece.begin, piece.end);
+  }
+  return sorted;
+}
+
+}  // namespace CT::Salvage
