@@ -76,7 +76,7 @@ std::vector<Mark> marks_of(const Octets& trace) {
                                             std::uint64_t{trace[at + 3]} << 16;
     const bool has_time = (lead & (is_big ? 4 : 0x20)) != 0;
     const bool has_memory = (lead & (is_big ? 2 : 0x40)) != 0;
-    const std::uint64_t fixed = (has_time ? 12 : 0) + (has_memory ? 8 : 0);
+    const std::uint64_t fixed = (has_time ? 12U : 0U) + (has_memory ? 8U : 0U);
     const std::uint64_t next = at + 4 + size;
     marks.push_back({at, next, hash_of(trace, at, std::min(at + 4 + fixed, next), size)});
     at = next;

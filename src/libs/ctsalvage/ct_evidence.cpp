@@ -49,7 +49,12 @@ std::optional<std::uint64_t> Evidence::first() const {
 
 Votes Evidence::first_votes() const {
   if (chains_.empty()) return {};
-  return vote(looker_, {chains_.front()});
+  constexpr std::uint64_t enough = 64;
+  return vote(looker_, {chains_.front()}, enough);
+}
+
+bool Evidence::supports(std::uint64_t base) const {
+  return count_votes(looker_, chains_, base).for_it >= 2;
 }
 
 double Evidence::share(const Range& range) const {

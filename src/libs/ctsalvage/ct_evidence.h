@@ -21,10 +21,13 @@ class Evidence {
   // Where the first of them begins, if there is one.
   [[nodiscard]] std::optional<std::uint64_t> first() const;
 
-  // The writer's address of the offset 0 by the checkpoints that follow the first without a gap,
-  // and by all.
+  // The writer's address of the offset 0 by the first calls that follow the first checkpoint
+  // without a gap, and by all.
   [[nodiscard]] Votes first_votes() const;
   [[nodiscard]] Votes votes() const { return vote(looker_, chains_); }
+
+  // Whether calls say that it is this one.
+  [[nodiscard]] bool supports(std::uint64_t base) const;
 
   // Of the references into ADD DATA the share that lies in a range; 0 if there are none.
   [[nodiscard]] double share(const Range& range) const;

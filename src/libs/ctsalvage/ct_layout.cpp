@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdio>
 #include <optional>
+#include <utility>
 
 #include "ctsalvage/ct_evidence.h"
 
@@ -41,6 +42,7 @@ class Surveyor {
   [[nodiscard]] std::uint64_t choose_data_end() const;
   void take_add_data(std::uint64_t begin);
   void end_chains_at(std::uint64_t end);
+  [[nodiscard]] bool finds_functions(std::uint64_t said, std::uint64_t other) const;
   void tell_numbers();
   [[nodiscard]] bool ends_at(std::uint64_t offset) const {
     return !layout_.chains.empty() && layout_.chains.back().end == offset;
@@ -84,10 +86,15 @@ void Surveyor::choose_order() {
         !separate_ && (header_.is_there || has_sizes_ || looker.begins(Header::size));
     return Evidence(file_, has_room ? Header::size : 0, order);
   };
-  evidence_.emplace(look(header_.is_there && said_big));
-  if (!header_.is_there || evidence_->checkpoints() < enough) {
-    Evidence other = look(!(header_.is_there && said_big));
-    if (other.checkpoints() > evidence_->checkpoints()) evidence_.emplace(std::move(other));
+  const bool first_try = header_.is_there && said_big;
+  evidence_.emplace(look(first_try));
+  if (!header_.is_there || evidence_->checkpoints() < enough ||
+      evidence_->first() != Header::size) {
+    Evidence other = look(!first_try);
+    const auto weight = [](const Evidence& evidence) {
+      return std::pair(evidence.votes().for_it, evidence.checkpoints());
+    };
+    if (weight(other) > weight(*evidence_)) evidence_.emplace(std::move(other));
   }
   const bool is_big = evidence_->order().big_endian();
   layout_.order = evidence_->order();
@@ -111,7 +118,7 @@ void Surveyor::find_data_origin() {
   const std::uint64_t voted = votes.base + begin;
   const std::uint64_t difference = voted - header_.orig_data;
   const bool is_near = difference + file_.size() <= 2 * file_.size();
-  is_confirmed_ = !separate_ && votes.for_it != 0 && difference == 0;
+  is_confirmed_ = !separate_ && evidence_->supports(header_.orig_data - begin);
   const bool is_said =
       is_confirmed_ || (header_.is_there && (votes.for_it == 0 || (!is_first && is_near)));
   layout_.header.orig_data = is_said ? header_.orig_data : votes.for_it != 0 ? voted : 0;
@@ -123,9 +130,10 @@ void Surveyor::find_add_data_origin() {
   constexpr double most = 0.5;
   const std::uint64_t reach = std::max<std::uint64_t>(header_.add_data_size, file_.size());
   const auto lowest = evidence_->lowest_reference();
+  const Range said = {header_.orig_add_data, reach};
   const bool is_said =
-      !separate_ &&
-      (lowest ? evidence_->share({header_.orig_add_data, reach}) > most : header_.is_there);
+      !separate_ && (lowest ? evidence_->share(said) > most && finds_functions(said.origin, *lowest)
+                            : header_.is_there);
   layout_.header.orig_add_data = is_said ? header_.orig_add_data : lowest.value_or(0);
   if (is_said) tell("orig_add_data", hex(header_.orig_add_data), true, Sure::certain);
   const Range data = {layout_.header.orig_data, 2 * file_.size()};
@@ -157,6 +165,20 @@ void Surveyor::find_sections() {
   layout_.data = file_.first(end);
   take_add_data(end);
   end_chains_at(end);
+}
+
+// Whether the header's origin is no worse than the other one, where the header has ADD DATA.
+bool Surveyor::finds_functions(std::uint64_t said, std::uint64_t other) const {
+  std::uint64_t by_said = 0;
+  std::uint64_t by_other = 0;
+  const std::uint64_t size = file_.size();
+  const std::uint64_t by_data = Header::size + std::uint64_t{header_.data_size};
+  for (const std::uint64_t begin : {by_data, size - header_.add_data_size}) {
+    if (begin > size) continue;
+    by_said += evidence_->functions_in(file_.subspan(begin), said);
+    by_other += evidence_->functions_in(file_.subspan(begin), other);
+  }
+  return by_said >= by_other;
 }
 
 void Surveyor::end_chains_at(std::uint64_t end) {

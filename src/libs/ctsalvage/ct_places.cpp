@@ -30,6 +30,20 @@ void each_pair(const Looker& looker, const Chain& chain, std::vector<std::uint64
                   });
 }
 
+// Where each of the first pairs says that the byte at offset 0 lay.
+template <class Visit>
+void each_vote(const Looker& looker, const std::vector<Chain>& chains, std::uint64_t most,
+               Visit&& visit) {
+  std::vector<std::uint64_t> open;
+  for (const Chain& chain : chains) {
+    each_pair(looker, chain, open, [&](std::uint64_t begin, std::uint64_t reference) {
+      if (most == 0) return;
+      --most;
+      visit(reference - begin);
+    });
+  }
+}
+
 // The shift of a chain, as its pairs tell it one after the other. Two that agree on another one are
 // believed; a single one only where nothing else is known.
 class Shifter {
@@ -113,23 +127,23 @@ void add_part(std::vector<Piece>& parts, const Piece& piece, std::uint64_t begin
 
 }  // namespace
 
-Votes vote(const Looker& looker, const std::vector<Chain>& chains) {
-  Votes votes;
+Votes vote(const Looker& looker, const std::vector<Chain>& chains, std::uint64_t most) {
+  std::uint64_t base = 0;
   std::uint64_t lead = 0;
-  std::vector<std::uint64_t> open;
-  const auto each = [&](auto&& visit) {
-    for (const Chain& chain : chains) {
-      each_pair(looker, chain, open,
-                [&](std::uint64_t begin, std::uint64_t reference) { visit(reference - begin); });
-    }
-  };
-  each([&](std::uint64_t base) {
-    if (lead == 0) votes.base = base;
-    lead = base == votes.base ? lead + 1 : lead - 1;
+  each_vote(looker, chains, most, [&](std::uint64_t said) {
+    if (lead == 0) base = said;
+    lead = said == base ? lead + 1 : lead - 1;
   });
-  each([&](std::uint64_t base) {
+  return count_votes(looker, chains, base, most);
+}
+
+Votes count_votes(const Looker& looker, const std::vector<Chain>& chains, std::uint64_t base,
+                  std::uint64_t most) {
+  Votes votes;
+  votes.base = base;
+  each_vote(looker, chains, most, [&](std::uint64_t said) {
     ++votes.all;
-    if (base == votes.base) ++votes.for_it;
+    if (said == base) ++votes.for_it;
   });
   return votes;
 }

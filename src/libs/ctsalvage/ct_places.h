@@ -32,7 +32,11 @@ struct Votes {
   std::uint64_t for_it = 0;
   std::uint64_t all = 0;
 };
-Votes vote(const Looker& looker, const std::vector<Chain>& chains);
+// By the first `most` calls.
+Votes vote(const Looker& looker, const std::vector<Chain>& chains, std::uint64_t most = all_values);
+// The same for a base that is given.
+Votes count_votes(const Looker& looker, const std::vector<Chain>& chains, std::uint64_t base,
+                  std::uint64_t most = all_values);
 
 // Chains cut where they were moved, each piece with its place. `base`: the writer's address of
 // place 0, which is at the offset `first` unless something was moved.
