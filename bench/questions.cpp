@@ -61,6 +61,7 @@ const std::vector<Question>& questions() {
        'J',
        6},
       {"export sqlite", {"export", "FILE", "--to", "sqlite", "-o", "OUT"}, 'J', 10},
+      {"salvage, whole", {"salvage", "FILE", "-o", "OUT"}, 'S', 4},
       // It holds what it packed, which is written only once it is known what has room.
       {"report", {"report", "FILE", "-o", "OUT"}, 'J', 2, 140},
   };

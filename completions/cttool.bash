@@ -14,6 +14,7 @@ _cttool_options() {
     sql) options='-h --help --format --timeout -v --verbose --color --no-pager --full --max-size' ;;
     export) options='-h --help --to -o --output --table --values --weight --gzip --depth --min --under --hide --only --no-builtin -v --verbose --color --no-pager --full --max-size' ;;
     report) options='-h --help -o --output --max-size --depth --min --under --hide --only --no-builtin -v --verbose --color --no-pager --full --max-size' ;;
+    salvage) options='-h --help -o --output --data --add-data --format -v --verbose --color --no-pager --full --max-size' ;;
     *) options='-V --version -h --help -v --verbose --color --no-pager --full --max-size' ;;
   esac
 }
@@ -87,6 +88,12 @@ _cttool_value() {
     report--hide) : ;;
     report--only) : ;;
     report--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
+    salvage-o|salvage--output) _filedir ;;
+    salvage--data) _filedir ;;
+    salvage--add-data) _filedir ;;
+    salvage--format) mapfile -t COMPREPLY < <(compgen -W 'text json' -- "$cur") ;;
+    salvage--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
+    salvage--max-size) : ;;
     *) return 1 ;;
   esac
 }
@@ -108,7 +115,7 @@ _cttool() {
     _cttool_options "$verb"
     mapfile -t COMPREPLY < <(compgen -W "$options" -- "$cur")
   elif [[ ! $verb || $verb == help ]]; then
-    mapfile -t COMPREPLY < <(compgen -W 'summary top tree calls show response sql export report help' -- "$cur")
+    mapfile -t COMPREPLY < <(compgen -W 'summary top tree calls show response sql export report salvage help' -- "$cur")
   else
     _filedir
   fi

@@ -32,6 +32,7 @@ DOCUMENTS = [
     ("response", "--blame", "e"),
     ("sql", "select * from request; select * from calls limit 30; select 1.5, null, x'00ff'"),
     ("sql", "select * from errors where 0"),
+    ("salvage", "-o", "/dev/null"),
 ]
 # A verb, and options with which it prints documents that are a list of the one above, a line each.
 LINES = [

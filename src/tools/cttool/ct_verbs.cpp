@@ -64,6 +64,12 @@ std::span<const Verb> verbs() {
            "  cttool report request.ct -o part.html --under 'Note::html'\n"
            "  cttool report request.ct -o slow.html --min 1% --no-builtin\n",
            define_report},
+      Verb{"salvage", "Make a damaged or unfinished trace readable again.",
+           "  cttool salvage broken.ct -o mended.ct        says what was kept, dropped, invented\n"
+           "  cttool salvage broken.ct.gz -o - | cttool summary -\n"
+           "  cttool salvage broken.ct -o mended.ct --format json >report.json\n"
+           "  cttool salvage --data run.data --add-data run.add-data -o run.ct\n",
+           define_salvage},
   };
   return table;
 }
