@@ -96,7 +96,7 @@ std::string false_starts(std::size_t n) {
   data.add(std::string(5, '\xFF'));
   while (data.size() < n) {
     data.header(call, size).add(add_data_origin).add(std::uint32_t{0x01010101});
-    data.add('\6').add(std::uint32_t{block - 21}).add(std::string(block - 21, '\3'));
+    data.add('\6').add(std::uint32_t{block - 21}).add(std::string(block - 21, '\xFF'));
   }
   return file_of(data.text(), one_function());
 }
@@ -161,10 +161,11 @@ std::string shifts(std::size_t n) {
   return file_of(data.text(), one_function());
 }
 
+// Sizes that it tells are below those of the files.
 std::string garbage(std::size_t n) {
   std::mt19937_64 random(1);
   Octets data = begin();
-  while (data.size() < n) data.add(random());
+  while (data.size() < n) data.add(random() & 0x0F0F0F0F0F0F0F0F);
   return file_of(data.text(), one_function());
 }
 

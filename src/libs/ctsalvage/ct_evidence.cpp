@@ -91,8 +91,10 @@ std::uint64_t Evidence::best_origin(Bytes add_data, std::uint64_t guess) const {
   std::uint64_t best = guess;
   std::uint64_t most = functions_in(add_data, guess);
   if (2 * most > std::min<std::uint64_t>(functions_.size(), 128)) return guess;
-  for (std::uint64_t at = 0; at < std::min<std::uint64_t>(tries, add_data.size()); ++at) {
+  for (std::uint64_t at = 0; at < tries && at + Format::Function::size <= add_data.size(); ++at) {
     const std::uint64_t origin = functions_.front() - at;
+    const std::uint64_t name = order().u64(add_data.data() + at + Format::Function::name);
+    if (name - origin >= add_data.size()) continue;
     const std::uint64_t found = functions_in(add_data, origin);
     if (found <= most) continue;
     most = found;

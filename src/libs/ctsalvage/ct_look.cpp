@@ -5,7 +5,7 @@ namespace CT::Salvage {
 
 namespace {
 
-constexpr std::uint64_t most_values = 64;  // that a look goes through
+constexpr std::uint64_t most_values = 24;  // that a look goes through
 constexpr std::uint32_t nanoseconds_of_a_second = 1'000'000'000;
 
 // Sums up where the references of a checkpoint lead.

@@ -21,16 +21,17 @@ bool belong_together(Type begin, Type end) {
 
 }  // namespace
 
-Ends::Ends(const unsigned char* file, Order order, std::uint64_t base,
-           const std::vector<Piece>& runs)
-    : order_(order), base_(base), runs_(runs) {
+Ends::Ends(const unsigned char* file, Order order, std::uint64_t base, const Selection& selection)
+    : order_(order), base_(base), runs_(selection.runs) {
   std::uint32_t number = 0;
-  for (const Piece& run : runs) {
+  // Nothing begins before the request.
+  const std::int64_t lowest = selection.has_startup && !runs_.empty() ? runs_.front().place : 0;
+  for (const Piece& run : runs_) {
     each_checkpoint(file, order, run.begin, run.end, [&](const Frame& frame, std::uint64_t offset) {
       if (!frame.is_end()) return true;
       const std::int64_t begin = place(frame);
       lasts_.push_back({begin, ++number});
-      if (begin >= 0 && begin < run.place_of(offset) && !is_kept(begin)) {
+      if (begin >= lowest && begin < run.place_of(offset) && !is_kept(begin)) {
         lost_.push_back({begin, frame.type(), offset, false});
       }
       return true;

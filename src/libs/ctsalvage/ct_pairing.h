@@ -14,7 +14,7 @@
 #include <optional>
 #include <vector>
 
-#include "ctsalvage/ct_places.h"
+#include "ctsalvage/ct_selection.h"
 
 namespace CT::Salvage {
 
@@ -30,7 +30,7 @@ struct LostBegin {
 class Ends {
  public:
   // `base`: the writer's address of place 0.
-  Ends(const unsigned char* file, Order order, std::uint64_t base, const std::vector<Piece>& runs);
+  Ends(const unsigned char* file, Order order, std::uint64_t base, const Selection& selection);
 
   // The number of the last end that names a place, counted from 1; 0 if none does.
   [[nodiscard]] std::uint32_t last(std::int64_t place) const;

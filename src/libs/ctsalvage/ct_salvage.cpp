@@ -65,7 +65,7 @@ Salvaged mend(Layout layout, Report report) {
   const std::vector<Piece> pieces = place(layout, made.report);
   const Selection selection = select(file, layout.order, pieces, *names, made.report);
   names->invent();
-  Ends ends(file, layout.order, layout.header.orig_data, selection.runs);
+  Ends ends(file, layout.order, layout.header.orig_data, selection);
   Header header = layout.header;
   if (header.orig_data > highest_origin) header.orig_data = highest_origin;
   Mender mender(file, layout.order, header.orig_data, *names, made.report);

@@ -41,7 +41,6 @@ class Selector {
   Selection run(const std::vector<Piece>& pieces) {
     each(pieces, [&](const Piece&, const Frame& frame, std::uint64_t) { bounds_.see(frame); });
     bounds_.decide();
-    selection_.has_startup = bounds_.startup != Bounds::none;
     std::uint64_t number = 0;
     each(pieces, [&](const Piece& piece, const Frame& frame, std::uint64_t offset) {
       if (takes(frame, number++, offset)) keep(piece, frame, offset);
@@ -89,6 +88,7 @@ class Selector {
     const std::int64_t place = piece.place_of(offset);
     std::vector<Piece>& runs = selection_.runs;
     const std::uint64_t end = offset + frame.whole_size();
+    if (frame.role() == Role::root) selection_.has_startup = true;
     if (!runs.empty() && runs.back().end == offset && runs.back().end_place() == place) {
       runs.back().end = end;
     } else {
