@@ -29,7 +29,9 @@ class Evidence {
   // Whether calls say that it is this one.
   [[nodiscard]] bool supports(std::uint64_t base) const;
 
-  // Of the references into ADD DATA the share that lies in a range; 0 if there are none.
+  // How many references into ADD DATA they have.
+  [[nodiscard]] std::uint64_t references() const { return references_.size(); }
+  // Of these the share that lies in a range; 0 if there are none.
   [[nodiscard]] double share(const Range& range) const;
   // The lowest of them that are near to most; none if there are none.
   [[nodiscard]] std::optional<std::uint64_t> lowest_reference() const;

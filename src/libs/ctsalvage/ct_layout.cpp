@@ -117,10 +117,11 @@ void Surveyor::find_data_origin() {
   if (!is_first) votes = evidence_->votes();
   const std::uint64_t voted = votes.base + begin;
   const std::uint64_t difference = voted - header_.orig_data;
+  constexpr std::uint64_t few = 4;
   const bool is_near = difference + file_.size() <= 2 * file_.size();
   is_confirmed_ = !separate_ && evidence_->supports(header_.orig_data - begin);
   const bool is_said =
-      is_confirmed_ || (header_.is_there && (votes.for_it == 0 || (!is_first && is_near)));
+      is_confirmed_ || (header_.is_there && (votes.for_it < few || (!is_first && is_near)));
   layout_.header.orig_data = is_said ? header_.orig_data : votes.for_it != 0 ? voted : 0;
   tell("orig_data", hex(layout_.header.orig_data), is_said,
        is_said ? Sure::certain : sureness(votes));
@@ -131,9 +132,11 @@ void Surveyor::find_add_data_origin() {
   const std::uint64_t reach = std::max<std::uint64_t>(header_.add_data_size, file_.size());
   const auto lowest = evidence_->lowest_reference();
   const Range said = {header_.orig_add_data, reach};
+  constexpr std::uint64_t few = 16;
   const bool is_said =
-      !separate_ && (lowest ? evidence_->share(said) > most && finds_functions(said.origin, *lowest)
-                            : header_.is_there);
+      !separate_ && (evidence_->references() < few
+                         ? header_.is_there
+                         : evidence_->share(said) > most && finds_functions(said.origin, *lowest));
   layout_.header.orig_add_data = is_said ? header_.orig_add_data : lowest.value_or(0);
   if (is_said) tell("orig_add_data", hex(header_.orig_add_data), true, Sure::certain);
   const Range data = {layout_.header.orig_data, 2 * file_.size()};
