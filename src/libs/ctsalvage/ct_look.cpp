@@ -80,7 +80,16 @@ bool Looker::follows(std::uint64_t offset, const Look& look) const {
   if (look.verdict == Verdict::perfect) return true;
   if (look.verdict == Verdict::none) return false;
   if (look.verdict == Verdict::open) return look.has_evidence || is_end_or_likely(look.next);
-  return offset != look.next && (look.next == end_ || begins(look.next));
+  return (look.next == end_ || begins(look.next)) && !has_begin(offset + 1, look.next);
+}
+
+// A size that is wrong may lead to a begin, too, over others. Where there is none, all of these
+// bytes are done with, and else those before it are, so each is looked at twice at most.
+bool Looker::has_begin(std::uint64_t from, std::uint64_t to) const {
+  for (std::uint64_t at = from; at < to; ++at) {
+    if (begins(at)) return true;
+  }
+  return false;
 }
 
 }  // namespace CT::Salvage

@@ -54,6 +54,7 @@ class Looker {
   [[nodiscard]] std::uint64_t end() const { return end_; }
 
  private:
+  [[nodiscard]] bool has_begin(std::uint64_t from, std::uint64_t to) const;
   [[nodiscard]] bool is_end_or_likely(std::uint64_t offset) const;
 
   const unsigned char* bytes_;
