@@ -9,8 +9,8 @@ namespace {
 
 using Checkpoint::Role;
 
-// Pairs ends with begins by nesting alone, within one chain: visit(offset of the begin, reference
-// of the end) for each.
+// Pairs an end with the begin right before it, where nothing can have been lost between them:
+// visit(offset of the begin, reference of the end) for each such pair of a chain.
 template <class Visit>
 void each_pair(const Looker& looker, const Chain& chain, std::vector<std::uint64_t>& open,
                Visit&& visit) {
@@ -18,13 +18,15 @@ void each_pair(const Looker& looker, const Chain& chain, std::vector<std::uint64
   each_checkpoint(looker.bytes(), looker.order(), chain.begin, chain.end,
                   [&](const Frame& frame, std::uint64_t offset) {
                     if (frame.role() == Role::span) {
-                      open.push_back(offset);
+                      open.assign(1, offset);
                     } else if (frame.is_end() && !open.empty()) {
                       const std::uint32_t common = frame.common_size();
                       const std::uint64_t begin = open.back();
                       open.pop_back();
                       if (frame.size < common + Format::reference_size) return true;
                       visit(begin, looker.order().u64(frame.reference()));
+                    } else {
+                      open.clear();
                     }
                     return true;
                   });
@@ -165,7 +167,7 @@ std::vector<Piece> find_places(const Looker& looker, const std::vector<Chain>& c
       const auto said = static_cast<std::int64_t>(reference - base - begin);
       if (shifter.hear(said, begin)) split();
     });
-    if (shifter.end()) split();
+    if (chain.begin != first && shifter.end()) split();
     shift = shifter.shift();
     pieces.push_back(piece);
   }
