@@ -53,6 +53,9 @@ const std::vector<Question>& questions() {
       {"show 500", {"show", "FILE", "500"}, 'S', 2.5},
       {"tree", {"tree", "FILE"}, 'S', 6},
       {"check", {"check", "FILE"}, 'S', 3, 64},
+      {"salvage, whole", {"salvage", "FILE", "-o", "OUT"}, 'S', 4},
+      // It holds the copy, which is as large as the trace, 171 bytes a call.
+      {"redact", {"redact", "FILE", "-o", "OUT"}, 'J', 2, 235},
       {"export speedscope", {"export", "FILE", "--to", "speedscope"}, 'J', 1, Question::as_first},
       {"export folded", {"export", "FILE", "--to", "folded"}, 'J', 1, Question::as_first},
       {"export callgrind", {"export", "FILE", "--to", "callgrind"}, 'J', 1, Question::as_first},
@@ -73,7 +76,6 @@ const std::vector<Question>& questions() {
        'J',
        10,
        Question::as_first},
-      {"redact", {"redact", "FILE", "-o", "OUT"}, 'J', 2, 235},
       // It holds what it packed, which is written only once it is known what has room.
       {"report", {"report", "FILE", "-o", "OUT"}, 'J', 2, 140},
   };

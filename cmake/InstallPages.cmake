@@ -27,7 +27,8 @@ install(FILES completions/cttool.fish COMPONENT companion
         DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 
 install(FILES README.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tool)
-install(FILES docs/cookbook.md docs/exports.md docs/outputs.md docs/robustness.md docs/tools.md
+install(FILES docs/cookbook.md docs/damaged-files.md docs/exports.md docs/outputs.md
+              docs/robustness.md docs/tools.md
         DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT tool)
 install(FILES examples/notes.ct examples/words.ct
         DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT tool)

@@ -16,6 +16,7 @@ _cttool_options() {
     report) options='-h --help -o --output --max-size --depth --min --under --hide --only --no-builtin -v --verbose --color --no-pager --full --max-size' ;;
     check) options='-h --help --level --limit --format -v --verbose --color --no-pager --full --max-size' ;;
     redact) options='-h --help -o --output --rules --value --key --strict --format -v --verbose --color --no-pager --full --max-size' ;;
+    salvage) options='-h --help -o --output --data --add-data --format -v --verbose --color --no-pager --full --max-size' ;;
     *) options='-V --version -h --help -v --verbose --color --no-pager --full --max-size' ;;
   esac
 }
@@ -101,6 +102,12 @@ _cttool_value() {
     redact--format) mapfile -t COMPREPLY < <(compgen -W 'text json' -- "$cur") ;;
     redact--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
     redact--max-size) : ;;
+    salvage-o|salvage--output) _filedir ;;
+    salvage--data) _filedir ;;
+    salvage--add-data) _filedir ;;
+    salvage--format) mapfile -t COMPREPLY < <(compgen -W 'text json' -- "$cur") ;;
+    salvage--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
+    salvage--max-size) : ;;
     *) return 1 ;;
   esac
 }
@@ -124,6 +131,7 @@ _cttool() {
   elif [[ ! $verb || $verb == help ]]; then
     mapfile -t COMPREPLY < <(compgen -W 'summary top tree calls show response sql export report check help' -- "$cur")
     mapfile -t COMPREPLY < <(compgen -W 'summary top tree calls show response sql export report redact help' -- "$cur")
+    mapfile -t COMPREPLY < <(compgen -W 'summary top tree calls show response sql export report salvage help' -- "$cur")
   else
     _filedir
   fi

@@ -8,7 +8,7 @@ source "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/../tools/setup.sh"
 install_packages "${test_packages[@]}" clang libclang-rt-dev llvm
 cd -- "$root"
 folder=build/fuzz-coverage
-targets=(file value json text cmdline api pattern sql queries exports writer check redact)
+targets=(file value json text cmdline api pattern sql queries exports writer check redact salvage)
 programs=("${targets[@]/#/fuzz_}")
 programs=("${programs[@]/%/_replay}")
 

@@ -100,6 +100,7 @@ void add_trace(Seeds& seeds, const std::string& bytes) {
   seeds.add("queries", bytes);
   seeds.add("exports", bytes);
   seeds.add("check", bytes);
+  seeds.add("salvage", bytes);
   seeds.add_program(bytes);
   File file{QString()};
   const void* const begin = bytes.data();

@@ -36,6 +36,7 @@ DOCUMENTS = [
     ("check", "--level", "fatal"),
     ("redact", "-o", "/dev/null", "--value", "autoload"),
     ("redact", "-o", "/dev/null", "--strict"),
+    ("salvage", "-o", "/dev/null"),
 ]
 # A verb, and options with which it prints documents that are a list of the one above, a line each.
 LINES = [

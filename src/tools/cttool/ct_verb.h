@@ -59,6 +59,7 @@ VerbRun define_export(CLI::App& command);
 VerbRun define_redact(CLI::App& command);
 VerbRun define_report(CLI::App& command);
 VerbRun define_response(CLI::App& command);
+VerbRun define_salvage(CLI::App& command);
 VerbRun define_show(CLI::App& command);
 VerbRun define_sql(CLI::App& command);
 VerbRun define_summary(CLI::App& command);

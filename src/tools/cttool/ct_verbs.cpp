@@ -70,6 +70,12 @@ std::span<const Verb> verbs() {
            "  cttool check request.ct --limit 0            every single defect\n"
            "  cttool check *.ct --format jsonl | jq -c 'select(.clean | not)'\n",
            define_check},
+      Verb{"salvage", "Make a damaged or unfinished trace readable again.",
+           "  cttool salvage broken.ct -o mended.ct        says what was kept, dropped, invented\n"
+           "  cttool salvage broken.ct.gz -o - | cttool summary -\n"
+           "  cttool salvage broken.ct -o mended.ct --format json >report.json\n"
+           "  cttool salvage --data run.data --add-data run.add-data -o run.ct\n",
+           define_salvage},
       Verb{"redact", "A copy without secrets, still a trace, to hand on.",
            "  cttool redact request.ct -o shared.ct        says what it masked, and where\n"
            "  cttool redact request.ct -o shared.ct --rules our.rules --value 'ACME Ltd'\n"
