@@ -4,7 +4,7 @@
 #include <array>
 #include <utility>
 
-#include "ctexport/ct_request_title.h"
+#include "ctexport/ct_export_origin.h"
 #include "ctmeasure/ct_node_words.h"
 #include "ctreport/ct_call_bytes.h"
 #include "ctreport/ct_functions_json.h"

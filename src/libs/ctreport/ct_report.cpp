@@ -8,7 +8,7 @@
 
 #include "codetrace/ct_version.h"
 #include "codetrace/render/ct_json.h"
-#include "ctexport/ct_request_title.h"
+#include "ctexport/ct_export_origin.h"
 #include "ctexport/ct_span_walk.h"
 #include "ctreport/ct_columns.h"
 #include "ctreport/ct_value_blocks.h"
