@@ -53,7 +53,7 @@ CALLS = [
     '[1, "**CUT**"], ["x" => "**CUT**"], [cut("**CUT**", 99)], [9007199254740993 => 1]',
     '["**CUT**" => 1, 2], 3', "[1.5 => 2]", "[null => 1]", "[true => 1]", "[[1] => 2]",
     "nest(31, 1)", "nest(32, 1)", "nest(33, 1)", "nest(300, [])", "array(5, [1])",
-    "obj(C, 7), obj(none, 0), obj(999, 4294967295), obj(D, 1)", "obj(E, 7)",
+    "obj(C, 7), obj(none, 0), res(none, 3), obj(999, 4294967295), obj(D, 1)", "obj(E, 7)",
     r'["\xc3\xa9" => obj(C, 300), "" => res("stream", 18446744073709551615)]',
 ]
 VALUES = (r'C: class user "A\xff\"\\"' + f'\nD: class user "{"d" * 256}"\nE: class user "{"e" * 257}"\n' +
@@ -63,8 +63,7 @@ VALUES = (r'C: class user "A\xff\"\\"' + f'\nD: class user "{"d" * 256}"\nE: cla
               f"exception @10+{4 * i + 3} of d{i} value [{args}]\n"
               for i, args in enumerate(CALLS)) + "shutdown @11\n")
 AWKWARD = {
-    "empty": "",
-    "request": 'startup @10\n',
+    "empty": "", "request": 'startup @10\n',
     "untimed": 'F: function user "f"\nstartup\na: call fn F\nreturn of a\nshutdown\n',
     "texts": f'startup @10\ni: include @10+1 "{"p" * (LONGEST + 1)}"\ninclude_return @10+2 of i\n'
              f'j: include @10+3 "{"p" * LONGEST}"\ninclude_return @10+4 of j\n'
@@ -163,7 +162,6 @@ def check_functions(path, page, rows, is_filtered):
         assert {key: function[key] for key in OWN} == row, (function, row)
     if is_filtered:
         return
-
     for function in said:
         function["file"] = page.files[function["file"]] if function["file"] >= 0 else None
     for function in rows:
@@ -264,7 +262,9 @@ def main():
     turns = itertools.cycle(FILTERS)
     with tempfile.TemporaryDirectory() as folder:
         for path in traces:
-            check_sizes(cttool, built, path, check(cttool, built, path))
+            whole = check(cttool, built, path)
+            assert whole[1].lines < len(whole[1].order) / 2, "most calls have few bytes"
+            check_sizes(cttool, built, path, whole)
             if pathlib.Path(path).stat().st_size < 1 << 20:
                 for options in FILTERS:
                     if jsonl_has_nodes(cttool, path, options):

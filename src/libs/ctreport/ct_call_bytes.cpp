@@ -36,7 +36,7 @@ bool is_ascii(std::string_view text) {
     all |= eight;
   }
   std::uint64_t rest = 0;
-  std::memcpy(&rest, at, left);
+  if (left != 0) std::memcpy(&rest, at, left);  // an absent text has no bytes at all
   constexpr std::uint64_t high_bits = 0x8080808080808080;
   return ((all | rest) & high_bits) == 0;
 }
