@@ -6,11 +6,14 @@
 #include <string_view>
 #include <vector>
 
+#include "ctexport/ct_node_members.h"
 #include "ctreport/ct_columns.h"
 #include "ctreport/ct_report.h"
+#include "ctreport/ct_value_order.h"
 #include "report_blocks.h"
 #include "support.h"
 #include "tools/cttool/ct_json_check.h"
+#include "value_lines.h"
 
 namespace CT::Fuzz {
 
@@ -100,23 +103,41 @@ void check_names(const CheckedPage& page, const Export::Source& source) {
   }
 }
 
-// A line for each node that has one.
-void check_values(const CheckedPage& page) {
-  std::size_t lines = 0;
+// The nodes in the order of their values.
+std::vector<NodeId> order_of_values(const Export::Source& source) {
+  Report::ValueOrder order(source.measures.node_count());
+  NodeReader reader(source.trace.storage());
+  for (NodeId id = 0; id != source.measures.node_count(); ++id) {
+    if (!source.chosen.has(id)) continue;
+    const Measure& measure = source.measures[id];
+    const Node::Base& node = reader.read(id);
+    const unsigned flags = Report::flags_of(node, measure);
+    if ((flags & Report::has_values) != 0) order.add(id, node.type(), measure);
+  }
+  return order.sorted(source.trace, source.measures);
+}
+
+// Each node that has values has them as all plain JSON does.
+void check_values(const CheckedPage& page, const Export::Source& source) {
+  const std::vector<NodeId> nodes = order_of_values(source);
+  const std::string classes = page.block("classes");
+  Export::NodeMembers members(Export::Values::full);
+  std::size_t at = 0;
   for (std::size_t number = 0; page.has("values-" + std::to_string(number)); ++number) {
     const std::string block = page.block("values-" + std::to_string(number));
-    std::string_view left = block;
-    while (!left.empty()) {
-      const std::size_t end = left.find('\n');
-      expect(end != std::string_view::npos, "a line has an end");
-      const std::string_view line = left.substr(0, end);
-      expect(Tool::is_json(line) && line.starts_with('{'), "values are an object");
-      left.remove_prefix(end + 1);
-      ++lines;
+    for (const std::string& line : Test::value_lines(block, classes)) {
+      expect(at != nodes.size(), "no more values than nodes that have some");
+      MemoryWriter wanted;
+      JsonWriter json(wanted, JsonWriter::Form::compact);
+      const Node::Base node = source.trace.node(nodes[at++]);
+      json.begin_object();
+      members.write_details(node, json);
+      members.write_values(node, json);
+      json.end_object();
+      expect(line == wanted.view(), "values are those of the node");
     }
   }
-  const std::size_t wanted = with_flag(page.block("nodes-flags"), Report::has_values);
-  expect(lines == wanted, "each node that has values has a line");
+  expect(at == nodes.size(), "each node that has values has an entry");
 }
 
 }  // namespace
@@ -131,7 +152,7 @@ void check_report(const Export::Source& source) {
   expect(whole.fits() && whole.left_out() == 0, "a page that may be large has everything");
   check_columns(whole, count);
   check_names(whole, source);
-  check_values(whole);
+  check_values(whole, source);
   const CheckedPage half(source, whole.size() * 3 / 4);
   if (half.fits()) {
     check_columns(half, count);

@@ -26,7 +26,7 @@ set(tool_summary "reader of PHP request traces")
 set(tool_text "${about}
 This tool prints such a file as an indented tree, as JSON, checkpoint by
 checkpoint or as hex.")
-# A package of its own: it takes SQLite and three decompressors, which the reader does not need.
+# A package of its own: it takes SQLite and four compressors, which the reader does not need.
 set(companion_summary "questions to PHP request traces")
 set(companion_text "${about}
 This tool answers questions about such a file: where the time went, which

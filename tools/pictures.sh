@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Makes the pictures of docs/exports.md anew, a trace in each of three viewers: tools/pictures.sh CTTOOL TRACE.
-# For somebody who looks at them afterwards: clicks go to places, and other versions may have others there.
+# Makes the pictures of docs/exports.md anew, a trace in each of three viewers, and those of docs/report.md, of
+# examples/notes.ct: tools/pictures.sh CTTOOL TRACE. For somebody who looks at them afterwards: clicks go to
+# places, and other versions may have others there.
 set -euo pipefail
 # shellcheck source=tools/setup.sh
 source "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/setup.sh"
@@ -19,6 +20,11 @@ folder=$(mktemp -d)
 trap 'rm -rf -- "$folder"' EXIT
 cd -- "$folder"
 "$node" "$readers/pictures.mjs" "$cttool" "$trace"
+cp -- "$root"/tests/report/*.mjs "$readers/"
+# The report shows the name that it was made by.
+mkdir examples
+cp -- "$root/examples/notes.ct" examples/
+"$node" "$readers/report_pictures.mjs" "$cttool" examples/notes.ct
 
 # KCachegrind on a screen of its own: a function is chosen, then the map and the graph of what it calls.
 mkdir -m 700 config run
@@ -45,7 +51,7 @@ XDG_CONFIG_HOME=$folder/config XDG_RUNTIME_DIR=$folder/run xvfb-run -a -s '-scre
   dbus-run-session -- bash look.sh "$profile" >look.log 2>&1 || die "KCachegrind: $(<look.log)"
 
 mkdir -p -- "$root/docs/pictures"
-for name in speedscope devtools kcachegrind; do
+for name in speedscope devtools kcachegrind report-overview report-flame; do
   pngquant --force --speed 1 --output "$root/docs/pictures/$name.png" 128 "$name.png"
 done
 ls -l -- "$root/docs/pictures"

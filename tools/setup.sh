@@ -6,7 +6,7 @@
 
 root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd -P)
 build_packages=(g++ cmake ninja-build qt6-base-dev libfmt-dev libcli11-dev libsqlite3-dev
-  zlib1g-dev liblzma-dev libzstd-dev pkg-config)
+  zlib1g-dev liblzma-dev libzstd-dev libisal-dev pkg-config)
 test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev jq codespell mandoc
   bash-completion zsh fish python3-jsonschema sqlite3 xz-utils zstd)
 

@@ -9,7 +9,8 @@ KINDS = ["request", "call", "include", "write", "flush", "header", "send_headers
          "event"]
 OUTCOMES = [None, "ended", "threw", "open"]
 HAS_MEMORY, HAS_DELTA, UNTIMED, END_UNTIMED, MOVED, HAS_VALUES = 4, 8, 16, 32, 64, 128
-FIXED = ["meta", "summary", "response", "functions", "labels", "files", "nodes-id", "nodes-kind",
+FIXED = ["meta", "summary", "response", "functions", "labels", "files", "classes", "nodes-id",
+         "nodes-kind",
          "nodes-flags", "nodes-depth", "nodes-name", "nodes-start", "nodes-total", "nodes-memory",
          "nodes-growth", "nodes-file", "nodes-line"]
 NO_CALL = 64
@@ -49,6 +50,71 @@ def sums(differences, before=0):
     return found
 
 
+def varint(data, at):
+    """A number in LEB128, and where it ends."""
+    number, shift = 0, 0
+    while True:
+        number |= (data[at] & 0x7F) << shift
+        shift += 7
+        at += 1
+        if data[at - 1] < 0x80:
+            return number, at
+
+
+class CallReader:
+    """Values of a call in the few bytes that ct_call_bytes.h describes."""
+
+    def __init__(self, data, classes):
+        self.data, self.at, self.classes = data, 0, classes
+
+    def number(self):
+        number, self.at = varint(self.data, self.at)
+        return number
+
+    def taken(self, size):
+        self.at += size
+        assert self.at <= len(self.data)
+        return self.data[self.at - size:self.at]
+
+    def value(self, depth=0):
+        code = self.taken(1)[0]
+        if code < 3:
+            return [None, False, True][code]
+        if code == 3:
+            return json.loads(self.taken(self.taken(1)[0]).decode("ascii"))
+        if code < 8:
+            text = self.taken(self.number()).decode("utf-8" if code % 2 else "ascii")
+            return text.removeprefix("\ufeff") + ("**CUT**" if code > 5 else "")
+        if code == 8:
+            assert depth < 32
+            return self.array(depth + 1)
+        if code == 9:
+            number = self.number()
+            name = {"class": self.classes[number - 1]} if number else {}
+            return {**name, "handle": self.number()}
+        if code == 10:
+            return {"resource": self.value(), "handle": self.value()}
+        assert code == 13 and depth, code
+        return ["**CUT**"]
+
+    def array(self, depth):
+        keys, values = [], []
+        for place in range(self.number()):
+            code = self.data[self.at]
+            if code == 12:
+                self.at += 1
+                break
+            if code == 11:
+                self.at += 1
+            keys.append(place if code == 11 else str(self.value()))
+            values.append(self.value(depth))
+        else:
+            code = None
+        if all(isinstance(key, int) for key in keys):
+            return values + (["**CUT**"] if code == 12 else [])
+        return {**dict(zip(map(str, keys), values)), **({"**CUT**": True} if code == 12 else {})}
+
+
 class Page:
     """What is in a report. `nodes` are dicts in the manner of export's jsonl."""
 
@@ -67,18 +133,19 @@ class Page:
             name = match[1].decode()
             assert name not in self.raw, name
             self.raw[name] = unpacked(match[2])
-        self.meta, self.summary, self.response, self.functions, self.labels, self.files = (
-            json.loads(self.raw[name]) for name in FIXED[:6])
+        (self.meta, self.summary, self.response, self.functions, self.labels, self.files,
+         self.classes) = (json.loads(self.raw[name]) for name in FIXED[:7])
         there = [number for number, count in enumerate(self.meta["blocks"]) if count > 0]
         assert list(self.raw) == FIXED + [f"values-{number}" for number in there], list(self.raw)
-        for texts in (self.labels, self.files):
+        for texts in (self.labels, self.files, self.classes):
             assert all(isinstance(text, str) for text in texts)
         assert len({len(column) for column in self.functions.values()}) == 1
         self.nodes = self.read_nodes()
+        self.lines = 0  # entries that are JSON
         self.read_values()
 
     def read_nodes(self):
-        raw = {name.removeprefix("nodes-"): self.raw[name] for name in FIXED[6:]}
+        raw = {name.removeprefix("nodes-"): self.raw[name] for name in FIXED[7:]}
         ids = sums(numbers(raw["id"]), -1)
         count = len(ids)
         depths = sums(signed(raw["depth"]))
@@ -106,6 +173,26 @@ class Page:
         assert not list(memory) and not list(growth) and not list(line)
         return nodes
 
+    def entry(self, data, at):
+        """The values that an entry has, and where it ends."""
+        if data[at] == ord("{"):
+            end = data.index(b"\n", at)
+            self.lines += 1
+            return json.loads(data[at:end].decode()), end + 1
+        parts = data[at]
+        size, at = varint(data, at + 1)
+        end = at + size
+        call = CallReader(data[at:end], self.classes)
+        values = {}
+        if parts & 1:
+            values["this"] = call.value()
+        values["args"] = [call.value() for _ in range(call.number())]
+        assert parts < 6, parts
+        if parts & 6:
+            values["returned" if parts & 2 else "thrown"] = call.value()
+        assert call.at == size, "no byte is left"
+        return values, end
+
     def read_values(self):
         """Gives each node its `values`; None for those that were left out."""
         def class_of(node):
@@ -122,9 +209,10 @@ class Page:
                 continue
             data = self.raw[f"values-{number}"]
             assert len(data) <= 128 * 1024 or count == 1, (number, len(data))
-            assert data.endswith(b"\n") and data.count(b"\n") == count
-            for node, line in zip(nodes, data.decode().split("\n")):
-                node["values"] = json.loads(line)
+            at = 0
+            for node in nodes:
+                node["values"], at = self.entry(data, at)
+            assert at == len(data), (number, at)
         assert place == len(self.order)
         said = self.meta["left_out"]
         assert said["nodes"] == len(left_out), said

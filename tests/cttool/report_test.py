@@ -40,15 +40,37 @@ b: call @10+10 fn G args [["</script>" => "\xe2\x80\xae"]]
 == command
 codetrace -T TRACE
 """
+# Calls with every kind of value: whether an entry has few bytes or is JSON, it says what export does.
+CALLS = [
+    "null, undef, true, false, 0, -1, 9007199254740992, 9007199254740993, -9007199254740993",
+    "9223372036854775807, -9223372036854775808, res(\"stream\", 9007199254740993), res(\"\", 3)",
+    "0.0, 1.0, 0.1, 1e300, 1e-7, 123456789.5, nan, inf, -inf, bits(9223372036854775808)",
+    r'"", "\"\\\x01\x1f\x7f/\n", "\xc3\xa9", "\xef\xbb\xbfmark", "\xef\xbb\xbf", "**CUT**", "a\0"',
+    r'cut("abc", 9), cut("\xc3\xa9", 9), cut("", 5), cut("**CUT**", 99), "\xf0\x9f\x98\x80"',
+    r'"\xff"', r'["k" => "\xc3"]', r'res("\xff", 1)', f'res("{"n" * 300}", 1)', "code(10), 1",
+    "[], [1, 2], [1 => 2], [0 => 1, 1 => 2, ...], [...], [\"a\" => 1, ...], [1, ...]",
+    '["5" => 1, 5 => 2, "b" => 3], [cut("k", 9) => 1, "k**CUT**" => 2, 7 => [["k" => [1, [2]]]]]',
+    '[1, "**CUT**"], ["x" => "**CUT**"], [cut("**CUT**", 99)], [9007199254740993 => 1]',
+    '["**CUT**" => 1, 2], 3', "[1.5 => 2]", "[null => 1]", "[true => 1]", "[[1] => 2]",
+    "nest(31, 1)", "nest(32, 1)", "nest(33, 1)", "nest(300, [])", "array(5, [1])",
+    "obj(C, 7), obj(none, 0), res(none, 3), obj(999, 4294967295), obj(D, 1)", "obj(E, 7)",
+    r'["\xc3\xa9" => obj(C, 300), "" => res("stream", 18446744073709551615)]',
+]
+VALUES = (r'C: class user "A\xff\"\\"' + f'\nD: class user "{"d" * 256}"\nE: class user "{"e" * 257}"\n' +
+          'F: function user "f"\nM: function user "m" class C\nstartup @10\n' + "".join(
+              f"c{i}: call @10+{4 * i} fn F args [{args}]\nreturn @10+{4 * i + 1} of c{i} value {i}\n"
+              f"d{i}: method @10+{4 * i + 2} fn M this obj(C, {i}) args [{args}]\n"
+              f"exception @10+{4 * i + 3} of d{i} value [{args}]\n"
+              for i, args in enumerate(CALLS)) + "shutdown @11\n")
 AWKWARD = {
-    "empty": "",
-    "request": 'startup @10\n',
+    "empty": "", "request": 'startup @10\n',
     "untimed": 'F: function user "f"\nstartup\na: call fn F\nreturn of a\nshutdown\n',
     "texts": f'startup @10\ni: include @10+1 "{"p" * (LONGEST + 1)}"\ninclude_return @10+2 of i\n'
              f'j: include @10+3 "{"p" * LONGEST}"\ninclude_return @10+4 of j\n'
              f'error @10+5 1 "{"e" * 9000}"\nerror @10+6 12345 ""\nheader 3\nheader 0 cut("X: 1", 99)\n'
              'send_headers 200 "OK"\nsend_headers 404 "no"\nexit\nflush\n'
              'k: include @10+7 "/k"\ninclude_exception @10+8 of k value 5\nshutdown @10+9\n',
+    "values": VALUES,
     "long": 'F: function user "f"\nstartup @10\n' + "".join(
         f'c{i}: call @10+{2 * i + 1} fn F args ["{chr(97 + i % 26) * size}"]\n'
         f'return @10+{2 * i + 2} of c{i}\n'
@@ -140,7 +162,6 @@ def check_functions(path, page, rows, is_filtered):
         assert {key: function[key] for key in OWN} == row, (function, row)
     if is_filtered:
         return
-
     for function in said:
         function["file"] = page.files[function["file"]] if function["file"] >= 0 else None
     for function in rows:
@@ -241,7 +262,9 @@ def main():
     turns = itertools.cycle(FILTERS)
     with tempfile.TemporaryDirectory() as folder:
         for path in traces:
-            check_sizes(cttool, built, path, check(cttool, built, path))
+            whole = check(cttool, built, path)
+            assert whole[1].lines < len(whole[1].order) / 2, "most calls have few bytes"
+            check_sizes(cttool, built, path, whole)
             if pathlib.Path(path).stat().st_size < 1 << 20:
                 for options in FILTERS:
                     if jsonl_has_nodes(cttool, path, options):

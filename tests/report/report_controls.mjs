@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Every control of the page, by mouse and by keyboard: views, selection and links, back and forward, search,
 // tables, tree and flame graph, printing.
-import { readFileSync } from "node:fs";
 import { join } from "node:path";
-import { inflateSync } from "node:zlib";
 import { folder, passed, request, rows, run, same, stem, tool, traces } from "./cttool.mjs";
+import { nodesWithValues } from "./report_nodes.mjs";
 import { allRows, goTo, openReport, openView, startBrowser, views } from "./open_report.mjs";
 
 const opened = (page) => page.$$eval(".view:not([hidden])", (found) => found.map((view) => view.dataset.view));
@@ -71,21 +70,19 @@ async function checkLinks(page) {
   same("a node that there is not", await selected(page), null);
 }
 
-// The lines of the values, out of the document's own blocks.
-function valueLines(file) {
-  const html = readFileSync(file, "latin1");
-  const lines = [];
-  for (const [, data] of html.matchAll(/id="values-\d+">([^<]*)</g)) {
-    lines.push(...inflateSync(Buffer.from(data, "base64")).toString("utf8").split("\n").slice(0, -1));
-  }
-  return lines;
-}
-
-// Whether a string or number of the line has the text; members' names do not count.
+// Whether a string or number of the values has the text; members' names do not count.
 function hasText(value, text) {
   if (Array.isArray(value)) return value.some((item) => hasText(item, text));
   if (value !== null && typeof value === "object") return Object.entries(value).some(([key, item]) => key.toLowerCase().includes(text) || hasText(item, text));
   return String(value).toLowerCase().includes(text);
+}
+
+// What is looked for: a word, a number and the end of a class's name that are there.
+function soughtIn(nodes) {
+  const name = nodes.find(({ values }) => values.this?.class)?.values.this.class ?? "";
+  const number = nodes.find(({ values }) => values.args?.some((value) => Number.isInteger(value) && value > 10));
+  const found = [name.slice(-6).toLowerCase(), String(number?.values.args.find((value) => Number.isInteger(value) && value > 10) ?? "")];
+  return ["the", ...found.filter(Boolean)];
 }
 
 async function search(page, where, text) {
@@ -113,10 +110,12 @@ async function checkSearch(page, trace, file) {
   await page.click("#search-previous");
   await settle(page);
   same("the hit before", await selected(page), first);
-  const text = "the";
-  const lines = valueLines(file).map((line) => JSON.parse(line));
-  const least = lines.filter((line) => Object.values(line).some((value) => hasText(value, text))).length;
-  same("hits in values", await search(page, "values", text), least);
+  const nodes = nodesWithValues(trace);
+  // In texts, of any case; in numbers; where words say nothing of themselves; in classes.
+  for (const text of soughtIn(nodes)) {
+    const least = nodes.filter(({ values }) => Object.values(values).some((value) => hasText(value, text))).length;
+    same(`hits of ${text} in values`, await search(page, "values", text), least);
+  }
   same("hits of nonsense", await search(page, "values", "zqzqzqzq"), 0);
   await press(page, "Escape");
   same("hits after Escape", await page.$eval("#search-hits", (hits) => hits.textContent), "");

@@ -34,14 +34,29 @@ make_hostile_trace() {
 }
 
 check_page
+make_random_traces() {
+  cmake --build "$root/build/dev" --target make_random_traces >/dev/null || die "could not build make_random_traces"
+  rm -rf -- "$readers/random"
+  "$root/build/dev/tests/compare/make_random_traces" "$readers/random" 60 1
+  local trace
+  for trace in "$readers"/random/*.ct; do
+    # Some are no whole files.
+    "$cttool" summary "$trace" &>/dev/null || rm -- "$trace"
+  done
+}
+
 traces=("$@")
+random_traces=()
 if ((!${#traces[@]})); then
   shopt -s nullglob
   traces=("$root"/../shared/traces/*.ct)
   ((${#traces[@]})) || die "../shared/traces is missing"
   make_hostile_trace
+  make_random_traces
+  random_traces=("$readers"/random/*.ct "$readers/hostile.ct")
   "$node" "$readers/hostile_report.mjs" "$cttool" "$readers/hostile.ct"
 fi
+"$node" "$readers/report_values.mjs" "$cttool" "${traces[@]}" "${random_traces[@]}"
 for script in report_figures report_controls report_firefox; do
   "$node" "$readers/$script.mjs" "$cttool" "${traces[@]}"
 done

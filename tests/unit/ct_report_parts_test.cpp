@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What a report's data is packed with: base64, zlib streams, numbers, texts by number, lines in
+// What a report's data is packed with: base64, zlib streams, numbers, texts by number, entries in
 // blocks.
 #include <QByteArray>
 #include <numeric>
@@ -9,7 +9,7 @@
 
 #include "ctreport/ct_base64.h"
 #include "ctreport/ct_column.h"
-#include "ctreport/ct_line_blocks.h"
+#include "ctreport/ct_entry_blocks.h"
 #include "ctreport/ct_text_numbers.h"
 #include "report_blocks.h"
 #include "written.h"
@@ -63,17 +63,19 @@ TEST(Packer, MakesStreamsThatUnpack) {
   }
 }
 
-TEST(Packer, HurriesWithinAStream) {
+TEST(Packer, PacksLongStreamsAsTheyCome) {
   const std::string noise = random_bytes(100'000, 2);
   std::string text(50'000, 'x');
   text.append("and something else");
-  for (const std::string& first : {std::string(), noise, text}) {
-    Packer packer;
-    packer.write(first);
-    packer.hurry();
-    packer.write(noise);
-    packer.write(text);
-    EXPECT_EQ(unpacked(packer.finish()), first + noise + text);
+  for (const std::size_t most : {std::size_t{0}, noise.size(), noise.size() + 1}) {
+    Packer packer(most);
+    for (const std::string& first : {std::string(), noise, text}) {
+      packer.write(first);
+      packer.write(noise);
+      packer.write(text);
+      EXPECT_EQ(unpacked(packer.finish()), first + noise + text);
+    }
+    EXPECT_EQ(unpacked(packer.finish()), "");
   }
 }
 
@@ -158,14 +160,14 @@ TEST(TextNumbers, ShowsTheBeginOfLongTexts) {
   EXPECT_EQ(out.view(), expected);
 }
 
-// The lines of each block, and whether it was one long line.
+// The entries of each block, here lines, and whether it was one long one.
 struct Cut {
-  std::vector<std::pair<std::string, LineBlocks::Of>> blocks;
+  std::vector<std::pair<std::string, EntryBlocks::Of>> blocks;
   std::size_t wanted = SIZE_MAX;  // blocks that are taken
 
   // Puts lines of these sizes until nothing is wanted; how many that were.
   std::size_t put(const std::vector<std::size_t>& sizes) {
-    LineBlocks lines([&](const std::string& packed, std::int64_t count, LineBlocks::Of what) {
+    EntryBlocks lines([&](const std::string& packed, std::int64_t count, EntryBlocks::Of what) {
       blocks.emplace_back(unpacked(packed), what);
       const std::string& text = blocks.back().first;
       EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), count);
@@ -173,9 +175,10 @@ struct Cut {
     });
     std::size_t line = 0;
     for (const std::size_t size : sizes) {
-      lines.begin_line();
+      lines.begin_entry();
       lines.put(std::string(size, static_cast<char>('a' + line++ % 26)));
-      if (!lines.end_line()) return line;
+      lines.put('\n');
+      if (!lines.end_entry()) return line;
     }
     lines.finish();
     return line;
@@ -194,7 +197,7 @@ std::string text_of(const std::vector<std::size_t>& sizes) {
   return text;
 }
 
-TEST(LineBlocks, HaveWholeLinesInTheirOrder) {
+TEST(EntryBlocks, HaveWholeEntriesInTheirOrder) {
   std::mt19937 random(5);
   for (int round = 0; round != 60; ++round) {
     std::vector<std::size_t> sizes(random() % 40);
@@ -204,27 +207,28 @@ TEST(LineBlocks, HaveWholeLinesInTheirOrder) {
     EXPECT_EQ(cut.text(), text_of(sizes));
     for (const auto& [text, what] : cut.blocks) {
       EXPECT_TRUE(text.ends_with('\n'));
-      EXPECT_TRUE(what == LineBlocks::Of::one_long_line || text.size() <= LineBlocks::usual_size);
+      EXPECT_TRUE(what == EntryBlocks::Of::one_long_entry ||
+                  text.size() <= EntryBlocks::usual_size);
     }
   }
 }
 
-TEST(LineBlocks, ALongLineIsByItself) {
+TEST(EntryBlocks, ALongEntryIsByItself) {
   Cut cut;
-  const std::vector<std::size_t> sizes = {3, LineBlocks::usual_size, 4, 5,
-                                          3 * LineBlocks::usual_size};
+  const std::vector<std::size_t> sizes = {3, EntryBlocks::usual_size, 4, 5,
+                                          3 * EntryBlocks::usual_size};
   cut.put(sizes);
   ASSERT_EQ(cut.blocks.size(), 4U);
   EXPECT_EQ(cut.blocks[0].first, "aaa\n");
-  EXPECT_EQ(cut.blocks[1].second, LineBlocks::Of::one_long_line);
+  EXPECT_EQ(cut.blocks[1].second, EntryBlocks::Of::one_long_entry);
   EXPECT_EQ(cut.blocks[2].first, "cccc\nddddd\n");
   EXPECT_EQ(cut.blocks[3].first.size(), sizes[4] + 1);
 }
 
-TEST(LineBlocks, AroundTheSizeOfABlockNothingIsLost) {
+TEST(EntryBlocks, AroundTheSizeOfABlockNothingIsLost) {
   for (std::size_t less = 0; less < 1200; less += 7) {
     for (const std::size_t before : {std::size_t{0}, std::size_t{1000}}) {
-      const std::vector<std::size_t> sizes = {before, LineBlocks::usual_size - less, 2};
+      const std::vector<std::size_t> sizes = {before, EntryBlocks::usual_size - less, 2};
       Cut cut;
       cut.put(sizes);
       ASSERT_EQ(cut.text(), text_of(sizes)) << less;
@@ -232,7 +236,7 @@ TEST(LineBlocks, AroundTheSizeOfABlockNothingIsLost) {
   }
 }
 
-TEST(LineBlocks, EndWhereNothingMoreIsWanted) {
+TEST(EntryBlocks, EndWhereNothingMoreIsWanted) {
   Cut cut;
   cut.wanted = 2;
   const std::vector<std::size_t> sizes(100, 50'000);
@@ -240,14 +244,14 @@ TEST(LineBlocks, EndWhereNothingMoreIsWanted) {
   EXPECT_EQ(cut.blocks.size(), 2U);
 }
 
-TEST(LineBlocks, ManyBytesArePackedWithLessEffort) {
+TEST(EntryBlocks, ManyBytesArePackedQuickly) {
   const std::vector<std::size_t> sizes(120, 100'000);
   Cut cut;
   cut.put(sizes);
   EXPECT_EQ(cut.text(), text_of(sizes));
 }
 
-TEST(LineBlocks, OfNoLineThereIsNone) {
+TEST(EntryBlocks, OfNoEntryThereIsNone) {
   Cut cut;
   cut.put({});
   EXPECT_TRUE(cut.blocks.empty());

@@ -14,6 +14,7 @@
 #include "ctreport/ct_columns.h"
 #include "open_trace.h"
 #include "report_blocks.h"
+#include "value_lines.h"
 
 namespace CT::Test {
 namespace {
@@ -33,6 +34,10 @@ struct Made {
   std::string text;
 
   [[nodiscard]] std::string block(std::string_view name) const { return block_of(text, name); }
+  // The lines of JSON that a block of values stands for.
+  [[nodiscard]] std::vector<std::string> lines(std::string_view name) const {
+    return value_lines(block(name), block("classes"));
+  }
   [[nodiscard]] std::vector<std::uint64_t> numbers(std::string_view name) const {
     return varints(block(name));
   }
@@ -116,11 +121,9 @@ TEST(Report, HasEachTextOnce) {
 
 TEST(Report, HasTheDearestValuesFirst) {
   const Made made = report(request);
-  EXPECT_EQ(made.block("values-0"),
-            "{\"number\":2,\"level\":\"E_WARNING\",\"message\":\"m\"}\n"
-            "{\"args\":[1]}\n"
-            "{\"args\":[],\"returned\":\"r\"}\n"
-            "{\"args\":[],\"thrown\":5}\n");
+  EXPECT_THAT(made.lines("values-0"),
+              ElementsAre(R"({"number":2,"level":"E_WARNING","message":"m"})", R"({"args":[1]})",
+                          R"({"args":[],"returned":"r"})", R"({"args":[],"thrown":5})"));
   EXPECT_THAT(made.block("meta"),
               HasSubstr(R"("blocks":[4],"left_out":{"nodes":0,"longest_ns":0,)"));
   EXPECT_THAT(made.block("meta"), HasSubstr(R"("title":"GET /u")"));
@@ -143,11 +146,8 @@ TEST(Report, ValuesOfOneClassKeepTheirOrder) {
     put_call(argument, time, time + totals[i], argument, text);
     time += 10;
   }
-  const std::string values = report(text).block("values-0");
   std::string order;
-  for (std::size_t at = 0; (at = values.find('[', at)) != std::string::npos; ++at) {
-    order += values[at + 1];
-  }
+  for (const std::string& line : report(text).lines("values-0")) order += line[line.find('[') + 1];
   EXPECT_EQ(order, "1246053");
 }
 

@@ -4,8 +4,10 @@
 // digits beyond 2^53 are lost and nothing else; bytes that end too early read as 0.
 
 export class Column {
-  private at = 0;
-  constructor(private readonly bytes: Uint8Array) {}
+  constructor(
+    private readonly bytes: Uint8Array,
+    public at = 0,
+  ) {}
 
   varint(): number {
     const bytes = this.bytes;

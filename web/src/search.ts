@@ -3,6 +3,7 @@
 // The search over names, and over values: these are unpacked block by block, a slice at a time, so that
 // the page answers meanwhile.
 import type { App, Hits } from './app';
+import { type Block, charsOf } from './call_values';
 import { h, replace } from './dom';
 import { count, many } from './format';
 import { Kind, shortFunction, type Trace } from './trace';
@@ -25,6 +26,41 @@ function needles(wanted: string): string[] {
 // The form's own keys, which are no values of the trace.
 const keys =
   /"(this|args|returned|thrown|class|handle|resource|body|size|number|level|message|operation|header|code|status|name|sequence)":/g;
+
+// Whether what is looked for cannot be in what is made of an entry's bytes, if it is not in them: it is
+// neither part of a number, of a class's name or of a word that they do not have, nor of what JSON has
+// between values.
+function areInBytes(wanted: string, classes: string[]): boolean {
+  return (
+    /^[^:\0-\x1f"\\,{}[\]*\x7f-\uffff][^\0-\x1f"\\,{}[\]*\x7f-\uffff]*$/.test(wanted) &&
+    !/^[\d.e+-]*$/.test(wanted) &&
+    !'null true false cut'.includes(wanted) &&
+    !classes.some((name) => name.toLowerCase().includes(wanted))
+  );
+}
+
+// Letters that become ASCII when they are made small, as bytes.
+const odd = /\xc4\xb0|\xe2\u201e\xaa/;
+
+// The entries that have to be read to know whether it is in them.
+function* entriesToRead(block: Block, sought: string[] | null): Generator<number> {
+  const { starts } = block;
+  const chars = sought && charsOf(block);
+  if (chars === null || odd.test(chars)) {
+    for (let entry = 0; entry + 1 < starts.length; ++entry) yield entry;
+    return;
+  }
+  const small = chars.toLowerCase();
+  const next = sought!.map((each) => small.indexOf(each));
+  for (let entry = 0; entry + 1 < starts.length; ++entry) {
+    const end = starts[entry + 1];
+    if (!next.some((at) => at >= 0 && at < end)) continue;
+    yield entry;
+    next.forEach((at, i) => {
+      if (at >= 0 && at < end) next[i] = small.indexOf(sought![i], end);
+    });
+  }
+}
 
 function hitsOf(bits: Uint8Array): Hits {
   let many = 0;
@@ -214,21 +250,18 @@ export class Search {
     const order = values.order();
     const bits = new Uint8Array(trace.count);
     const sought = needles(wanted);
-    const decoder = new TextDecoder();
+    const tell = areInBytes(sought[0], trace.classes);
     let began = performance.now();
     for (let number = 0; number < values.blockCount; ++number) {
-      const lines = await values.lines(number);
+      const entries = await values.entries(number);
       if (run !== this.run) return null;
-      const { first, block } = lines ?? { first: 0, block: null };
-      for (let line = 0; block && line + 1 < block.starts.length; ++line) {
-        const said = decoder
-          .decode(block.bytes.subarray(block.starts[line], block.starts[line + 1]))
-          .toLowerCase();
-        if (has(said, sought) && has(said.replace(keys, ''), sought)) bits[order[first + line]] = 1;
+      const { first, block } = entries ?? { first: 0, block: null };
+      const places = block && entriesToRead(block, tell ? sought : null);
+      for (const entry of places ?? []) {
+        const said = values.lineAt(block!, entry).toLowerCase();
+        if (has(said, sought) && has(said.replace(keys, ''), sought)) bits[order[first + entry]] = 1;
         if (performance.now() - began < slice) continue;
-        this.tell(
-          `searching ${Math.floor((100 * (number + line / block.starts.length)) / values.blockCount)} %`,
-        );
+        this.tell(`searching ${Math.floor((100 * number) / values.blockCount)} %`);
         await pause();
         if (run !== this.run) return null;
         began = performance.now();

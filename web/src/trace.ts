@@ -49,7 +49,7 @@ export interface Meta {
   damaged: number;
   untimed: number;
   moved: number;
-  blocks: number[]; // lines of each block of values; negative: left out
+  blocks: number[]; // entries of each block of values; negative: left out
   left_out: { nodes: number; longest_ns: number; max_size: number };
 }
 
@@ -88,6 +88,7 @@ export interface Trace {
   functions: Functions;
   labels: string[];
   files: string[];
+  classes: string[];
 }
 
 export function indexOf(trace: Trace, id: number): number {
@@ -223,17 +224,18 @@ function fill(trace: Trace, from: Columns): void {
 export async function readTrace(): Promise<Trace> {
   const meta = await readJson<Meta>('meta');
   const count = meta.nodes;
-  const [summary, response, functions, labels, files, kind, flags, columns] = await Promise.all([
+  const [summary, response, functions, labels, files, classes, kind, flags, columns] = await Promise.all([
     readJson<Trace['summary']>('summary'),
     readJson<Trace['response']>('response'),
     readJson<Functions>('functions'),
     readJson<string[]>('labels'),
     readJson<string[]>('files'),
+    readJson<string[]>('classes'),
     bytes('kind', count),
     bytes('flags', count),
     readColumns(),
   ]);
-  const texts = { meta, summary, response, functions, labels, files };
+  const texts = { meta, summary, response, functions, labels, files, classes };
   const trace: Trace = {
     ...texts,
     count,

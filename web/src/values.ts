@@ -1,18 +1,16 @@
 // SPDX-License-Identifier: MIT
 //
-// Values of nodes: a line of JSON each, in blocks that are unpacked when somebody looks at them.
+// Values of nodes: a line of JSON each, or what becomes one, in blocks that are unpacked when somebody looks
+// at them.
 import { readBlock } from './blocks';
+import { type Block, endOfEntry, lineOf } from './call_values';
 import { Flag, Kind, Trace } from './trace';
 
-// So that a page of a large trace keeps to some memory: unpacked bytes, not counting the newest block.
-const mostKept = 96 << 20;
+// So that a page of a large trace keeps to some memory: unpacked bytes, not counting the newest block. What
+// is made of them takes twice as much again.
+const mostKept = 32 << 20;
 
 const classes = 65;
-
-interface Block {
-  bytes: Uint8Array;
-  starts: Int32Array; // of lines, and where the last one ends
-}
 
 // The number of bits of a whole number that is not negative.
 function bitWidth(value: number): number {
@@ -30,9 +28,10 @@ export class Values {
   private readonly kept = new Map<number, Block>();
   private readonly waited = new Map<number, Promise<Block>>();
   private size = 0;
-  private readonly decoder = new TextDecoder();
+  private readonly classes: string[]; // names, as JSON
 
   constructor(private readonly trace: Trace) {
+    this.classes = trace.classes.map((name) => JSON.stringify(name));
     this.position = new Int32Array(trace.count).fill(-1);
     const next = new Int32Array(classes);
     for (let i = 0; i < trace.count; ++i) if (trace.flags[i] & Flag.hasValues) ++next[costClass(trace, i)];
@@ -99,16 +98,20 @@ export class Values {
     return nodes;
   }
 
-  // A whole block's bytes and the lines in it, for searches; null where it was left out.
-  async lines(block: number): Promise<{ first: number; block: Block } | null> {
+  // A whole block, for searches, and the place of its first entry; null where it was left out.
+  async entries(block: number): Promise<{ first: number; block: Block } | null> {
     if (this.trace.meta.blocks[block] < 0) return null;
     return { first: this.firsts[block], block: await this.block(block) };
+  }
+
+  lineAt(block: Block, entry: number): string {
+    return lineOf(block, entry, this.classes);
   }
 
   private lineIn(block: Block, index: number, number: number): string | null {
     const at = this.position[index] - this.firsts[number];
     if (at + 1 >= block.starts.length) return null;
-    return this.decoder.decode(block.bytes.subarray(block.starts[at], block.starts[at + 1] - 1));
+    return this.lineAt(block, at);
   }
 
   private block(number: number): Promise<Block> {
@@ -125,12 +128,7 @@ export class Values {
   private async unpack(number: number): Promise<Block> {
     const bytes = await readBlock(`values-${number}`);
     const starts = new Int32Array(Math.abs(this.trace.meta.blocks[number]) + 1);
-    let at = 0;
-    for (let line = 1; line < starts.length; ++line) {
-      const end = bytes.indexOf(10, at);
-      at = end < 0 ? bytes.length : end + 1;
-      starts[line] = at;
-    }
+    for (let entry = 1; entry < starts.length; ++entry) starts[entry] = endOfEntry(bytes, starts[entry - 1]);
     this.forget();
     const block = { bytes, starts };
     this.kept.set(number, block);

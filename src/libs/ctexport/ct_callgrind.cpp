@@ -7,10 +7,10 @@
 #include "ctexport/ct_call_cycles.h"
 #include "ctexport/ct_call_graph.h"
 #include "ctexport/ct_callgrind_names.h"
+#include "ctexport/ct_export_origin.h"
 #include "ctexport/ct_format_writers.h"
 #include "ctexport/ct_one_line.h"
 #include "ctexport/ct_open_functions.h"
-#include "ctexport/ct_request_title.h"
 #include "ctexport/ct_span_walk.h"
 #include "ctmeasure/ct_request_facts.h"
 

@@ -8,10 +8,10 @@
 #include "codetrace/bytes/ct_utf8.h"
 #include "codetrace/render/ct_digits.h"
 #include "codetrace/render/ct_rendered.h"
+#include "ctexport/ct_export_origin.h"
 #include "ctexport/ct_format_writers.h"
 #include "ctexport/ct_frame_names.h"
 #include "ctexport/ct_node_members.h"
-#include "ctexport/ct_request_title.h"
 #include "ctexport/ct_span_walk.h"
 #include "ctmeasure/ct_node_words.h"
 

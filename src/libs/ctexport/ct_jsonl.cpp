@@ -6,10 +6,10 @@
 #include <utility>
 
 #include "codetrace/render/ct_rendered.h"
+#include "ctexport/ct_export_origin.h"
 #include "ctexport/ct_format_writers.h"
 #include "ctexport/ct_frames.h"
 #include "ctexport/ct_node_members.h"
-#include "ctexport/ct_request_title.h"
 #include "ctexport/ct_span_walk.h"
 #include "ctmeasure/ct_node_words.h"
 

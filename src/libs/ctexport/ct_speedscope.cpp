@@ -7,9 +7,9 @@
 #include "codetrace/render/ct_digits.h"
 #include "codetrace/render/ct_json.h"
 #include "codetrace/render/ct_text.h"
+#include "ctexport/ct_export_origin.h"
 #include "ctexport/ct_format_writers.h"
 #include "ctexport/ct_frames.h"
-#include "ctexport/ct_request_title.h"
 #include "ctexport/ct_span_walk.h"
 
 namespace CT::Export {

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "codetrace/ct_version.h"
+#include "ctexport/ct_export_origin.h"
 #include "ctexport/ct_format_writers.h"
-#include "ctexport/ct_request_title.h"
 #include "ctexport/ct_sqlite_file.h"
 #include "ctexport/ct_sqlite_views.h"
 #include "ctexport/ct_table_rows.h"

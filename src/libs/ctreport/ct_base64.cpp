@@ -2,6 +2,7 @@
 #include "ctreport/ct_base64.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace CT::Report {
 
@@ -10,19 +11,25 @@ namespace {
 constexpr std::string_view alphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
+// Two digits for each number of twelve bits.
+constexpr std::array<std::array<char, 2>, 4096> pairs = [] {
+  std::array<std::array<char, 2>, 4096> all{};
+  for (std::size_t bits = 0; bits != all.size(); ++bits) {
+    all[bits] = {alphabet[bits >> 6], alphabet[bits & 0x3F]};
+  }
+  return all;
+}();
+
+char* write_group(char* at, const unsigned char* bytes) {
+  const unsigned bits = unsigned{bytes[0]} << 16 | unsigned{bytes[1]} << 8 | bytes[2];
+  std::memcpy(at, pairs[bits >> 12].data(), 2);
+  std::memcpy(at + 2, pairs[bits & 0xFFF].data(), 2);
+  return at + 4;
+}
+
 char digit(unsigned bits) { return alphabet[bits & 0x3F]; }
 
 }  // namespace
-
-void Base64::put_group(const unsigned char* bytes) {
-  char* const at = out_.room(4);
-  const unsigned bits = unsigned{bytes[0]} << 16 | unsigned{bytes[1]} << 8 | bytes[2];
-  at[0] = digit(bits >> 18);
-  at[1] = digit(bits >> 12);
-  at[2] = digit(bits >> 6);
-  at[3] = digit(bits);
-  out_.advance(at + 4);
-}
 
 void Base64::put(std::string_view bytes) {
   const void* const data = bytes.data();
@@ -31,10 +38,16 @@ void Base64::put(std::string_view bytes) {
   while (rest_size_ != 0 && at != end) {
     rest_[rest_size_++] = *at++;
     if (rest_size_ != rest_.size()) continue;
-    put_group(rest_.data());
+    out_.advance(write_group(out_.room(4), rest_.data()));
     rest_size_ = 0;
   }
-  for (; end - at >= 3; at += 3) put_group(at);
+  while (end - at >= 3) {
+    constexpr std::ptrdiff_t most = Writer::max_room / 4 * 3;
+    const unsigned char* const stop = at + std::min(most, (end - at) / 3 * 3);
+    char* to = out_.room(Writer::max_room);
+    for (; at != stop; at += 3) to = write_group(to, at);
+    out_.advance(to);
+  }
   while (at != end) rest_[rest_size_++] = *at++;
 }
 

@@ -26,8 +26,6 @@ class Base64 {
   static constexpr std::uint64_t size_of(std::uint64_t bytes) { return (bytes + 2) / 3 * 4; }
 
  private:
-  void put_group(const unsigned char* bytes);
-
   Writer& out_;
   std::array<unsigned char, 3> rest_ = {};  // bytes that are no whole group yet
   std::size_t rest_size_ = 0;

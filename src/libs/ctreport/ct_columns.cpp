@@ -4,8 +4,9 @@
 #include <array>
 #include <utility>
 
-#include "ctexport/ct_request_title.h"
+#include "ctexport/ct_export_origin.h"
 #include "ctmeasure/ct_node_words.h"
+#include "ctreport/ct_call_bytes.h"
 #include "ctreport/ct_functions_json.h"
 
 namespace CT::Report {
@@ -155,6 +156,7 @@ std::vector<Block> Columns::finish() {
   add("functions", std::move(functions));
   add("labels", labels_text_.finish());
   add("files", files_text_.finish());
+  add("classes", packed([&](Writer& out) { write_classes(source_.trace, out); }));
   add("nodes-id", id_.finish());
   add("nodes-kind", kind_.finish());
   add("nodes-flags", flags_.finish());

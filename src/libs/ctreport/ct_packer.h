@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// Bytes packed into zlib streams (RFC 1950), which a browser unpacks by itself. The same bytes
-// always become the same bytes.
+// Bytes packed into zlib streams (RFC 1950), which a browser unpacks by itself. On one machine the
+// same bytes always become the same bytes.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
@@ -13,31 +14,28 @@
 
 namespace CT::Report {
 
+// A stream that is short is packed well, at its end; what a trace of usual length has, is worth the
+// time. A longer one is packed as it comes, many times quicker.
 class Packer final : public Sink {
  public:
-  // Whether time is spent on making the stream short. What a trace of usual length has, is small
-  // and worth it.
-  enum class Effort { usual, little };
+  static constexpr std::size_t usually_short = std::size_t{256} << 10;
 
-  // Throws std::bad_alloc.
-  explicit Packer(Effort effort = Effort::usual);
+  // `most`: bytes of a stream that is still short.
+  explicit Packer(std::size_t most = usually_short);
   ~Packer() override;
 
-  // Pieces of any size. True.
+  // Pieces of any size. True. Throws std::bad_alloc, as finish() does.
   bool write(std::string_view bytes) override;
   // The stream of what was written since the last one; another one can be written behind it.
   [[nodiscard]] std::string finish();
-  // Goes on with little effort; in what was hard to pack so far, repetitions that lie apart are not
-  // looked for any more. To be called once, within a stream that is the only one.
-  void hurry();
 
  private:
-  struct State;
-  template <class Step>
-  void run(std::string_view bytes, Step step);
+  class Quick;
 
-  std::unique_ptr<State> state_;
-  std::string packed_;
+  std::size_t most_;
+  std::string kept_;  // while the stream is short
+  std::unique_ptr<Quick> quick_;
+  bool is_long_ = false;
 };
 
 // What `put` writes, packed.

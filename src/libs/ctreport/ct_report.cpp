@@ -8,7 +8,7 @@
 
 #include "codetrace/ct_version.h"
 #include "codetrace/render/ct_json.h"
-#include "ctexport/ct_request_title.h"
+#include "ctexport/ct_export_origin.h"
 #include "ctexport/ct_span_walk.h"
 #include "ctreport/ct_columns.h"
 #include "ctreport/ct_value_blocks.h"
@@ -45,9 +45,9 @@ void write_meta(const Export::Source& source, std::uint64_t nodes, const ValueBl
   number("moved", origin.moved);
   json.key("blocks");
   json.begin_array();
-  for (const std::int64_t lines : values.lines) {
+  for (const std::int64_t entries : values.entries) {
     json.element();
-    json.number(lines);
+    json.number(entries);
   }
   json.end_array();
   json.key("left_out");

@@ -10,27 +10,27 @@
 //   functions  JSON: an object of columns, a function a place (ct_functions_json.h)
 //   labels     JSON: an array of what nodes that are no calls are called
 //   files      JSON: an array of the files that nodes and functions name
+//   classes    JSON: an array of the names of classes, which values name by number
 //   nodes-...  columns with an entry for each node in the order of the file: numbers as LEB128,
-//   those
-//              with a sign in zigzag
+//              signed ones in zigzag
 //     id       how far the number is from that of the node before, which for the first is -1
 //     kind     a byte, as kind_number() says
 //     flags    a byte, as ct_columns.h says
-//     depth    with sign: how many nodes of the page are around it, less those around the node
-//     before name     0 for none; of a call the function's number + 1, of others the label's + 1
-//     start    with sign: nanoseconds since the node before began
+//     depth    signed: how many nodes of the page are around it, less those around the one before
+//     name     0 for none; of a call the function's number + 1, of others the label's + 1
+//     start    signed: nanoseconds since the node before began
 //     total    nanoseconds
-//     memory   with sign, of nodes that have it: bytes, less those of the last one that has it
-//     growth   with sign, of nodes that have it: from begin to end
+//     memory   signed, of nodes that have it: bytes, less those of the last one that has it
+//     growth   signed, of nodes that have it: from begin to end
 //     file     0 for none, else the file's number + 1
-//     line     with sign, of nodes with a file: less that of the last one with a file
-//   values-N   lines of JSON, one for each node that has values: its members as in export's jsonl,
-//   the
-//              path of an include left out where that is its label. In the order of
-//              ct_value_order.h
+//     line     signed, of nodes with a file: less that of the last one with a file
+//   values-N   entries, one for each node that has values, in the order of ct_value_order.h: of
+//              most calls the bytes that ct_call_bytes.h describes; else a line of JSON, an object
+//              with the members that export's jsonl has, but for the path of an include where
+//              that is its label
 //
-// In `meta`, `blocks` has the lines of each block of values; the negative number of those that were
-// left out instead, and then there is no such block.
+// In `meta`, `blocks` has the entries of each block of values; the negative number of those that
+// were left out instead, and then there is no such block.
 #pragma once
 
 #include <cstdint>

@@ -7,7 +7,8 @@
 #include <utility>
 
 #include "ctexport/ct_node_members.h"
-#include "ctreport/ct_line_blocks.h"
+#include "ctreport/ct_call_bytes.h"
+#include "ctreport/ct_entry_blocks.h"
 
 namespace CT::Report {
 
@@ -22,48 +23,55 @@ class Maker {
       : source_(source),
         nodes_(std::move(nodes)),
         room_(room),
-        lines_([this](std::string packed, std::int64_t lines, LineBlocks::Of what) {
-          return take(std::move(packed), lines, what);
+        calls_(source.trace),
+        entries_([this](std::string packed, std::int64_t entries, EntryBlocks::Of what) {
+          return take(std::move(packed), entries, what);
         }) {}
 
   ValueBlocks make() {
-    NodeReader reader(source_.trace.storage());
-    Export::NodeMembers members(Export::Values::full);
-    for (const NodeId id : nodes_) {
-      const Node::Base& node = reader.read(id);
-      lines_.begin_line();
-      JsonWriter json(lines_, JsonWriter::Form::compact);
-      json.begin_object();
-      members.write_details(node, json);
-      members.write_values(node, json);
-      json.end_object();
-      if (!lines_.end_line()) return std::move(made_);
+    constexpr std::size_t ahead = 8;
+    for (std::size_t i = 0; i != nodes_.size(); ++i) {
+      if (nodes_.size() - i > ahead) calls_.expect(nodes_[i + ahead]);
+      entries_.begin_entry();
+      put_entry(nodes_[i]);
+      if (!entries_.end_entry()) return std::move(made_);
     }
-    lines_.finish();
+    entries_.finish();
     return std::move(made_);
   }
 
  private:
+  void put_entry(NodeId id) {
+    if (const std::string_view call = calls_.of(id); !call.empty()) return entries_.put(call);
+    const Node::Base node = source_.trace.node(id);
+    JsonWriter json(entries_, JsonWriter::Form::compact);
+    json.begin_object();
+    members_.write_details(node, json);
+    members_.write_values(node, json);
+    json.end_object();
+    entries_.put('\n');
+  }
+
   // Where an ordinary block has no room, all that is cheaper is left out with it, so that what is
   // there can be told in a word.
-  bool take(std::string packed, std::int64_t lines, LineBlocks::Of what) {
+  bool take(std::string packed, std::int64_t entries, EntryBlocks::Of what) {
     std::string name = "values-";
-    name += std::to_string(made_.lines.size());
+    name += std::to_string(made_.entries.size());
     const std::uint64_t size = Block::size_of(name, packed.size()) + size_in_list;
     if (size <= room_) {
       room_ -= size;
       made_.blocks.push_back({std::move(name), std::move(packed)});
-      made_.lines.push_back(lines);
-      taken_ += static_cast<std::size_t>(lines);
+      made_.entries.push_back(entries);
+      taken_ += static_cast<std::size_t>(entries);
       return true;
     }
-    const bool is_alone = what == LineBlocks::Of::one_long_line;
+    const bool is_alone = what == EntryBlocks::Of::one_long_entry;
     leave_out(is_alone ? 1 : nodes_.size() - taken_);
     return is_alone;
   }
 
   void leave_out(std::size_t count) {
-    made_.lines.push_back(-static_cast<std::int64_t>(count));
+    made_.entries.push_back(-static_cast<std::int64_t>(count));
     made_.left_out += static_cast<std::int64_t>(count);
     for (; count != 0; --count) {
       const Measure& measure = source_.measures[nodes_[taken_++]];
@@ -74,7 +82,9 @@ class Maker {
   const Export::Source& source_;
   std::vector<NodeId> nodes_;
   std::uint64_t room_;
-  LineBlocks lines_;
+  CallBytes calls_;
+  Export::NodeMembers members_{Export::Values::full};
+  EntryBlocks entries_;
   ValueBlocks made_;
   std::size_t taken_ = 0;  // nodes that are in a block or left out
 };

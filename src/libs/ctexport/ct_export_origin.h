@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What a viewer shows as the name of a request, and what every export says of the trace as a whole.
+// What every export says of the trace that it is of: what a viewer shows as its name, when it
+// began, what is odd about it.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ctexport/ct_request_title.h"
+#include "ctexport/ct_export_origin.h"
 
 #include "codetrace/ct_version.h"
 #include "ctexport/ct_one_line.h"
