@@ -15,8 +15,8 @@ _cttool_options() {
     export) options='-h --help --to -o --output --table --values --weight --gzip --depth --min --under --hide --only --no-builtin -v --verbose --color --no-pager --full --max-size' ;;
     report) options='-h --help -o --output --max-size --depth --min --under --hide --only --no-builtin -v --verbose --color --no-pager --full --max-size' ;;
     check) options='-h --help --level --limit --format -v --verbose --color --no-pager --full --max-size' ;;
-    redact) options='-h --help -o --output --rules --value --key --strict --format -v --verbose --color --no-pager --full --max-size' ;;
     salvage) options='-h --help -o --output --data --add-data --format -v --verbose --color --no-pager --full --max-size' ;;
+    redact) options='-h --help -o --output --rules --value --key --strict --format -v --verbose --color --no-pager --full --max-size' ;;
     *) options='-V --version -h --help -v --verbose --color --no-pager --full --max-size' ;;
   esac
 }
@@ -95,6 +95,12 @@ _cttool_value() {
     check--format) mapfile -t COMPREPLY < <(compgen -W 'text json jsonl' -- "$cur") ;;
     check--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
     check--max-size) : ;;
+    salvage-o|salvage--output) _filedir ;;
+    salvage--data) _filedir ;;
+    salvage--add-data) _filedir ;;
+    salvage--format) mapfile -t COMPREPLY < <(compgen -W 'text json' -- "$cur") ;;
+    salvage--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
+    salvage--max-size) : ;;
     redact-o|redact--output) _filedir ;;
     redact--rules) _filedir ;;
     redact--value) : ;;
@@ -102,12 +108,6 @@ _cttool_value() {
     redact--format) mapfile -t COMPREPLY < <(compgen -W 'text json' -- "$cur") ;;
     redact--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
     redact--max-size) : ;;
-    salvage-o|salvage--output) _filedir ;;
-    salvage--data) _filedir ;;
-    salvage--add-data) _filedir ;;
-    salvage--format) mapfile -t COMPREPLY < <(compgen -W 'text json' -- "$cur") ;;
-    salvage--color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$cur") ;;
-    salvage--max-size) : ;;
     *) return 1 ;;
   esac
 }
@@ -129,9 +129,7 @@ _cttool() {
     _cttool_options "$verb"
     mapfile -t COMPREPLY < <(compgen -W "$options" -- "$cur")
   elif [[ ! $verb || $verb == help ]]; then
-    mapfile -t COMPREPLY < <(compgen -W 'summary top tree calls show response sql export report check help' -- "$cur")
-    mapfile -t COMPREPLY < <(compgen -W 'summary top tree calls show response sql export report redact help' -- "$cur")
-    mapfile -t COMPREPLY < <(compgen -W 'summary top tree calls show response sql export report salvage help' -- "$cur")
+    mapfile -t COMPREPLY < <(compgen -W 'summary top tree calls show response sql export report check salvage redact help' -- "$cur")
   else
     _filedir
   fi

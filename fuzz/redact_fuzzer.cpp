@@ -84,7 +84,7 @@ void expect_same(const Trace& trace, const Trace& copy) {
     Fuzz::expect(was_open == (copy.end_offset(id) == Storage::no_end), "a node ends as it did");
     Fuzz::expect(before[id].total_ns == after[id].total_ns, "a node takes the same time");
     Fuzz::expect(before[id].start_ns == after[id].start_ns, "a node starts when it did");
-    Fuzz::expect(before[id].own_memory == after[id].own_memory, "a node takes the same memory");
+    Fuzz::expect(before.own(id).memory == after.own(id).memory, "a node takes the same memory");
   }
 }
 
