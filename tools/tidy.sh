@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: MIT
 # tools/tidy.sh [--share | FILE...]: runs clang-tidy over sources, by the checks in .clang-tidy; without
 # FILE over all of src and examples, CMAKE_BUILD_PARALLEL_LEVEL at once. With --share over those that
-# the last eight hours of the history changed, and of the others over a third, another one each day, as
-# far as ten minutes go. Fails if any has a finding.
+# the last eight hours of the history changed, then of the others over a third, another one each day,
+# as far as six minutes go. Fails if any has a finding.
 set -euo pipefail
 # shellcheck source=tools/setup.sh
 source "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/setup.sh"
@@ -25,16 +25,18 @@ share() {
   changed=$'\n'$(git -c safe.directory="$root" diff --name-only "$before" HEAD)$'\n'
   turn=$((newest / 86400 % 3))
   sources | while read -r file; do
-    [[ $changed == *$'\n'"$file"$'\n'* ]] || (($(cksum <<<"$file" | cut -d' ' -f1) % 3 == turn)) ||
-      continue
-    echo "$file"
+    [[ $changed != *$'\n'"$file"$'\n'* ]] || echo "$file"
+  done
+  sources | while read -r file; do
+    [[ $changed == *$'\n'"$file"$'\n'* ]] || (($(cksum <<<"$file" | cut -d' ' -f1) % 3 != turn)) ||
+      echo "$file"
   done
 }
 
 most_seconds=
 case ${1-} in
   --share)
-    most_seconds=600
+    most_seconds=360
     names=$(share)
     mapfile -t files <<<"$names"
     set -- "${files[@]}"

@@ -158,9 +158,8 @@ void Mender::put_lost_arguments(const Frame& frame, const unsigned char* begin) 
     while (true) {
       const std::size_t at = out_.size();
       std::vector<std::pair<Refers, const unsigned char*>> seen;
-      walk.values(1, [&](Refers kind, const unsigned char* place) {
-        seen.push_back({kind, place});
-      });
+      walk.values(1,
+                  [&](Refers kind, const unsigned char* place) { seen.emplace_back(kind, place); });
       if (!walk.cursor().ok()) break;
       const unsigned char* const to = walk.cursor().position();
       out_.insert(out_.end(), from, to);

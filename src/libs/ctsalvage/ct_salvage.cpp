@@ -54,7 +54,7 @@ std::vector<Piece> place(const Layout& layout, Report& report) {
   return std::move(sorted.pieces);
 }
 
-Salvaged mend(Layout layout, Report report) {
+Salvaged mend(const Layout& layout, Report report) {
   Salvaged made;
   made.report = std::move(report);
   tell_gaps(layout, made.report);
