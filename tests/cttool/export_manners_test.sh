@@ -4,26 +4,11 @@
 # said of options that make no sense.
 set -euo pipefail
 cttool=$1 examples=$2
-work=$(mktemp -d)
-# Not by jobs that are ended before they are another program.
-trap '[[ $BASHPID != "$$" ]] || rm -rf -- "$work"' EXIT
+# shellcheck source=tests/cttool/expect.sh
+source "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/expect.sh"
 notes=$work/notes.ct
 cp -- "$examples/notes.ct" "$notes"
 formats=(speedscope chrome callgrind folded jsonl csv sqlite)
-failures=0
-
-fail() {
-  echo "$*"
-  failures=$((failures + 1))
-}
-# expect STATUS WORDS COMMAND...: it ends so, and says the words on standard error.
-expect() {
-  local wanted=$1 words=$2 status=0
-  shift 2
-  "$@" >"$work/out" 2>"$work/err" || status=$?
-  ((status == wanted)) || fail "status $status, not $wanted: $*"
-  [[ $(cat -- "$work/err") == *"$words"* ]] || fail "does not say '$words': $* : $(cat "$work/err")"
-}
 # What is in the folder beside the files that are named.
 leftover() { find "$work/to" -type f -printf '%f\n' | grep -vxE "$1" || true; }
 

@@ -4,25 +4,10 @@
 # options that make no sense.
 set -euo pipefail
 cttool=$1 examples=$2
-work=$(mktemp -d)
-trap '[[ $BASHPID != "$$" ]] || rm -rf -- "$work"' EXIT
+# shellcheck source=tests/cttool/expect.sh
+source "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/expect.sh"
 notes=$work/notes.ct
 cp -- "$examples/notes.ct" "$notes"
-failures=0
-
-fail() {
-  echo "$*"
-  failures=$((failures + 1))
-}
-# expect STATUS WORDS COMMAND...: it ends so, and says the words on standard error.
-expect() {
-  local wanted=$1 words=$2 status=0
-  shift 2
-  "$@" >"$work/out" 2>"$work/err" || status=$?
-  ((status == wanted)) || fail "status $status, not $wanted: $*"
-  [[ $(cat -- "$work/err") == *"$words"* ]] || fail "does not say '$words': $* : $(cat "$work/err")"
-}
-
 mkdir "$work/to"
 to=$work/to/copy.ct
 printf 'a key' >"$work/key"

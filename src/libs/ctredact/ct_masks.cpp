@@ -10,7 +10,7 @@ namespace CT::Redact {
 namespace {
 
 QByteArray bytes_of(std::string_view text) {
-  return QByteArray(text.data(), static_cast<qsizetype>(text.size()));
+  return {text.data(), static_cast<qsizetype>(text.size())};
 }
 
 }  // namespace
