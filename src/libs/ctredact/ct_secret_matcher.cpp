@@ -71,9 +71,9 @@ void SecretMatcher::build() {
   std::vector<std::uint32_t> order;
   {
     std::vector<std::uint32_t> starts;
-    for (std::uint32_t node = 0; node != depths_.size(); ++node) {
-      if (depths_[node] >= starts.size()) starts.resize(depths_[node] + 1, 0);
-      ++starts[depths_[node]];
+    for (const auto depth : depths_) {
+      if (depth >= starts.size()) starts.resize(depth + std::size_t{1}, 0);
+      ++starts[depth];
     }
     std::uint32_t sum = 0;
     for (std::uint32_t& start : starts) {
