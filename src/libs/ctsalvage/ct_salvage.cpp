@@ -106,13 +106,13 @@ Salvaged salvage(Bytes file) {
   }
   Report report;
   Layout layout = lay_out(file, report);
-  return mend(std::move(layout), std::move(report));
+  return mend(layout, std::move(report));
 }
 
 Salvaged salvage(Bytes data, Bytes add_data) {
   Report report;
   Layout layout = lay_out(data, add_data, report);
-  return mend(std::move(layout), std::move(report));
+  return mend(layout, std::move(report));
 }
 
 }  // namespace CT::Salvage
